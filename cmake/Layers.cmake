@@ -1,0 +1,33 @@
+# The layers of the program. Each library names here, once, which of the project's own libraries it may
+# link; mtpb_library() refuses anything else, and tests/LayersCheck.cmake checks the #includes.
+set(MTPB_ALLOWED_platform "")
+set(MTPB_ALLOWED_capturelog platform)
+set(MTPB_ALLOWED_stringdefine platform capturelog)
+set(MTPB_ALLOWED_tessalymtpsdk "")
+set(MTPB_ALLOWED_corvmtpsdk tessalymtpsdk)
+set(MTPB_ALLOWED_virtualphone tessalymtpsdk)
+set(MTPB_ALLOWED_mtpcore platform capturelog stringdefine tessalymtpsdk corvmtpsdk)
+set(MTPB_ALLOWED_devicenotifier platform capturelog stringdefine)
+set(MTPB_ALLOWED_ui platform capturelog stringdefine mtpcore)
+set(MTPB_ALLOWED_sbrowser platform capturelog stringdefine mtpcore ui)
+set(MTPB_ALLOWED_facade platform capturelog stringdefine mtpcore ui sbrowser)
+set(MTPB_ALLOWED_app platform capturelog stringdefine mtpcore devicenotifier ui sbrowser facade tessalymtpsdk corvmtpsdk
+                     virtualphone)
+
+# mtpb_library(NAME [QT] SOURCES ... [USES internal libraries ...] [LINKS outside libraries ...])
+# A static library of one folder. QT switches moc on. Headers are included as "<Folder>/<Name>.h" from src/.
+function(mtpb_library name)
+  cmake_parse_arguments(ARG "QT" "" "SOURCES;USES;LINKS" ${ARGN})
+  foreach(used IN LISTS ARG_USES)
+    if(NOT used IN_LIST MTPB_ALLOWED_${name})
+      message(FATAL_ERROR "${name} must not depend on ${used} (see cmake/Layers.cmake)")
+    endif()
+  endforeach()
+  add_library(${name} STATIC ${ARG_SOURCES})
+  target_include_directories(${name} PUBLIC ${PROJECT_SOURCE_DIR}/src)
+  target_link_libraries(${name} PUBLIC ${ARG_USES} ${ARG_LINKS} Threads::Threads)
+  if(ARG_QT)
+    set_target_properties(${name} PROPERTIES AUTOMOC ON)
+    target_compile_definitions(${name} PUBLIC QT_NO_KEYWORDS)
+  endif()
+endfunction()

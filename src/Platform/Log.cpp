@@ -1,0 +1,96 @@
+#include "Platform/Log.h"
+
+#include "Platform/ThreadSafety.h"
+
+#include <QByteArray>
+#include <QDateTime>
+
+#include <cstdarg>
+#include <cstdio>
+#include <string_view>
+#include <unistd.h>
+
+namespace platform {
+namespace {
+
+Mutex g_mutex;
+std::function<void(const QString&)> g_sink MTPB_GUARDED_BY(g_mutex);
+
+void emitLine(QByteArray message) {
+  while (message.endsWith('\n'))
+    message.chop(1);
+  const Lock lock(g_mutex);
+  if (g_sink) {
+    g_sink(QString::fromUtf8(message));
+    return;
+  }
+  QByteArray line = QDateTime::currentDateTime().toString(QStringLiteral("yyyy-MM-dd HH:mm:ss.zzz")).toLatin1();
+  line += " MTPBrowser[" + QByteArray::number(qlonglong(::getpid())) + ':' + QByteArray::number(qlonglong(::gettid())) +
+          "] " + message + '\n';
+  // One fwrite on an unbuffered stream is one write: lines of several threads and a reopened stream stay whole.
+  std::fwrite(line.constData(), 1, size_t(line.size()), stderr);
+}
+
+} // namespace
+
+void setLogSink(std::function<void(const QString&)> sink) {
+  const Lock lock(g_mutex);
+  g_sink = std::move(sink);
+}
+
+void logPlain(const char* format, ...) {
+  va_list args;
+  va_start(args, format);
+  const QString text = QString::vasprintf(format, args);
+  va_end(args);
+  emitLine(text.toUtf8());
+}
+
+void logLine(const std::source_location& where, const char* format, ...) {
+  va_list args;
+  va_start(args, format);
+  const QString text = QString::vasprintf(format, args);
+  va_end(args);
+  std::string_view file = where.file_name();
+  if (const auto slash = file.rfind('/'); slash != std::string_view::npos)
+    file.remove_prefix(slash + 1);
+  emitLine('[' + QByteArray(file.data(), qsizetype(file.size())) + ':' +
+           functionNameForLog(where.function_name()).toUtf8() + "-(" + QByteArray::number(where.line()) + ")] " +
+           text.toUtf8());
+}
+
+QString functionNameForLog(const char* prettyFunction) {
+  std::string_view name = prettyFunction;
+  // "virtual void Class::operation(int) const" -> "Class::operation": cut at the argument list's bracket (the first
+  // one outside template arguments), then drop what stands before the last blank in front of it.
+  int depth = 0;
+  for (size_t i = 0; i < name.size(); ++i) {
+    if (name[i] == '<')
+      ++depth;
+    else if (name[i] == '>' && depth > 0)
+      --depth;
+    else if (name[i] == '(' && depth == 0 && name.substr(i, 11) != "(anonymous " && name.substr(i, 11) != "{anonymous}") {
+      name = name.substr(0, i);
+      break;
+    }
+  }
+  depth = 0;
+  for (size_t i = name.size(); i-- > 0;) {
+    if (name[i] == '>')
+      ++depth;
+    else if (name[i] == '<')
+      --depth;
+    else if (name[i] == ' ' && depth == 0) {
+      name = name.substr(i + 1);
+      break;
+    }
+  }
+  while (!name.empty() && (name.front() == '*' || name.front() == '&'))
+    name.remove_prefix(1);
+  for (const std::string_view hidden : {"{anonymous}::", "(anonymous namespace)::", "namespace)::"})
+    if (name.substr(0, hidden.size()) == hidden)
+      name.remove_prefix(hidden.size());
+  return QString::fromUtf8(name.data(), qsizetype(name.size()));
+}
+
+} // namespace platform
