@@ -1,0 +1,183 @@
+#pragma once
+// The one object through which the browser reaches one attached phone: its storages, folders and files.
+#include "MTPCore/MtpItemInfo.h"
+#include "MTPCore/MtpSdk.h"
+#include "Platform/ThreadSafety.h"
+
+#include <QList>
+#include <QString>
+
+#include <atomic>
+#include <cstdint>
+#include <memory>
+#include <mutex>
+#include <optional>
+
+/// Access to one phone, bound by its USB location.
+///
+/// Nodes are addresses of records that the SDK owns and may forget at any moment (released list, removed object,
+/// unplugged phone). Hand them back to this object only; nobody else may follow them. Every operation here asks the SDK
+/// whether it still knows a node before reading it, and answers a node that it does not know like a missing one.
+///
+/// Threads: every operation may be called from any thread. Those that say "blocks" talk to the phone, each of their MTP
+/// transactions bounded by its time-out; keep them off the main thread. Binding again while another thread works with
+/// the phone is safe in memory, but which phone the other one sees is then open.
+///
+/// Failures: nothing throws. Statuses are the SDK's (MTPSDKUtil.h); DGSTATUS_UNSUCCESSFUL (0x10000001) is this object's
+/// own, for a detached phone and unusable arguments. While isDetached() every operation that would reach the SDK
+/// refuses at once with it, or with null, or nothing.
+class MTPDextSDKWrapper {
+public:
+  /// init Not bound, not detached.
+  explicit MTPDextSDKWrapper(std::shared_ptr<MtpSdk> sdk);
+  ~MTPDextSDKWrapper();
+  MTPDextSDKWrapper(const MTPDextSDKWrapper&) = delete;
+  MTPDextSDKWrapper& operator=(const MTPDextSDKWrapper&) = delete;
+
+  // ---- Device and storage session ----
+
+  /// setLocationID: Binds to the phone at this USB location (hexadecimal text, "0x" allowed) and clears isDetached().
+  /// A location that no phone has binds as deviceWithLocationId() says. Blocks.
+  void setLocationID(const QString& locationID);
+  /// setLocationID:rootPath: The same, and keeps the browser's root path. Blocks.
+  void setLocationID(const QString& locationID, const QString& rootPath);
+  /// getCurrentRootPath The root path as it was given; empty at first and after mtpReset().
+  QString getCurrentRootPath() const;
+
+  /// getMTPFriendlyName The bound phone's name for its user; nothing when it cannot be had. Blocks.
+  std::optional<QString> getMTPFriendlyName();
+  /// getMTPFriendlyName:name: The same of any device; `name` is written on status 0 only. Blocks.
+  std::uint32_t getMTPFriendlyName(_MTP_DEVICE_NODE* deviceNode, std::optional<QString>& name);
+  /// getMTPModelName:name: The model name as device paths begin with it: the maker's prefix and all characters that file
+  /// names must not have are removed. `name` is written on status 0 only. Blocks.
+  std::uint32_t getMTPModelName(_MTP_DEVICE_NODE* deviceNode, std::optional<QString>& name);
+
+  /// storageInfoLists The phone's storages worth showing, internal ones first, at most one of each disk type; nothing
+  /// when there are none (phone locked, gone, not ready). One caller at a time, others wait. Blocks.
+  std::optional<QList<MtpStorageInfo>> storageInfoLists();
+
+  /// getMTPDeviceHead: The first attached device. `deviceNode` is null on any status but 0. Blocks.
+  std::uint32_t getMTPDeviceHead(_MTP_DEVICE_NODE** deviceNode);
+  /// getMTPNextDevice:next: 2 at the end of the list.
+  std::uint32_t getMTPNextDevice(_MTP_DEVICE_NODE* deviceNode, _MTP_DEVICE_NODE** next);
+  /// deviceWithLocationId:locationId: The device at this location (low 32 bits), sought from `deviceNode` on, or from the
+  /// list's head when that is null (blocks then). When the SDK ends the list with a status, the last device listed: a
+  /// single attached phone is found whatever its location. Otherwise null.
+  _MTP_DEVICE_NODE* deviceWithLocationId(_MTP_DEVICE_NODE* deviceNode, std::uint64_t locationId);
+
+  /// getMTPStorageListHead:storage: The first storage of a device; null stands for the first attached device. Blocks.
+  std::uint32_t getMTPStorageListHead(_MTP_DEVICE_NODE* deviceNode, _MTP_STORAGE_NODE** storage);
+  /// getMTPNextStorage:next: 2 at the end of the list (logged like every other status but 0).
+  std::uint32_t getMTPNextStorage(_MTP_STORAGE_NODE* storage, _MTP_STORAGE_NODE** next);
+  /// getStorageNode:storageHead:name: The storage named by the last component of `name`, case ignored, in the list that
+  /// begins at *storageHead; or null.
+  _MTP_STORAGE_NODE* getStorageNode(_MTP_DEVICE_NODE* deviceNode, _MTP_STORAGE_NODE** storageHead, const QString& name);
+
+  /// getCurrentDeviceNode The bound device, or null.
+  _MTP_DEVICE_NODE* getCurrentDeviceNode() const;
+  /// getCurrentStorageNode The storage of the last initializeNodeInfo(), or null.
+  _MTP_STORAGE_NODE* getCurrentStorageNode() const;
+  /// getStorageHeadNode The head of the bound device's storage list, or null.
+  _MTP_STORAGE_NODE* getStorageHeadNode() const;
+
+  /// registerMtpRequestEventNotifyEx:callback:context: Has `callback` called for each event of the device, on a thread of
+  /// the SDK; a null callback ends that, and on return none is running (unless the caller is the callback itself).
+  std::uint32_t registerMtpRequestEventNotifyEx(_MTP_DEVICE_NODE* deviceNode, mtpDextEventCallback callback,
+                                                void* context);
+
+  /// removeMtpBrowser Gives the current storage list and the device list back to the SDK, also when detached. Bind again
+  /// before further work with the phone.
+  void removeMtpBrowser();
+  /// mtpReset removeMtpBrowser(), and forgets the root path.
+  void mtpReset();
+
+  /// isDetached Whether the phone is known to be gone.
+  bool isDetached() const { return m_isDetached.load(); }
+  /// setIsDetached:
+  void setIsDetached(bool isDetached) { m_isDetached.store(isDetached); }
+
+  // ---- Folders, files, paths ----
+  //
+  // A device path is "/" model name "/" storage name "/" folder names, compared ignoring case; the model name may be left
+  // out. A null QString stands for "no path given".
+
+  /// getFoldersAtFolder:currentStorage:folderPath:isContainParentFolder: The folders in `folder` (null: at the storage's
+  /// top level), in the phone's order; in front of them, when the flag is set, the entry ".." for the parent. Nothing
+  /// when detached, also when that happens meanwhile. Blocks.
+  std::optional<QList<MtpItemInfo>> getFoldersAtFolder(_MTP_FOLDER_NODE* folder, _MTP_STORAGE_NODE* currentStorage,
+                                                       const QString& folderPath, bool isContainParentFolder);
+  /// getFilesAtFolder:currentStorage:folderPath: The folders and then the files in `folder`; nothing when detached.
+  /// Blocks.
+  std::optional<QList<MtpItemInfo>> getFilesAtFolder(_MTP_FOLDER_NODE* folder, _MTP_STORAGE_NODE* currentStorage,
+                                                     const QString& folderPath);
+  /// contentsOfFileInfo:parent: The files in a folder or at a storage's top level; nothing when there are none. `parent`
+  /// is the path they get. Blocks.
+  std::optional<QList<MtpItemInfo>> contentsOfFileInfo(_MTP_COMMON_NODE* commonNode, const QString& parent);
+  /// getFileNodeInfo:folderPath: What is known of a file; nothing for null and unknown nodes.
+  std::optional<MtpItemInfo> getFileNodeInfo(_MTP_FILE_NODE* fileNode, const QString& folderPath);
+  /// getFolderNodeInfo:folderPath: What is known of a folder; nothing for null and unknown nodes.
+  std::optional<MtpItemInfo> getFolderNodeInfo(_MTP_FOLDER_NODE* folderNode, const QString& folderPath);
+
+  /// searchFolder:storageHead:retStorage:filePath: The deepest folder that the path names, null when it names only a
+  /// storage or nothing. *retStorage is written when the walk got past the storage's name. Blocks.
+  _MTP_FOLDER_NODE* searchFolder(_MTP_DEVICE_NODE* deviceNode, _MTP_STORAGE_NODE** storageHead,
+                                 _MTP_STORAGE_NODE** retStorage, const QString& filePath);
+  /// initializeNodeInfo:currentStorage:currentFolder: Lists the storages afresh and resolves the root path: hands out its
+  /// storage and folder (or null) and makes the storage the current one. The first argument is not used. Blocks.
+  void initializeNodeInfo(const void* unused, _MTP_STORAGE_NODE** currentStorage, _MTP_FOLDER_NODE** currentFolder);
+  /// getFolderNode:atStorage:parent: The folder of this name in `parent` (null: at the storage's top level), case
+  /// ignored, or null. Blocks.
+  _MTP_FOLDER_NODE* getFolderNode(const QString& name, _MTP_STORAGE_NODE* atStorage, _MTP_FOLDER_NODE* parent);
+  /// getFileNode:name: The file of this name in a folder or at a storage's top level, case ignored, or null. Blocks.
+  _MTP_FILE_NODE* getFileNode(_MTP_COMMON_NODE* commonNode, const QString& name);
+  /// getParentFolderNode: The folder that holds this one; the current storage node for a folder at the top level; null.
+  _MTP_COMMON_NODE* getParentFolderNode(_MTP_FOLDER_NODE* folder);
+
+  /// getMTPFolderListHead:atStorage:child:callback:context: The first folder in `parent` (null: at the storage's top
+  /// level); null where there is none. Blocks.
+  std::uint32_t getMTPFolderListHead(_MTP_FOLDER_NODE* parent, _MTP_STORAGE_NODE* atStorage, _MTP_FOLDER_NODE** child,
+                                     mtpDextProgressCallback callback, void* context);
+  /// getMTPNextFolder:next: 2 at the end of the list.
+  std::uint32_t getMTPNextFolder(_MTP_FOLDER_NODE* folder, _MTP_FOLDER_NODE** next);
+  /// getMTPFileListHead:head:callback:context: The first file in a folder or at a storage's top level; null where there
+  /// is none. When detached 0 and no file, unlike the folder operations: a file listing is then simply empty. Blocks.
+  std::uint32_t getMTPFileListHead(_MTP_COMMON_NODE* commonNode, _MTP_FILE_NODE** head,
+                                   mtpDextProgressCallback callback, void* context);
+  /// getMTPNextFile:next: 2 at the end of the list; when detached 0 and no file.
+  std::uint32_t getMTPNextFile(_MTP_FILE_NODE* file, _MTP_FILE_NODE** next);
+
+  /// checkNodeExist: Whether the phone still has the node. May block.
+  bool checkNodeExist(_MTP_COMMON_NODE* commonNode);
+
+  // ---- Nodes and their identifiers ----
+
+  /// getCommonNodeFromNodeID: The node of an identifier text (hexadecimal, "0x" allowed); null for any other text and for
+  /// a node that the SDK does not know (any more).
+  _MTP_COMMON_NODE* getCommonNodeFromNodeID(const QString& nodeID);
+  /// getFileNodeFromNodeID:currentDevice:storageHead:filePath: The same for files: null for a node that is none. The
+  /// other arguments are not used.
+  _MTP_FILE_NODE* getFileNodeFromNodeID(const QString& nodeID, _MTP_DEVICE_NODE* currentDevice = nullptr,
+                                        _MTP_STORAGE_NODE* storageHead = nullptr, const QString& filePath = {});
+  /// The kind (MTPDEXT_NODE_…) of a node, 0 for null and nodes that the SDK does not know. Never follows the address,
+  /// never blocks.
+  std::int32_t nodeKind(const void* node);
+  /// The identifier text of a node, "%llx" of its address.
+  static QString nodeIDOf(const void* node);
+
+private:
+  bool isNode(const void* node, std::int32_t kind);
+  std::optional<MtpItemInfo> parentEntry(_MTP_FOLDER_NODE* folder, const QString& folderPath);
+  std::optional<QList<MtpStorageInfo>> collectStorages(_MTP_STORAGE_NODE* head, const QString& modelName);
+
+  const std::shared_ptr<MtpSdk> m_sdk;
+
+  mutable platform::Mutex m_textMutex;
+  QString m_locationID MTPB_GUARDED_BY(m_textMutex);
+  QString m_rootPath MTPB_GUARDED_BY(m_textMutex);
+  // Written by whichever thread binds or resolves, read by all.
+  std::atomic<_MTP_DEVICE_NODE*> m_currentDeviceNode{nullptr};
+  std::atomic<_MTP_STORAGE_NODE*> m_currentStorageNode{nullptr};
+  std::atomic<_MTP_STORAGE_NODE*> m_storageHeadNode{nullptr};
+  std::atomic<bool> m_isDetached{false}; // written by the browser (and by binding), polled by every operation
+  std::recursive_mutex m_monitor;        // one storageInfoLists() at a time
+};
