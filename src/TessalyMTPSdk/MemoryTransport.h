@@ -32,7 +32,7 @@ public:
   /// Answers class requests from the initiator; called on the requesting side's thread, must not block. For requests to
   /// the phone `data` holds the bytes; for requests from it returns the bytes to answer. No value: the pipe stalls.
   using ControlHandler = std::function<std::optional<std::vector<std::byte>>(std::uint8_t request, bool toPhone,
-                                                                            std::span<const std::byte> data)>;
+                                                                             std::span<const std::byte> data)>;
   virtual void setControlHandler(ControlHandler handler) = 0;
 
   virtual bool plugged() const = 0;

@@ -79,12 +79,7 @@ typedef struct _MTP_FILE_NODE {
 
 #pragma pack(pop)
 
-enum {
-  MTPDEXT_NODE_DEVICE = 1,
-  MTPDEXT_NODE_STORAGE = 2,
-  MTPDEXT_NODE_FOLDER = 3,
-  MTPDEXT_NODE_FILE = 4
-};
+enum { MTPDEXT_NODE_DEVICE = 1, MTPDEXT_NODE_STORAGE = 2, MTPDEXT_NODE_FOLDER = 3, MTPDEXT_NODE_FILE = 4 };
 
 /* Progress of a transfer, called on the transferring thread. 0: go on; anything else: stop. Positions in bytes. */
 typedef uint32_t (*mtpDextProgressCallback)(uint64_t current, uint64_t total, void* context);
@@ -108,13 +103,14 @@ uint32_t mtpDextGetStorageListHead(_MTP_DEVICE_NODE* device, _MTP_STORAGE_NODE**
 uint32_t mtpDextGetNextStorageNode(_MTP_STORAGE_NODE* storage, _MTP_STORAGE_NODE** next);
 uint32_t mtpDextReleaseStorageList(_MTP_STORAGE_NODE* storage);
 
-/* Names, two-call protocol: null buffer: status 1 and the size in bytes; buffer of that size: 0. The text is UTF-16 with
- * a terminating zero unit, which the size includes. A buffer too small: 1 and the size. */
+/* Names, two-call protocol: null buffer: status 1 and the size in bytes; buffer of that size: 0. The text is UTF-16
+ * with a terminating zero unit, which the size includes. A buffer too small: 1 and the size. */
 uint32_t mtpDextGetFriendlyName(_MTP_DEVICE_NODE* device, void* buffer, uint32_t* byteSize);
 uint32_t mtpDextGetModelName(_MTP_DEVICE_NODE* device, void* buffer, uint32_t* byteSize);
 
-/* Folders and files directly in a folder or at a storage's top level (parent null). The first of the two heads asked for
- * lists the folder (blocks), the other uses the same fetch. Empty: 2 and a null head. Callback and context are unused. */
+/* Folders and files directly in a folder or at a storage's top level (parent null). The first of the two heads asked
+ * for lists the folder (blocks), the other uses the same fetch. Empty: 2 and a null head. Callback and context are
+ * unused. */
 uint32_t mtpDextGetFolderListHead(_MTP_STORAGE_NODE* storage, _MTP_FOLDER_NODE* parent, _MTP_FOLDER_NODE** head,
                                   mtpDextProgressCallback callback, void* context);
 uint32_t mtpDextGetNextSiblingFolderNode(_MTP_FOLDER_NODE* folder, _MTP_FOLDER_NODE** next);

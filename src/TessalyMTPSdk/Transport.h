@@ -25,7 +25,7 @@ const char* toString(IoStatus status);
 
 struct ReadResult {
   IoStatus status = IoStatus::Ok;
-  std::size_t size = 0;  // bytes put into the buffer
+  std::size_t size = 0;       // bytes put into the buffer
   bool endOfTransfer = false; // a short or zero-length packet ended the phone's transfer behind these bytes
 };
 
