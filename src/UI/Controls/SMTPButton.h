@@ -1,0 +1,54 @@
+#pragma once
+// A button that is a picture, with others for pressed and hovered.
+#include <QAbstractButton>
+#include <QIcon>
+
+/// Pictures are stretched over the whole button. No border, no focus ring. Main thread.
+class SMTPButton : public QAbstractButton {
+  Q_OBJECT
+public:
+  explicit SMTPButton(QWidget* parent = nullptr);
+
+  /// `setButtonWithImageName:alternateImageName:overImgaeName:` Sets the pictures named so (see ui::namedImage()), an
+  /// empty name leaving its picture as it is: normal (shown at once), pressed and hovered; and switches hovering on.
+  void setButtonWithImageName(const QString& imageName, const QString& alternateImageName,
+                              const QString& overImgaeName);
+
+  QIcon normalImage() const { return m_normalImage; }
+  void setNormalImage(const QIcon& image) { m_normalImage = image; }
+  QIcon selectImage() const { return m_selectImage; }
+  void setSelectImage(const QIcon& image) { m_selectImage = image; }
+  QIcon overImage() const { return m_overImage; }
+  void setOverImage(const QIcon& image) { m_overImage = image; }
+  /// Kept for a disabled look; not drawn.
+  QIcon dimImage() const { return m_dimImage; }
+  void setDimImage(const QIcon& image) { m_dimImage = image; }
+  /// Kept for a disabled look; not drawn.
+  QIcon dimImagealternate() const { return m_dimImagealternate; }
+  void setDimImagealternate(const QIcon& image) { m_dimImagealternate = image; }
+
+  /// The picture shown while the button is not pressed: the normal or the hovered one.
+  QIcon image() const { return m_image; }
+  /// The picture shown while the button is pressed.
+  QIcon alternateImage() const { return m_alternateImage; }
+
+  QSize sizeHint() const override;
+
+protected:
+  /// `mouseEntered:` Shows the hovered picture, unless disabled or in a window that is not the active one.
+  void enterEvent(QEnterEvent* event) override;
+  /// `mouseExited:` Shows the normal picture, unless disabled.
+  void leaveEvent(QEvent* event) override;
+  void changeEvent(QEvent* event) override;
+  void paintEvent(QPaintEvent* event) override;
+
+private:
+  QIcon m_normalImage;
+  QIcon m_selectImage;
+  QIcon m_overImage;
+  QIcon m_dimImage;
+  QIcon m_dimImagealternate;
+  QIcon m_image;
+  QIcon m_alternateImage;
+  bool m_tracksMouse = false;
+};

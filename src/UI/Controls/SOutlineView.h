@@ -1,0 +1,122 @@
+#pragma once
+// The browser's tree: three columns, a context menu that fits the rows it is opened on, hover and drag reports.
+//
+// The model is any QAbstractItemModel with the columns SOutlineColumnIndex. Of column kFileName the tree reads
+// Qt::DisplayRole (the name) and Qt::DecorationRole (a QIcon, see ui::iconForItem()), of the others Qt::DisplayRole, of
+// visible rows only. Sorting goes to QAbstractItemModel::sort() with the column and the order of the clicked header.
+#include <QMenu>
+#include <QPointer>
+#include <QTreeView>
+
+class SOutlineHeaderView;
+
+/// The model's columns, in this order.
+enum SOutlineColumnIndex { kFileName = 0, kDateModified = 1, kFileSize = 2, kOutlineColumnCount = 3 };
+
+/// The columns' identifiers.
+inline constexpr QStringView kOutlineFileName = u"outline_FileName";
+inline constexpr QStringView kOutlineDateModified = u"outline_DateModified";
+inline constexpr QStringView kOutlineFileSize = u"outline_FileSize";
+
+/// What the context menu may do with an item; the answers of menuTypeForItem().
+enum SOutlineMenuType { kMenuTypeProtected = 0, kMenuTypeFile = 1, kMenuTypeFolder = 2 };
+
+/// The context menu's entries, told by their titles.
+enum class SOutlineMenuEntry { AddNewFolder, EditName, Delete, Other };
+
+/// Whether a context menu entry is enabled. `selectedRows`: how many rows are selected; `clickedType`: the
+/// SOutlineMenuType of the clicked row, kMenuTypeFolder over empty space, counting while fewer than two rows are
+/// selected; `anyProtected`: whether one of the selected rows is of kMenuTypeProtected, counting with two or more.
+/// Pure.
+bool isContextMenuEntryEnabled(SOutlineMenuEntry entry, qsizetype selectedRows, int clickedType, bool anyProtected);
+
+/// Whom the tree reports to: the window. Called on the main thread.
+class SOutlineViewOwner {
+public:
+  virtual ~SOutlineViewOwner() = default;
+
+  /// `menuTypeForItem:` A SOutlineMenuType; an invalid index is the empty space. Must be quick: with several rows
+  /// selected it is asked for each of them, until one is protected.
+  virtual int menuTypeForItem(const QModelIndex& item) = 0;
+  /// `mouseEntered:` The pointer has come over the tree.
+  virtual void mouseEntered(QEvent& event) { Q_UNUSED(event) }
+  /// `mouseExited:` The pointer has left the tree.
+  virtual void mouseExited(QEvent& event) { Q_UNUSED(event) }
+  /// `performDragOperationDelete` Rows were dragged onto the Trash.
+  virtual void performDragOperationDelete() {}
+};
+
+/// Rows are numbered as they are seen, from 0, children of expanded rows included. Main thread.
+class SOutlineView : public QTreeView {
+  Q_OBJECT
+public:
+  /// How high every row is.
+  static constexpr int kRowHeight = 22;
+  /// The drag operation "delete": the rows went to the Trash.
+  static constexpr quint32 kDragOperationDelete = 32;
+
+  /// `initWithFrame:` No owner, no remembered row.
+  explicit SOutlineView(QWidget* parent = nullptr);
+
+  /// `awakeFromNib` Sets the header, its cells and the columns up, with localized titles, switches mouse tracking on
+  /// and forgets the remembered row. Call once, before or after setModel(); again to take up another language.
+  void awakeFromNib();
+
+  /// `setOwnerDelegate:` Whom to report to; not owned, must be set to nullptr before the owner goes. nullptr also ends
+  /// mouse tracking until awakeFromNib() is called again.
+  void setOwnerDelegate(SOutlineViewOwner* owner);
+
+  /// The context menu. Not owned; its actions' enabling is set before every opening, the rest is its owner's.
+  void setOwnerMenu(QMenu* menu);
+  QMenu* ownerMenu() const { return m_ownerMenu; }
+
+  /// The row that was right-clicked last, or set; -1: none.
+  qint64 getSelectedRowIndex() const { return m_selectedRowIndex; }
+  /// `setSelectedRowIndex:` Remembers the row and selects exactly it; -1 (or a row there is not) clears the selection.
+  void setSelectedRowIndex(qint64 row);
+
+  /// How many rows there are to be seen by scrolling.
+  qint64 numberOfRows() const;
+  /// The row of an index; -1 when it is not shown (a parent is collapsed).
+  qint64 rowOfIndex(const QModelIndex& index) const;
+  /// The index (of column kFileName) of a row; invalid when there is no such row.
+  QModelIndex indexAtRow(qint64 row) const;
+  /// The row below a point of the viewport, anywhere in its width; -1 over empty space.
+  qint64 rowAtPoint(const QPoint& viewportPoint) const;
+  /// How many rows are selected.
+  qsizetype numberOfSelectedRows() const;
+
+  /// A column's width in device-independent pixels, without the spacing between columns.
+  int widthOfColumn(int column) const;
+
+  /// `menuForEvent:` The context menu for a click at a point of the viewport, its entries enabled to fit: remembers the
+  /// clicked row and adds it to the selection. nullptr when the owner gave no menu.
+  QMenu* menuForEvent(const QPoint& viewportPoint);
+
+  /// `draggedImage:endedAt:operation:` A drag of rows has ended with `operation`.
+  void draggedImage(const QPoint& endedAt, quint32 operation);
+
+  void setModel(QAbstractItemModel* model) override;
+
+protected:
+  bool viewportEvent(QEvent* event) override;
+  void enterEvent(QEnterEvent* event) override;
+  void leaveEvent(QEvent* event) override;
+  void mousePressEvent(QMouseEvent* event) override;
+  void contextMenuEvent(QContextMenuEvent* event) override;
+  void drawRow(QPainter* painter, const QStyleOptionViewItem& options, const QModelIndex& index) const override;
+  void drawBranches(QPainter* painter, const QRect& rect, const QModelIndex& index) const override;
+  void changeEvent(QEvent* event) override;
+
+private:
+  QMenu* menuForRow(qint64 row);
+  bool anySelectedRowProtected() const;
+  void enableMenuEntries(const QModelIndex& clicked);
+  void takeColours();
+
+  SOutlineHeaderView* m_header;
+  SOutlineViewOwner* m_pOwnerDelegate = nullptr;
+  QPointer<QMenu> m_ownerMenu;
+  qint64 m_selectedRowIndex = -1;
+  bool m_mouseTrackingArea = false;
+};

@@ -1,0 +1,39 @@
+#pragma once
+// A toolbar button: a title, and a three-part background while hovered or selected.
+#include <QAbstractButton>
+#include <QIcon>
+
+/// Set the title with setText(), click through clicked(). Main thread.
+class SToolbarButton : public QAbstractButton {
+  Q_OBJECT
+public:
+  explicit SToolbarButton(QWidget* parent = nullptr);
+
+  /// `setIsSelected:` Whether the button is drawn as the chosen one: background and blue title.
+  void setIsSelected(bool isSelected);
+  bool isSelected() const { return m_isSelected; }
+  /// Whether the pointer is inside.
+  bool isOver() const { return m_isOver; }
+
+  /// The title's width in its font plus 15, and a line's height.
+  QSize sizeHint() const override;
+  QSize minimumSizeHint() const override { return sizeHint(); }
+
+protected:
+  /// `mouseEntered:` Remembers that the pointer is inside (only in the active window).
+  void enterEvent(QEnterEvent* event) override;
+  /// `mouseExited:`
+  void leaveEvent(QEvent* event) override;
+  /// `drawRect:` Background, when hovered or selected, then the title.
+  void paintEvent(QPaintEvent* event) override;
+
+private:
+  /// `drawTitle` Centred in its own measured rectangle, which starts 6 points from the left edge at the bottom.
+  void drawTitle(QPainter& painter) const;
+
+  QIcon m_left;
+  QIcon m_center;
+  QIcon m_right;
+  bool m_isOver = false;
+  bool m_isSelected = false;
+};
