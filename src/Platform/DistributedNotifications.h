@@ -14,6 +14,8 @@
 
 namespace platform {
 
+class DistributedNotificationReceiver;
+
 /// The centre of one bus connection.
 class DistributedNotificationCenter {
 public:
@@ -37,10 +39,9 @@ public:
   bool post(const QString& name, const QVariantMap& userInfo = {});
 
 private:
-  class Receiver;
   QDBusConnection m_bus;
   std::unique_ptr<NotificationCenter> m_local; // whose observers the arriving signals are handed to
-  std::unique_ptr<Receiver> m_receiver;
+  std::unique_ptr<DistributedNotificationReceiver> m_receiver;
 };
 
 } // namespace platform

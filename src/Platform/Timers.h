@@ -3,6 +3,7 @@
 #include <chrono>
 #include <functional>
 #include <memory>
+#include <optional>
 
 namespace platform {
 
@@ -32,7 +33,7 @@ public:
   static Timers& mainThread();
 };
 
-/// Timers that stand still until a test lets time pass.
+/// Timers that stand still until a test lets time pass. One thread.
 class ManualTimers : public Timers {
 public:
   ManualTimers();
@@ -51,6 +52,7 @@ public:
 private:
   struct State;
   std::shared_ptr<State> m_state;
+  std::unique_ptr<Timer> add(Milliseconds delay, std::optional<Milliseconds> interval, std::function<void()> fire);
 };
 
 } // namespace platform
