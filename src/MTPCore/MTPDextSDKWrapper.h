@@ -12,6 +12,7 @@
 #include <memory>
 #include <mutex>
 #include <optional>
+#include <source_location>
 
 /// Access to one phone, bound by its USB location.
 ///
@@ -48,8 +49,8 @@ public:
   std::optional<QString> getMTPFriendlyName();
   /// getMTPFriendlyName:name: The same of any device; `name` is written on status 0 only. Blocks.
   std::uint32_t getMTPFriendlyName(_MTP_DEVICE_NODE* deviceNode, std::optional<QString>& name);
-  /// getMTPModelName:name: The model name as device paths begin with it: the maker's prefix and all characters that file
-  /// names must not have are removed. `name` is written on status 0 only. Blocks.
+  /// getMTPModelName:name: The model name as device paths begin with it: the maker's prefix and all characters that
+  /// file names must not have are removed. `name` is written on status 0 only. Blocks.
   std::uint32_t getMTPModelName(_MTP_DEVICE_NODE* deviceNode, std::optional<QString>& name);
 
   /// storageInfoLists The phone's storages worth showing, internal ones first, at most one of each disk type; nothing
@@ -60,9 +61,9 @@ public:
   std::uint32_t getMTPDeviceHead(_MTP_DEVICE_NODE** deviceNode);
   /// getMTPNextDevice:next: 2 at the end of the list.
   std::uint32_t getMTPNextDevice(_MTP_DEVICE_NODE* deviceNode, _MTP_DEVICE_NODE** next);
-  /// deviceWithLocationId:locationId: The device at this location (low 32 bits), sought from `deviceNode` on, or from the
-  /// list's head when that is null (blocks then). When the SDK ends the list with a status, the last device listed: a
-  /// single attached phone is found whatever its location. Otherwise null.
+  /// deviceWithLocationId:locationId: The device at this location (low 32 bits), sought from `deviceNode` on, or from
+  /// the list's head when that is null (blocks then). When the SDK ends the list with a status, the last device listed:
+  /// a single attached phone is found whatever its location. Otherwise null.
   _MTP_DEVICE_NODE* deviceWithLocationId(_MTP_DEVICE_NODE* deviceNode, std::uint64_t locationId);
 
   /// getMTPStorageListHead:storage: The first storage of a device; null stands for the first attached device. Blocks.
@@ -80,13 +81,13 @@ public:
   /// getStorageHeadNode The head of the bound device's storage list, or null.
   _MTP_STORAGE_NODE* getStorageHeadNode() const;
 
-  /// registerMtpRequestEventNotifyEx:callback:context: Has `callback` called for each event of the device, on a thread of
-  /// the SDK; a null callback ends that, and on return none is running (unless the caller is the callback itself).
+  /// registerMtpRequestEventNotifyEx:callback:context: Has `callback` called for each event of the device, on a thread
+  /// of the SDK; a null callback ends that, and on return none is running (unless the caller is the callback itself).
   std::uint32_t registerMtpRequestEventNotifyEx(_MTP_DEVICE_NODE* deviceNode, mtpDextEventCallback callback,
                                                 void* context);
 
-  /// removeMtpBrowser Gives the current storage list and the device list back to the SDK, also when detached. Bind again
-  /// before further work with the phone.
+  /// removeMtpBrowser Gives the current storage list and the device list back to the SDK, also when detached. Bind
+  /// again before further work with the phone.
   void removeMtpBrowser();
   /// mtpReset removeMtpBrowser(), and forgets the root path.
   void mtpReset();
@@ -98,20 +99,20 @@ public:
 
   // ---- Folders, files, paths ----
   //
-  // A device path is "/" model name "/" storage name "/" folder names, compared ignoring case; the model name may be left
-  // out. A null QString stands for "no path given".
+  // A device path is "/" model name "/" storage name "/" folder names, compared ignoring case; the model name may be
+  // left out. A null QString stands for "no path given".
 
-  /// getFoldersAtFolder:currentStorage:folderPath:isContainParentFolder: The folders in `folder` (null: at the storage's
-  /// top level), in the phone's order; in front of them, when the flag is set, the entry ".." for the parent. Nothing
-  /// when detached, also when that happens meanwhile. Blocks.
+  /// getFoldersAtFolder:currentStorage:folderPath:isContainParentFolder: The folders in `folder` (null: at the
+  /// storage's top level), in the phone's order; in front of them, when the flag is set, the entry ".." for the parent.
+  /// Nothing when detached, also when that happens meanwhile. Blocks.
   std::optional<QList<MtpItemInfo>> getFoldersAtFolder(_MTP_FOLDER_NODE* folder, _MTP_STORAGE_NODE* currentStorage,
                                                        const QString& folderPath, bool isContainParentFolder);
   /// getFilesAtFolder:currentStorage:folderPath: The folders and then the files in `folder`; nothing when detached.
   /// Blocks.
   std::optional<QList<MtpItemInfo>> getFilesAtFolder(_MTP_FOLDER_NODE* folder, _MTP_STORAGE_NODE* currentStorage,
                                                      const QString& folderPath);
-  /// contentsOfFileInfo:parent: The files in a folder or at a storage's top level; nothing when there are none. `parent`
-  /// is the path they get. Blocks.
+  /// contentsOfFileInfo:parent: The files in a folder or at a storage's top level; nothing when there are none.
+  /// `parent` is the path they get. Blocks.
   std::optional<QList<MtpItemInfo>> contentsOfFileInfo(_MTP_COMMON_NODE* commonNode, const QString& parent);
   /// getFileNodeInfo:folderPath: What is known of a file; nothing for null and unknown nodes.
   std::optional<MtpItemInfo> getFileNodeInfo(_MTP_FILE_NODE* fileNode, const QString& folderPath);
@@ -122,8 +123,8 @@ public:
   /// storage or nothing. *retStorage is written when the walk got past the storage's name. Blocks.
   _MTP_FOLDER_NODE* searchFolder(_MTP_DEVICE_NODE* deviceNode, _MTP_STORAGE_NODE** storageHead,
                                  _MTP_STORAGE_NODE** retStorage, const QString& filePath);
-  /// initializeNodeInfo:currentStorage:currentFolder: Lists the storages afresh and resolves the root path: hands out its
-  /// storage and folder (or null) and makes the storage the current one. The first argument is not used. Blocks.
+  /// initializeNodeInfo:currentStorage:currentFolder: Lists the storages afresh and resolves the root path: hands out
+  /// its storage and folder (or null) and makes the storage the current one. The first argument is not used. Blocks.
   void initializeNodeInfo(const void* unused, _MTP_STORAGE_NODE** currentStorage, _MTP_FOLDER_NODE** currentFolder);
   /// getFolderNode:atStorage:parent: The folder of this name in `parent` (null: at the storage's top level), case
   /// ignored, or null. Blocks.
@@ -151,8 +152,8 @@ public:
 
   // ---- Nodes and their identifiers ----
 
-  /// getCommonNodeFromNodeID: The node of an identifier text (hexadecimal, "0x" allowed); null for any other text and for
-  /// a node that the SDK does not know (any more).
+  /// getCommonNodeFromNodeID: The node of an identifier text (hexadecimal, "0x" allowed); null for any other text and
+  /// for a node that the SDK does not know (any more).
   _MTP_COMMON_NODE* getCommonNodeFromNodeID(const QString& nodeID);
   /// getFileNodeFromNodeID:currentDevice:storageHead:filePath: The same for files: null for a node that is none. The
   /// other arguments are not used.
@@ -164,10 +165,28 @@ public:
   /// The identifier text of a node, "%llx" of its address.
   static QString nodeIDOf(const void* node);
 
+  // ---- Texts of records; the caller holds the nodes ----
+
+  /// wildcharLength:dataSize: The number of units before the first zero unit, at most `dataSize`.
+  static std::uint32_t wildcharLength(const char16_t* text, std::uint32_t dataSize);
+  /// getLabelFromMtpString:dataSize: The name so long; nothing for a null pointer.
+  static std::optional<QString> getLabelFromMtpString(const char16_t* text, std::uint32_t dataSize);
+
 private:
+  using NameOperation = std::uint32_t (MtpSdk::*)(_MTP_DEVICE_NODE*, void*, std::uint32_t*);
+
   bool isNode(const void* node, std::int32_t kind);
+  _MTP_DEVICE_NODE* findDevice();
+  std::uint32_t readDeviceName(NameOperation operation, _MTP_DEVICE_NODE* deviceNode, std::optional<QString>& name,
+                               const std::source_location& where);
+  bool connectForStorages();
+  QList<MtpStorageInfo> collectStorages(_MTP_STORAGE_NODE* head, const QString& modelName);
   std::optional<MtpItemInfo> parentEntry(_MTP_FOLDER_NODE* folder, const QString& folderPath);
-  std::optional<QList<MtpStorageInfo>> collectStorages(_MTP_STORAGE_NODE* head, const QString& modelName);
+  void appendFiles(QList<MtpItemInfo>& items, _MTP_COMMON_NODE* commonNode, const QString& folderPath);
+  // Each holds the nodes and calls visit(node) for every node of the list until it answers false.
+  template <class Visit> void walkStorages(_MTP_STORAGE_NODE* head, Visit visit);
+  template <class Visit> void walkFolders(_MTP_FOLDER_NODE* head, Visit visit);
+  template <class Visit> void walkFiles(_MTP_FILE_NODE* head, Visit visit);
 
   const std::shared_ptr<MtpSdk> m_sdk;
 

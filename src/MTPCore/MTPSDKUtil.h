@@ -103,8 +103,8 @@ public:
   /// with two blanks in place of the dash.
   static QString statusString(std::uint32_t status);
 
-  /// macOS11AndLater Whether the system is new enough for the SDK without a legacy face: major version above 10, or minor
-  /// above 15. False when the system tells no version.
+  /// macOS11AndLater Whether the system is new enough for the SDK without a legacy face: major version above 10, or
+  /// minor above 15. False when the system tells no version.
   static bool macOS11AndLater();
 
   /// isIncludeFileExtension:extType: Whether the name (or path) has an extension and it is one of `extType`, case

@@ -22,6 +22,8 @@ struct MtpItemInfo {
   int ObjectType = MtpObjectFile;    // MtpObjectType
 };
 
+Q_DECLARE_TYPEINFO(MtpItemInfo, Q_RELOCATABLE_TYPE);
+
 /// One storage of the phone.
 struct MtpStorageInfo {
   std::optional<QString> volumePath; // "/<model name>/<storage name>"

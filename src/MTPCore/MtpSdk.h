@@ -1,6 +1,6 @@
 #pragma once
-// The operations of the MTP SDK that the access layer uses, behind one interface: the engine itself (TessalyMtpSdk), its
-// legacy face (CorvMtpSdk), and a scripted one in the tests.
+// The operations of the MTP SDK that the access layer uses, behind one interface: the engine itself (TessalyMtpSdk),
+// its legacy face (CorvMtpSdk), and a scripted one in the tests.
 #include "TessalyMTPSdk/TessalyMTPSdk.h"
 
 #include <cstdint>
@@ -49,7 +49,8 @@ public:
                                    _MTP_FILE_NODE** created, mtpDextProgressCallback callback, void* context) = 0;
   virtual std::uint32_t getThumb(_MTP_FILE_NODE* file, void* buffer, std::uint32_t* byteSize) = 0;
 
-  virtual std::uint32_t requestEventNotifyEx(_MTP_DEVICE_NODE* device, mtpDextEventCallback callback, void* context) = 0;
+  virtual std::uint32_t requestEventNotifyEx(_MTP_DEVICE_NODE* device, mtpDextEventCallback callback,
+                                             void* context) = 0;
 
   /// Non-zero when the phone still has the node. May block.
   virtual int libIsExist(_MTP_COMMON_NODE* node, std::int32_t nodeType) = 0;
@@ -65,7 +66,10 @@ public:
 /// Keeps every record of the SDK readable for a scope. Short scopes only: never across a call that blocks.
 class NodeHold {
 public:
-  explicit NodeHold(MtpSdk& sdk) : m_sdk(sdk) { m_sdk.holdNodes(); }
+  explicit NodeHold(MtpSdk& sdk)
+      : m_sdk(sdk) {
+    m_sdk.holdNodes();
+  }
   ~NodeHold() { m_sdk.unholdNodes(); }
   NodeHold(const NodeHold&) = delete;
   NodeHold& operator=(const NodeHold&) = delete;

@@ -1,0 +1,808 @@
+#include "MTPCore/MTPDextSDKWrapper.h"
+
+#include "MTPCore/MTPSDKUtil.h"
+#include "Platform/Log.h"
+
+#include <QStringList>
+#include <QStringView>
+
+#include <algorithm>
+#include <array>
+#include <exception>
+#include <new>
+#include <source_location>
+#include <string>
+#include <typeinfo>
+
+namespace {
+
+constexpr std::uint64_t UsedSizeAddition = 524'288'000; // 500 MiB
+constexpr std::uint32_t LongestDeviceName = 64 * 1024;  // bytes; MTP strings end at 510
+constexpr std::uint32_t HiddenStorageId = 0x00060001;
+
+enum DiskType : unsigned int { InternalDisk = 1, CardDisk = 2, SecondInternalDisk = 3 };
+
+// The end of a list, and success: everything else is worth a log line.
+bool isListFailure(std::uint32_t status) {
+  return (status & ~std::uint32_t(DGSTATUS_NO_MORE_DATA)) != 0;
+}
+
+std::optional<std::uint64_t> parseHexadecimal(QStringView text) {
+  if (text.startsWith(u"0x", Qt::CaseInsensitive))
+    text = text.mid(2);
+  if (text.isEmpty() || text.size() > 16)
+    return std::nullopt;
+  std::uint64_t value = 0;
+  for (const QChar character : text) {
+    const char16_t unit = character.unicode();
+    if (unit >= u'0' && unit <= u'9')
+      value = value * 16 + (unit - u'0');
+    else if (unit >= u'a' && unit <= u'f')
+      value = value * 16 + (unit - u'a' + 10);
+    else if (unit >= u'A' && unit <= u'F')
+      value = value * 16 + (unit - u'A' + 10);
+    else
+      return std::nullopt;
+  }
+  return value;
+}
+
+QStringList pathComponents(const QString& path) {
+  return path.split(u'/', Qt::SkipEmptyParts);
+}
+
+// "/a/b" is "/a", "/a" is "/", "a" is "".
+QString withoutLastComponent(const QString& path) {
+  QStringView rest(path);
+  while (rest.size() > 1 && rest.endsWith(u'/'))
+    rest.chop(1);
+  rest.truncate(rest.lastIndexOf(u'/') + 1);
+  while (rest.size() > 1 && rest.endsWith(u'/'))
+    rest.chop(1);
+  return rest.toString();
+}
+
+QString appended(const QString& folderPath, const QString& name) {
+  QString path;
+  path.reserve(folderPath.size() + 1 + name.size());
+  path.append(folderPath).append(u'/').append(name);
+  return path;
+}
+
+bool equalIgnoringCase(QStringView a, QStringView b) {
+  return a.compare(b, Qt::CaseInsensitive) == 0;
+}
+
+// What follows reads records: the caller holds the nodes and knows the kind.
+
+// The text by which a storage is found; none without a name.
+std::optional<QStringView> storageLabel(const _MTP_STORAGE_NODE& storage) {
+  const char16_t* const text = storage.name;
+  std::uint32_t length = storage.nameLength;
+  if (text == nullptr)
+    return std::nullopt;
+  if (length > 0 && text[length - 1] == 0)
+    --length;
+  return QStringView(text, length);
+}
+
+// The text that a storage is shown with; unlike its label it always loses the last unit.
+QString shownStorageName(const _MTP_STORAGE_NODE& storage) {
+  const char16_t* const text = storage.name;
+  if (text == nullptr || storage.nameLength < 2)
+    return QStringLiteral("");
+  return QStringView(text, storage.nameLength - 1).toString();
+}
+
+bool isHiddenStorage(const QString& name, std::uint32_t storageId) {
+  return name.isEmpty() || equalIgnoringCase(name, u"OSP") || equalIgnoringCase(name, u"Private content") ||
+         storageId == HiddenStorageId;
+}
+
+unsigned int diskTypeOf(const QString& name, std::uint32_t storageId) {
+  if (storageId == 0x00020001 || storageId == 0x00020002)
+    return CardDisk;
+  if (equalIgnoringCase(name, u"Card") || equalIgnoringCase(name, u"SD Card"))
+    return CardDisk;
+  if (storageId == 0x00010002 || equalIgnoringCase(name, u"Gemel Talk"))
+    return SecondInternalDisk;
+  return InternalDisk;
+}
+
+QString commonNodeText(const _MTP_COMMON_NODE& common) {
+  const std::uint64_t value = std::uint64_t(std::uint32_t(common.nodeType)) << 32 | common.nodeId;
+  return QString::asprintf("0x%08llx", static_cast<unsigned long long>(value));
+}
+
+MtpItemInfo namedItem(const void* node, const char16_t* name, std::uint32_t nameSize, const QString& folderPath,
+                      int objectType) {
+  MtpItemInfo item;
+  item.NodeID = MTPDextSDKWrapper::nodeIDOf(node);
+  item.FileName = MTPDextSDKWrapper::getLabelFromMtpString(name, nameSize);
+  if (!folderPath.isNull())
+    item.FilePath = item.FileName ? appended(folderPath, *item.FileName) : folderPath;
+  item.ObjectType = objectType;
+  return item;
+}
+
+bool isNamed(const char16_t* text, std::uint32_t size, const QString& name) {
+  return text != nullptr && equalIgnoringCase(QStringView(text, MTPDextSDKWrapper::wildcharLength(text, size)), name);
+}
+
+MtpItemInfo folderItem(const _MTP_FOLDER_NODE& folder, const QString& folderPath) {
+  return namedItem(&folder, folder.name, folder.nameSize, folderPath, MtpObjectFolder);
+}
+
+MtpItemInfo fileItem(const _MTP_FILE_NODE& file, const QString& folderPath) {
+  MtpItemInfo item = namedItem(&file, file.name, file.nameSize, folderPath, MtpObjectFile);
+  item.FileLength = file.fileLength;
+  if (const char16_t* const date = file.date)
+    item.DateModify = QStringView(date, file.dateLength).toString();
+  return item;
+}
+
+// Calls visit(node) for each node of a list until it answers false; step(node) gives the next one or null. Ends also in
+// a list that leads back into itself, which no sane SDK makes: the mark, set anew after twice as many steps each time,
+// comes to lie on the ring and is then met again.
+template <class Node, class Visit, class Step> void walkList(Node* first, Visit visit, Step step) {
+  const Node* mark = first;
+  std::size_t stepsToNextMark = 1024;
+  std::size_t steps = 0;
+  for (Node* node = first; node != nullptr && visit(node);) {
+    node = step(node);
+    if (node != nullptr && node == mark) {
+      MTPB_LOG("The list comes back to node %p and has no end.", static_cast<const void*>(node));
+      return;
+    }
+    if (++steps == stepsToNextMark) {
+      mark = node;
+      stepsToNextMark *= 2;
+      steps = 0;
+    }
+  }
+}
+
+} // namespace
+
+MTPDextSDKWrapper::MTPDextSDKWrapper(std::shared_ptr<MtpSdk> sdk)
+    : m_sdk(std::move(sdk)) {}
+
+MTPDextSDKWrapper::~MTPDextSDKWrapper() = default;
+
+// ---- Binding ----
+
+void MTPDextSDKWrapper::setLocationID(const QString& locationID) {
+  {
+    const platform::Lock lock(m_textMutex);
+    m_locationID = locationID;
+  }
+  m_currentDeviceNode = findDevice();
+  m_isDetached = false;
+}
+
+void MTPDextSDKWrapper::setLocationID(const QString& locationID, const QString& rootPath) {
+  {
+    const platform::Lock lock(m_textMutex);
+    m_rootPath = rootPath;
+  }
+  setLocationID(locationID);
+}
+
+_MTP_DEVICE_NODE* MTPDextSDKWrapper::findDevice() {
+  std::uint64_t location = 0;
+  {
+    const platform::Lock lock(m_textMutex);
+    location = parseHexadecimal(m_locationID).value_or(0);
+  }
+  _MTP_DEVICE_NODE* head = nullptr;
+  if (getMTPDeviceHead(&head) != DGSTATUS_SUCCESS || head == nullptr)
+    return nullptr;
+  return deviceWithLocationId(head, location);
+}
+
+QString MTPDextSDKWrapper::getCurrentRootPath() const {
+  const platform::Lock lock(m_textMutex);
+  return m_rootPath;
+}
+
+_MTP_DEVICE_NODE* MTPDextSDKWrapper::getCurrentDeviceNode() const {
+  return m_currentDeviceNode;
+}
+
+_MTP_STORAGE_NODE* MTPDextSDKWrapper::getCurrentStorageNode() const {
+  return m_currentStorageNode;
+}
+
+_MTP_STORAGE_NODE* MTPDextSDKWrapper::getStorageHeadNode() const {
+  return m_storageHeadNode;
+}
+
+// ---- Devices ----
+
+std::uint32_t MTPDextSDKWrapper::getMTPDeviceHead(_MTP_DEVICE_NODE** deviceNode) {
+  *deviceNode = nullptr;
+  if (isDetached())
+    return DGSTATUS_UNSUCCESSFUL;
+  if (const std::uint32_t status = m_sdk->sdkInit(); status != DGSTATUS_SUCCESS)
+    return status;
+  const std::uint32_t status = m_sdk->getConnectedDeviceListHead(deviceNode);
+  if (status != DGSTATUS_SUCCESS) {
+    MTPB_LOG("%sGetConnectedDeviceListHead is faild. status = %s", m_sdk->operationPrefix(),
+             qUtf8Printable(MTPSDKUtil::statusString(status)));
+    *deviceNode = nullptr;
+    return status;
+  }
+  MTPSDKUtil::logMTPDeviceNode(*deviceNode);
+  return status;
+}
+
+std::uint32_t MTPDextSDKWrapper::getMTPNextDevice(_MTP_DEVICE_NODE* deviceNode, _MTP_DEVICE_NODE** next) {
+  *next = nullptr;
+  if (isDetached())
+    return DGSTATUS_UNSUCCESSFUL;
+  const std::uint32_t status = m_sdk->getNextDevice(deviceNode, next);
+  if (status == DGSTATUS_SUCCESS)
+    MTPSDKUtil::logMTPDeviceNode(*next);
+  return status;
+}
+
+_MTP_DEVICE_NODE* MTPDextSDKWrapper::deviceWithLocationId(_MTP_DEVICE_NODE* deviceNode, std::uint64_t locationId) {
+  if (isDetached())
+    return nullptr;
+  if (deviceNode == nullptr && getMTPDeviceHead(&deviceNode) != DGSTATUS_SUCCESS)
+    return nullptr;
+
+  _MTP_DEVICE_NODE* found = nullptr;
+  const NodeHold hold(*m_sdk);
+  walkList(
+      deviceNode,
+      [&](_MTP_DEVICE_NODE* device) {
+        if (!isNode(device, MTPDEXT_NODE_DEVICE))
+          return false;
+        if (device->common.locationId == std::uint32_t(locationId))
+          found = device;
+        return found == nullptr;
+      },
+      [&](_MTP_DEVICE_NODE* device) {
+        _MTP_DEVICE_NODE* next = nullptr;
+        if (getMTPNextDevice(device, &next) == DGSTATUS_SUCCESS)
+          return next;
+        found = device; // the last one listed stands in for a location that no phone has
+        return static_cast<_MTP_DEVICE_NODE*>(nullptr);
+      });
+  return found;
+}
+
+std::optional<QString> MTPDextSDKWrapper::getMTPFriendlyName() {
+  std::optional<QString> name;
+  getMTPFriendlyName(m_currentDeviceNode, name);
+  return name;
+}
+
+std::uint32_t MTPDextSDKWrapper::getMTPFriendlyName(_MTP_DEVICE_NODE* deviceNode, std::optional<QString>& name) {
+  return readDeviceName(&MtpSdk::getFriendlyName, deviceNode, name, std::source_location::current());
+}
+
+std::uint32_t MTPDextSDKWrapper::getMTPModelName(_MTP_DEVICE_NODE* deviceNode, std::optional<QString>& name) {
+  static const QString prefix = QStringLiteral("TESSALY-");
+  const std::uint32_t status = readDeviceName(&MtpSdk::getModelName, deviceNode, name, std::source_location::current());
+  if (name) {
+    if (name->startsWith(prefix) && name->size() > prefix.size())
+      name->remove(0, prefix.size());
+    name->removeIf([](QChar character) { return QStringView(u"/\\?%*|\"<>:").contains(character); });
+  }
+  if (status != DGSTATUS_SUCCESS)
+    MTPB_LOG("Get MTP model Name is failed. status = %s", qUtf8Printable(MTPSDKUtil::statusString(status)));
+  return status;
+}
+
+std::uint32_t MTPDextSDKWrapper::readDeviceName(NameOperation operation, _MTP_DEVICE_NODE* deviceNode,
+                                                std::optional<QString>& name, const std::source_location& where) {
+  if (isDetached() || deviceNode == nullptr)
+    return DGSTATUS_UNSUCCESSFUL;
+  std::uint32_t byteSize = 0;
+  std::uint32_t status = (m_sdk.get()->*operation)(deviceNode, nullptr, &byteSize);
+  if (status != DGSTATUS_MORE_DATA)
+    return status;
+  std::unique_ptr<char16_t[]> buffer;
+  if (byteSize <= LongestDeviceName)
+    buffer.reset(new (std::nothrow) char16_t[byteSize / 2 + 1]());
+  if (!buffer) {
+    platform::logLine(where, "Memory allocate is failed. status = %s",
+                      qUtf8Printable(MTPSDKUtil::statusString(status)));
+    return DGSTATUS_MORE_DATA;
+  }
+  std::uint32_t filled = byteSize;
+  status = (m_sdk.get()->*operation)(deviceNode, buffer.get(), &filled);
+  if (status != DGSTATUS_SUCCESS)
+    return status;
+  const std::uint32_t units = std::min(byteSize, filled) / 2;
+  name = QStringView(buffer.get(), units > 0 ? units - 1 : 0).toString();
+  return status;
+}
+
+std::uint32_t MTPDextSDKWrapper::registerMtpRequestEventNotifyEx(_MTP_DEVICE_NODE* deviceNode,
+                                                                 mtpDextEventCallback callback, void* context) {
+  if (isDetached() || deviceNode == nullptr)
+    return DGSTATUS_UNSUCCESSFUL;
+  return m_sdk->requestEventNotifyEx(deviceNode, callback, context);
+}
+
+void MTPDextSDKWrapper::removeMtpBrowser() {
+  // The addresses are kept: the device's stays good while the phone is attached, and events are registered with it.
+  if (_MTP_STORAGE_NODE* const storage = m_currentStorageNode)
+    m_sdk->releaseStorageList(storage);
+  if (_MTP_DEVICE_NODE* const device = m_currentDeviceNode)
+    m_sdk->releaseDeviceList(device);
+}
+
+void MTPDextSDKWrapper::mtpReset() {
+  removeMtpBrowser();
+  const platform::Lock lock(m_textMutex);
+  m_rootPath.clear();
+}
+
+// ---- Storages ----
+
+std::uint32_t MTPDextSDKWrapper::getMTPStorageListHead(_MTP_DEVICE_NODE* deviceNode, _MTP_STORAGE_NODE** storage) {
+  *storage = nullptr;
+  if (isDetached())
+    return DGSTATUS_UNSUCCESSFUL;
+  if (deviceNode == nullptr)
+    if (const std::uint32_t status = getMTPDeviceHead(&deviceNode); status != DGSTATUS_SUCCESS)
+      return status;
+  const std::uint32_t status = m_sdk->getStorageListHead(deviceNode, storage);
+  if (status == DGSTATUS_SUCCESS)
+    MTPSDKUtil::logMTPStorageNode(*storage);
+  return status;
+}
+
+std::uint32_t MTPDextSDKWrapper::getMTPNextStorage(_MTP_STORAGE_NODE* storage, _MTP_STORAGE_NODE** next) {
+  *next = nullptr;
+  if (isDetached() || storage == nullptr) {
+    MTPB_LOG("Current Storage List is NULL.");
+    return DGSTATUS_UNSUCCESSFUL;
+  }
+  const std::uint32_t status = m_sdk->getNextStorageNode(storage, next);
+  if (status == DGSTATUS_SUCCESS)
+    MTPSDKUtil::logMTPStorageNode(*next);
+  else
+    MTPB_LOG("%sGetNextStorageNode is failed. Current Storage Node = %p, status = %s", m_sdk->operationPrefix(),
+             static_cast<const void*>(storage), qUtf8Printable(MTPSDKUtil::statusString(status)));
+  return status;
+}
+
+template <class Visit> void MTPDextSDKWrapper::walkStorages(_MTP_STORAGE_NODE* head, Visit visit) {
+  const NodeHold hold(*m_sdk);
+  walkList(
+      head, [&](_MTP_STORAGE_NODE* storage) { return isNode(storage, MTPDEXT_NODE_STORAGE) && visit(storage); },
+      [&](_MTP_STORAGE_NODE* storage) {
+        _MTP_STORAGE_NODE* next = nullptr;
+        return getMTPNextStorage(storage, &next) == DGSTATUS_SUCCESS ? next : nullptr;
+      });
+}
+
+_MTP_STORAGE_NODE* MTPDextSDKWrapper::getStorageNode(_MTP_DEVICE_NODE* deviceNode, _MTP_STORAGE_NODE** storageHead,
+                                                     const QString& name) {
+  if (isDetached() || deviceNode == nullptr || storageHead == nullptr || name.isNull()) {
+    MTPB_LOG("Input parameter is invalide. current device node is NULL");
+    return nullptr;
+  }
+  const QStringList components = pathComponents(name);
+  if (components.isEmpty()) {
+    MTPB_LOG("Get storage name is failed");
+    return nullptr;
+  }
+  _MTP_STORAGE_NODE* found = nullptr;
+  walkStorages(*storageHead, [&](_MTP_STORAGE_NODE* storage) {
+    const std::optional<QStringView> label = storageLabel(*storage);
+    if (label && equalIgnoringCase(*label, components.last()))
+      found = storage;
+    return found == nullptr;
+  });
+  return found;
+}
+
+std::optional<QList<MtpStorageInfo>> MTPDextSDKWrapper::storageInfoLists() {
+  MTPB_LOG("ENTER");
+  QList<MtpStorageInfo> storages;
+  {
+    const std::lock_guard monitor(m_monitor);
+    std::optional<QString> modelName;
+    if (connectForStorages())
+      getMTPModelName(m_currentDeviceNode, modelName);
+    if (modelName)
+      storages = collectStorages(m_storageHeadNode, *modelName);
+  }
+  MTPB_LOG("EXIT");
+  if (storages.isEmpty())
+    return std::nullopt;
+  return storages;
+}
+
+bool MTPDextSDKWrapper::connectForStorages() {
+  // A node that the SDK knows no more is as good as none.
+  if (!isNode(m_currentDeviceNode, MTPDEXT_NODE_DEVICE))
+    m_currentDeviceNode = findDevice();
+  _MTP_DEVICE_NODE* const device = m_currentDeviceNode;
+  if (!isNode(m_storageHeadNode, MTPDEXT_NODE_STORAGE)) {
+    _MTP_STORAGE_NODE* head = nullptr;
+    if (device != nullptr)
+      getMTPStorageListHead(device, &head);
+    m_storageHeadNode = head;
+  }
+  _MTP_STORAGE_NODE* const head = m_storageHeadNode;
+  if (device != nullptr && head != nullptr)
+    return true;
+  MTPB_LOG("failed to connect, %p, %p", static_cast<const void*>(device), static_cast<const void*>(head));
+  return false;
+}
+
+QList<MtpStorageInfo> MTPDextSDKWrapper::collectStorages(_MTP_STORAGE_NODE* head, const QString& modelName) {
+  // At most one storage of a type is shown, the last one listed. In the order of showing:
+  constexpr std::array<unsigned int, 3> Types = {InternalDisk, SecondInternalDisk, CardDisk};
+  std::array<std::optional<MtpStorageInfo>, CardDisk + 2> ofType;
+
+  walkStorages(head, [&](_MTP_STORAGE_NODE* storage) {
+    const QString name = shownStorageName(*storage);
+    const std::uint32_t storageId = storage->common.nodeId;
+    MTPB_LOG("StorageName : %s, length : %d", qUtf8Printable(name), int(storage->nameLength));
+    MTPB_LOG("StorageName : %s, StorageId : %x", qUtf8Printable(name), storageId);
+    if (isHiddenStorage(name, storageId))
+      return true;
+    const unsigned int type = diskTypeOf(name, storageId);
+    const QString commonNode = commonNodeText(storage->common);
+    if (ofType[type] && ofType[type]->CommonNode == commonNode)
+      return true;
+    MtpStorageInfo info;
+    info.volumePath = u'/' + modelName + u'/' + name;
+    info.TotalSpace = storage->totalCapacity;
+    info.UsedSize = storage->freeSpace + UsedSizeAddition;
+    info.diskType = type;
+    info.diskIndex = unsigned(std::ranges::count_if(ofType, [](const auto& entry) { return entry.has_value(); }));
+    info.CommonNode = commonNode;
+    ofType[type] = info;
+    return true;
+  });
+
+  QList<MtpStorageInfo> storages;
+  QStringList texts;
+  for (const unsigned int type : Types) {
+    if (const std::optional<MtpStorageInfo>& info = ofType[type]) {
+      storages.append(*info);
+      texts.append(QStringLiteral("%1 (diskType %2, diskIndex %3, CommonNode %4, TotalSpace %5, UsedSize %6)")
+                       .arg(*info->volumePath)
+                       .arg(info->diskType)
+                       .arg(info->diskIndex)
+                       .arg(info->CommonNode)
+                       .arg(info->TotalSpace)
+                       .arg(info->UsedSize));
+    }
+  }
+  MTPB_LOG("device storage list: %s", qUtf8Printable(texts.join(QStringLiteral(", "))));
+  return storages;
+}
+
+// ---- List steps ----
+
+std::uint32_t MTPDextSDKWrapper::getMTPFolderListHead(_MTP_FOLDER_NODE* parent, _MTP_STORAGE_NODE* atStorage,
+                                                      _MTP_FOLDER_NODE** child, mtpDextProgressCallback callback,
+                                                      void* context) {
+  *child = nullptr;
+  if (isDetached())
+    return DGSTATUS_UNSUCCESSFUL;
+  const std::uint32_t status = m_sdk->getFolderListHead(atStorage, parent, child, callback, context);
+  if (isListFailure(status))
+    MTPB_LOG("%sGetFolderListHead is failed. Current Folder Node = %p, status = %s", m_sdk->operationPrefix(),
+             static_cast<const void*>(parent), qUtf8Printable(MTPSDKUtil::statusString(status)));
+  else if (status == DGSTATUS_SUCCESS)
+    MTPSDKUtil::logMTPFolderNode(*child);
+  return status;
+}
+
+std::uint32_t MTPDextSDKWrapper::getMTPNextFolder(_MTP_FOLDER_NODE* folder, _MTP_FOLDER_NODE** next) {
+  *next = nullptr;
+  if (isDetached())
+    return DGSTATUS_UNSUCCESSFUL;
+  const std::uint32_t status = m_sdk->getNextSiblingFolderNode(folder, next);
+  if (isListFailure(status))
+    MTPB_LOG("%sGetNextSiblingFolderNode is failed. Current Folder Node = %p, status = %s", m_sdk->operationPrefix(),
+             static_cast<const void*>(folder), qUtf8Printable(MTPSDKUtil::statusString(status)));
+  else if (status == DGSTATUS_SUCCESS)
+    MTPSDKUtil::logMTPFolderNode(*next);
+  return status;
+}
+
+std::uint32_t MTPDextSDKWrapper::getMTPFileListHead(_MTP_COMMON_NODE* commonNode, _MTP_FILE_NODE** head,
+                                                    mtpDextProgressCallback callback, void* context) {
+  *head = nullptr;
+  if (isDetached())
+    return DGSTATUS_SUCCESS;
+  const std::uint32_t status = m_sdk->getFileListHead(commonNode, head, callback, context);
+  if (isListFailure(status))
+    MTPB_LOG("%sGetFileListHead is failed. Common Node = %p, status = %s", m_sdk->operationPrefix(),
+             static_cast<const void*>(commonNode), qUtf8Printable(MTPSDKUtil::statusString(status)));
+  else if (status == DGSTATUS_SUCCESS)
+    MTPSDKUtil::logMTPFileNode(*head);
+  return status;
+}
+
+std::uint32_t MTPDextSDKWrapper::getMTPNextFile(_MTP_FILE_NODE* file, _MTP_FILE_NODE** next) {
+  *next = nullptr;
+  if (isDetached())
+    return DGSTATUS_SUCCESS;
+  const std::uint32_t status = m_sdk->getNextFileNode(file, next);
+  if (isListFailure(status))
+    MTPB_LOG("%sGetNextFileNode is failed. Current File Node = %p, status = %s", m_sdk->operationPrefix(),
+             static_cast<const void*>(file), qUtf8Printable(MTPSDKUtil::statusString(status)));
+  else if (status == DGSTATUS_SUCCESS)
+    MTPSDKUtil::logMTPFileNode(*next);
+  return status;
+}
+
+template <class Visit> void MTPDextSDKWrapper::walkFolders(_MTP_FOLDER_NODE* head, Visit visit) {
+  const NodeHold hold(*m_sdk);
+  walkList(
+      head, [&](_MTP_FOLDER_NODE* folder) { return isNode(folder, MTPDEXT_NODE_FOLDER) && visit(folder); },
+      [&](_MTP_FOLDER_NODE* folder) {
+        _MTP_FOLDER_NODE* next = nullptr;
+        return getMTPNextFolder(folder, &next) == DGSTATUS_SUCCESS ? next : nullptr;
+      });
+}
+
+template <class Visit> void MTPDextSDKWrapper::walkFiles(_MTP_FILE_NODE* head, Visit visit) {
+  const NodeHold hold(*m_sdk);
+  walkList(
+      head, [&](_MTP_FILE_NODE* file) { return isNode(file, MTPDEXT_NODE_FILE) && visit(file); },
+      [&](_MTP_FILE_NODE* file) {
+        _MTP_FILE_NODE* next = nullptr;
+        getMTPNextFile(file, &next); // without a next file the list ends, whatever the status
+        return next;
+      });
+}
+
+// ---- Listing ----
+
+std::optional<QList<MtpItemInfo>> MTPDextSDKWrapper::getFoldersAtFolder(_MTP_FOLDER_NODE* folder,
+                                                                        _MTP_STORAGE_NODE* currentStorage,
+                                                                        const QString& folderPath,
+                                                                        bool isContainParentFolder) {
+  if (isDetached())
+    return std::nullopt;
+  QList<MtpItemInfo> items;
+  if (isContainParentFolder)
+    if (std::optional<MtpItemInfo> entry = parentEntry(folder, folderPath))
+      items.append(*std::move(entry));
+
+  _MTP_FOLDER_NODE* head = nullptr;
+  getMTPFolderListHead(folder, currentStorage, &head, nullptr, nullptr);
+  walkFolders(head, [&](_MTP_FOLDER_NODE* child) {
+    items.append(folderItem(*child, folderPath));
+    return !isDetached();
+  });
+  if (isDetached())
+    return std::nullopt;
+  return items;
+}
+
+std::optional<MtpItemInfo> MTPDextSDKWrapper::parentEntry(_MTP_FOLDER_NODE* folder, const QString& folderPath) {
+  MtpItemInfo entry;
+  entry.NodeID = QStringLiteral("");
+  entry.FileName = QStringLiteral("..");
+  _MTP_COMMON_NODE* const parent = getParentFolderNode(folder);
+  if (parent == nullptr) {
+    if (const QString rootPath = getCurrentRootPath(); !rootPath.isNull())
+      entry.FilePath = rootPath;
+    entry.ObjectType = MtpObjectFile;
+    return entry;
+  }
+  switch (nodeKind(parent)) {
+  case MTPDEXT_NODE_FOLDER:
+    entry.ObjectType = MtpObjectFolder;
+    break;
+  case MTPDEXT_NODE_STORAGE:
+    entry.ObjectType = MtpObjectStorage;
+    break;
+  default:
+    return std::nullopt;
+  }
+  entry.NodeID = nodeIDOf(parent);
+  if (!folderPath.isNull())
+    entry.FilePath = withoutLastComponent(folderPath);
+  return entry;
+}
+
+std::optional<QList<MtpItemInfo>> MTPDextSDKWrapper::getFilesAtFolder(_MTP_FOLDER_NODE* folder,
+                                                                      _MTP_STORAGE_NODE* currentStorage,
+                                                                      const QString& folderPath) {
+  std::optional<QList<MtpItemInfo>> items = getFoldersAtFolder(folder, currentStorage, folderPath, false);
+  if (!items)
+    return std::nullopt;
+  auto* const parent = folder != nullptr ? reinterpret_cast<_MTP_COMMON_NODE*>(folder)
+                                         : reinterpret_cast<_MTP_COMMON_NODE*>(currentStorage);
+  appendFiles(*items, parent, folderPath);
+  return items;
+}
+
+std::optional<QList<MtpItemInfo>> MTPDextSDKWrapper::contentsOfFileInfo(_MTP_COMMON_NODE* commonNode,
+                                                                        const QString& parent) {
+  QList<MtpItemInfo> items;
+  appendFiles(items, commonNode, parent);
+  if (items.isEmpty())
+    return std::nullopt;
+  return items;
+}
+
+void MTPDextSDKWrapper::appendFiles(QList<MtpItemInfo>& items, _MTP_COMMON_NODE* commonNode,
+                                    const QString& folderPath) {
+  _MTP_FILE_NODE* head = nullptr;
+  if (isListFailure(getMTPFileListHead(commonNode, &head, nullptr, nullptr)))
+    return;
+  walkFiles(head, [&](_MTP_FILE_NODE* file) {
+    items.append(fileItem(*file, folderPath));
+    return true;
+  });
+}
+
+std::optional<MtpItemInfo> MTPDextSDKWrapper::getFileNodeInfo(_MTP_FILE_NODE* fileNode, const QString& folderPath) {
+  const NodeHold hold(*m_sdk);
+  if (isDetached() || !isNode(fileNode, MTPDEXT_NODE_FILE))
+    return std::nullopt;
+  return fileItem(*fileNode, folderPath);
+}
+
+std::optional<MtpItemInfo> MTPDextSDKWrapper::getFolderNodeInfo(_MTP_FOLDER_NODE* folderNode,
+                                                                const QString& folderPath) {
+  const NodeHold hold(*m_sdk);
+  if (isDetached() || !isNode(folderNode, MTPDEXT_NODE_FOLDER))
+    return std::nullopt;
+  return folderItem(*folderNode, folderPath);
+}
+
+std::uint32_t MTPDextSDKWrapper::wildcharLength(const char16_t* text, std::uint32_t dataSize) {
+  const char16_t* const end = std::char_traits<char16_t>::find(text, dataSize, u'\0');
+  return end != nullptr ? std::uint32_t(end - text) : dataSize;
+}
+
+std::optional<QString> MTPDextSDKWrapper::getLabelFromMtpString(const char16_t* text, std::uint32_t dataSize) {
+  if (text == nullptr)
+    return std::nullopt;
+  try {
+    return QStringView(text, wildcharLength(text, dataSize)).toString();
+  } catch (const std::exception& exception) {
+    MTPB_LOG("Name : %s", typeid(exception).name());
+    MTPB_LOG("Reason :%s", exception.what());
+    return std::nullopt;
+  }
+}
+
+// ---- Paths ----
+
+_MTP_FOLDER_NODE* MTPDextSDKWrapper::searchFolder(_MTP_DEVICE_NODE* deviceNode, _MTP_STORAGE_NODE** storageHead,
+                                                  _MTP_STORAGE_NODE** retStorage, const QString& filePath) {
+  if (isDetached())
+    return nullptr;
+  std::optional<QString> modelName;
+  getMTPModelName(deviceNode, modelName);
+  if (!modelName) {
+    MTPB_LOG("Get model name is failed.");
+    return nullptr;
+  }
+
+  bool modelMatched = false;
+  _MTP_STORAGE_NODE* storage = nullptr;
+  _MTP_FOLDER_NODE* parent = nullptr;
+  _MTP_FOLDER_NODE* deepest = nullptr;
+  for (const QString& component : pathComponents(filePath)) {
+    if (!modelMatched && equalIgnoringCase(component, *modelName)) {
+      modelMatched = true;
+    } else if (storage == nullptr) {
+      storage = getStorageNode(deviceNode, storageHead, component);
+      if (storage == nullptr) {
+        MTPB_LOG("getStorageNode is failed.");
+        return nullptr;
+      }
+    } else {
+      // A component that is no folder (the name of a file, above all) sends the next one back to the top level.
+      parent = getFolderNode(component, storage, parent);
+      if (parent != nullptr)
+        deepest = parent;
+    }
+  }
+  *retStorage = storage;
+  return deepest;
+}
+
+void MTPDextSDKWrapper::initializeNodeInfo(const void*, _MTP_STORAGE_NODE** currentStorage,
+                                           _MTP_FOLDER_NODE** currentFolder) {
+  *currentStorage = nullptr;
+  *currentFolder = nullptr;
+  if (isDetached())
+    return;
+  _MTP_DEVICE_NODE* const device = m_currentDeviceNode;
+  _MTP_STORAGE_NODE* head = nullptr;
+  if (device != nullptr)
+    getMTPStorageListHead(device, &head);
+  m_storageHeadNode = head;
+  *currentFolder = searchFolder(device, &head, currentStorage, getCurrentRootPath());
+  m_currentStorageNode = *currentStorage;
+}
+
+_MTP_FOLDER_NODE* MTPDextSDKWrapper::getFolderNode(const QString& name, _MTP_STORAGE_NODE* atStorage,
+                                                   _MTP_FOLDER_NODE* parent) {
+  _MTP_FOLDER_NODE* head = nullptr;
+  getMTPFolderListHead(parent, atStorage, &head, nullptr, nullptr);
+  _MTP_FOLDER_NODE* found = nullptr;
+  walkFolders(head, [&](_MTP_FOLDER_NODE* folder) {
+    if (isNamed(folder->name, folder->nameSize, name))
+      found = folder;
+    return found == nullptr;
+  });
+  return found;
+}
+
+_MTP_FILE_NODE* MTPDextSDKWrapper::getFileNode(_MTP_COMMON_NODE* commonNode, const QString& name) {
+  _MTP_FILE_NODE* head = nullptr;
+  const std::uint32_t status = getMTPFileListHead(commonNode, &head, nullptr, nullptr);
+  if (status != DGSTATUS_SUCCESS && status != 0x10000014)
+    return nullptr;
+  _MTP_FILE_NODE* found = nullptr;
+  walkFiles(head, [&](_MTP_FILE_NODE* file) {
+    if (isNamed(file->name, file->nameSize, name))
+      found = file;
+    return found == nullptr;
+  });
+  return found;
+}
+
+_MTP_COMMON_NODE* MTPDextSDKWrapper::getParentFolderNode(_MTP_FOLDER_NODE* folder) {
+  if (isDetached() || folder == nullptr)
+    return nullptr;
+  _MTP_FOLDER_NODE* parent = nullptr;
+  switch (m_sdk->getParentFolderNode(folder, &parent)) {
+  case DGSTATUS_SUCCESS:
+    return reinterpret_cast<_MTP_COMMON_NODE*>(parent);
+  case DGSTATUS_NO_MORE_DATA:
+    return reinterpret_cast<_MTP_COMMON_NODE*>(m_currentStorageNode.load());
+  default:
+    return nullptr;
+  }
+}
+
+// ---- Nodes ----
+
+bool MTPDextSDKWrapper::checkNodeExist(_MTP_COMMON_NODE* commonNode) {
+  if (isDetached())
+    return false;
+  const std::int32_t kind = nodeKind(commonNode);
+  return kind != 0 && m_sdk->libIsExist(commonNode, kind) != 0;
+}
+
+_MTP_COMMON_NODE* MTPDextSDKWrapper::getCommonNodeFromNodeID(const QString& nodeID) {
+  if (isDetached())
+    return nullptr;
+  const std::uint64_t address = parseHexadecimal(nodeID).value_or(0);
+  auto* const node = reinterpret_cast<_MTP_COMMON_NODE*>(static_cast<std::uintptr_t>(address));
+  return nodeKind(node) != 0 ? node : nullptr;
+}
+
+_MTP_FILE_NODE* MTPDextSDKWrapper::getFileNodeFromNodeID(const QString& nodeID, _MTP_DEVICE_NODE*, _MTP_STORAGE_NODE*,
+                                                         const QString&) {
+  _MTP_COMMON_NODE* const node = getCommonNodeFromNodeID(nodeID);
+  return nodeKind(node) == MTPDEXT_NODE_FILE ? reinterpret_cast<_MTP_FILE_NODE*>(node) : nullptr;
+}
+
+std::int32_t MTPDextSDKWrapper::nodeKind(const void* node) {
+  std::int32_t kind = 0;
+  if (node == nullptr || m_sdk->getNodeKind(node, &kind) != DGSTATUS_SUCCESS)
+    return 0;
+  return kind;
+}
+
+bool MTPDextSDKWrapper::isNode(const void* node, std::int32_t kind) {
+  return nodeKind(node) == kind;
+}
+
+QString MTPDextSDKWrapper::nodeIDOf(const void* node) {
+  return QString::number(qulonglong(reinterpret_cast<std::uintptr_t>(node)), 16);
+}
