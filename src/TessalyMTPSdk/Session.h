@@ -1,0 +1,128 @@
+#pragma once
+// One MTP session over one transport: transactions one at a time, each with an end in time, and the way back to a
+// usable wire after a phone fell silent, stalled or sent garbage.
+#include "TessalyMTPSdk/StatusCodes.h"
+#include "TessalyMTPSdk/Transport.h"
+#include "TessalyMTPSdk/Wire.h"
+
+#include <atomic>
+#include <initializer_list>
+#include <mutex>
+
+namespace mtp {
+
+/// How long a phone may take. Tests shorten them.
+struct TimeLimits {
+  using Milliseconds = std::chrono::milliseconds;
+
+  Milliseconds opening{5'000};      // OpenSession, GetDeviceInfo, CloseSession
+  Milliseconds information{10'000}; // storages, properties: a phone that wakes up from sleep
+  Milliseconds object{20'000};      // anything about one object: a database query
+  Milliseconds listing{180'000};    // whole folders: some responders' cost is quadratic (28 s for 20,000 files)
+  Milliseconds idle{10'000};        // between two pieces of a transfer
+  Milliseconds afterGarbage{2'000}; // for the response of a transaction whose data phase was broken
+  Milliseconds quiet{300};          // an emptied pipe stays silent for so long
+  Milliseconds probe{2'000};        // for the answer that shows that the wire works again
+  Milliseconds control{1'000};      // class requests
+
+  /// Data slower than this counts as silence. Far below the slowest phone; without it one byte now and then would hold
+  /// a caller for good.
+  std::uint64_t slowestBytesPerSecond = 8 * 1024;
+  /// The most that is kept of one dataset: 2^28 bytes are some millions of objects.
+  std::size_t largestDataset = std::size_t{1} << 28;
+
+  std::function<std::chrono::steady_clock::time_point()> now = std::chrono::steady_clock::now;
+
+  /// From the command to the first byte of the answer.
+  Milliseconds firstByte(Operation operation) const;
+};
+
+/// How a transaction ended.
+struct Reply {
+  Status status = DGSTATUS_SUCCESS;
+  Response code{}; // the phone's response; 0 when none came
+  std::array<std::uint32_t, MaxParameters> parameters{};
+
+  bool ok() const { return status == DGSTATUS_SUCCESS; }
+};
+
+/// All operations may be called from any thread. Those that make a transaction block for the transactions of other
+/// threads before them and for their own, which ends at the latest when its time limit and that of the recovery
+/// (some seconds) are over.
+class Session {
+public:
+  /// Takes a piece of a data phase; false ends the transfer.
+  using Sink = std::function<bool(Bytes piece)>;
+
+  explicit Session(std::unique_ptr<Transport> transport, TimeLimits limits = {});
+  ~Session();
+  Session(const Session&) = delete;
+  Session& operator=(const Session&) = delete;
+
+  /// Called, on the thread of the transaction concerned, when the phone lost the session and a new one was opened:
+  /// object handles known so far mean nothing any more. Set before open().
+  void onReopened(std::function<void()> handler) { m_onReopened = std::move(handler); }
+
+  /// Starts the interrupt pipe, then opens the session. Blocks. Events are handed out on the transport's event thread.
+  Status open(Transport::EventHandler onEvent);
+
+  /// A transaction without data phase.
+  Reply run(Operation operation, std::initializer_list<std::uint32_t> parameters);
+  /// A transaction whose data phase comes from the phone. `data` is replaced. No memory is taken ahead of the bytes.
+  Reply receive(Operation operation, std::initializer_list<std::uint32_t> parameters, std::vector<std::byte>& data);
+  /// The same, piece by piece as it comes. Ended by the sink: DGSTATUS_IO_CANCEL.
+  Reply receive(Operation operation, std::initializer_list<std::uint32_t> parameters, const Sink& sink);
+
+  /// Unplugged or closed.
+  bool isGone() const { return m_closing || m_transport->isGone(); }
+  /// The phone stopped answering and could not be brought back: every call is answered with a status at once.
+  bool isDead() const { return m_dead; }
+  /// Ends the session; a transaction running on another thread is broken off. Blocks shortly. Harmless when repeated.
+  void close();
+
+private:
+  enum class Outcome { Done, TimedOut, Stalled, Broken, Refused, Gone };
+  struct Exchange;
+
+  Reply transact(Operation operation, std::span<const std::uint32_t> parameters, const Sink& sink);
+  Outcome exchange(Exchange& exchange);
+  Outcome awaitResponse(Exchange& exchange);
+  Outcome receiveData(Exchange& exchange, const ContainerHeader& header, bool headerBeganTransfer);
+  Outcome receiveResponse(Exchange& exchange, const ContainerHeader& header, bool& mine);
+  Outcome skip(Exchange& exchange, std::uint64_t bytes);
+  Outcome skipTransfer(Exchange& exchange);
+  Outcome readMore(Exchange& exchange);
+  Reply conclude(Exchange& exchange, Outcome outcome);
+
+  bool recover(const Exchange& failed, Outcome outcome);
+  void cancelDataPhase(std::uint32_t transaction);
+  void clearStall();
+  void drain();
+  bool isAnswering();
+  Reply openSession();
+  bool reopen();
+  std::uint32_t nextTransaction();
+
+  // The bytes read and not yet used; all of one transfer.
+  std::size_t buffered() const { return m_end - m_begin; }
+  Bytes buffer(std::size_t size) const { return Bytes(m_buffer).subspan(m_begin, size); }
+  void use(std::size_t size) { m_begin += size; }
+  void beginTransfer();
+
+  const std::unique_ptr<Transport> m_transport;
+  const TimeLimits m_limits;
+  std::function<void()> m_onReopened;
+
+  std::mutex m_transaction; // held for a whole transaction, recovery included; guards all below up to the atomics
+  std::uint32_t m_lastTransaction = 0;
+  std::vector<std::byte> m_buffer;
+  std::size_t m_begin = 0;
+  std::size_t m_end = 0;
+  bool m_transferEnded = false; // behind the buffered bytes
+  bool m_open = false;
+
+  std::atomic<bool> m_dead = false;    // written by the transaction's thread, read by all
+  std::atomic<bool> m_closing = false; // written by close(), read by all
+};
+
+} // namespace mtp
