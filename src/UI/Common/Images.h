@@ -4,7 +4,10 @@
 #include <QColor>
 #include <QIcon>
 #include <QPalette>
+#include <QRectF>
 #include <QString>
+
+class QPainter;
 
 namespace ui {
 
@@ -19,6 +22,9 @@ void registerNamedImage(const QString& name, const QIcon& image);
 
 /// The size a picture was drawn for, in device-independent pixels; empty when it has none of its own.
 QSize imageSize(const QIcon& image);
+
+/// Draws the whole of `image` into `target`, stretching both axes apart, source over.
+void drawImage(QPainter& painter, const QRectF& target, const QIcon& image, QIcon::Mode mode = QIcon::Normal);
 
 /// The named colour `name` ("ItemText", "ViewBackground" and the others of Images.cpp) of the light or the dark set,
 /// whichever fits `palette`. Blue, with a log line, when no colour has that name.

@@ -1,11 +1,13 @@
 #pragma once
 // The cells of the tree: an icon with a name, and plain texts.
 #include <QIcon>
-#include <QPointer>
 #include <QStyledItemDelegate>
+
+#include <memory>
 
 /// What both cells share: one line of text in the program's font and the colour "ItemText", cut off at its end. The
 /// text is the model's Qt::DisplayRole, whatever it holds (see ui::singleLineText()). Nothing is editable in place.
+/// Main thread.
 class SOutlineTextCell : public QStyledItemDelegate {
   Q_OBJECT
 public:
@@ -14,24 +16,27 @@ public:
 
   bool isRTL = false;
 
+  /// Where the text stands: 18 pixels high, 3 to the right of and below the corner of `frame`, as wide as it.
+  virtual QRectF textRectForFrame(const QRectF& frame) const;
+
   void paint(QPainter* painter, const QStyleOptionViewItem& option, const QModelIndex& index) const override;
   QSize sizeHint(const QStyleOptionViewItem& option, const QModelIndex& index) const override;
 
 protected:
-  /// Draws `title` in a line 18 pixels high, 3 to the right of and below the corner of `frame`.
-  void drawText(const QRectF& frame, qreal width, const QString& title, QPainter& painter,
-                const QPalette& palette) const;
+  /// Draws `title` into `rect`.
+  void drawText(const QRectF& rect, const QString& title, QPainter& painter, const QPalette& palette) const;
 };
 
-/// The name's cell: the row's icon (the model's Qt::DecorationRole, set for each row) beside the name.
+/// The name's cell: the row's icon (the model's Qt::DecorationRole) beside the name.
 class QXBrowserFileFieldCell : public SOutlineTextCell {
   Q_OBJECT
 public:
+  /// `init` No icon, no title.
   explicit QXBrowserFileFieldCell(QObject* parent = nullptr);
 
-  /// The icon drawn by drawWithFrame(); null: none.
-  QIcon image;
-  QString title;
+  // Icon (null: none) and title are those of the row being drawn or measured: one cell serves a whole column.
+  mutable QIcon image;
+  mutable QString title;
   /// Off; when on, the strip of the icon is filled with red first.
   bool drawsBackground = false;
 
@@ -44,6 +49,8 @@ public:
 
   /// Where the icon stands, for the frame drawWithFrame() gets.
   QRectF imageRectForFrame(const QRectF& frame) const;
+  /// As the plain cell's, 28 narrower right to left.
+  QRectF textRectForFrame(const QRectF& frame) const override;
 
   /// `cellSize` The size of the title, 22 wider with an icon and 3 wider in any case.
   QSize cellSize() const;
@@ -60,4 +67,7 @@ public:
   /// gets the cell without the strip of 25 at its left edge, the icon's place.
   void updateEditorGeometry(QWidget* editor, const QStyleOptionViewItem& option,
                             const QModelIndex& index) const override;
+
+private:
+  void setRow(const QModelIndex& index) const;
 };

@@ -1,5 +1,6 @@
 #pragma once
 // How one column's header is drawn.
+#include <QFont>
 #include <QIcon>
 #include <QPalette>
 #include <QRectF>
@@ -14,6 +15,8 @@ public:
   BrowserHeaderCell();
 
   QString title;
+  /// The cell's own font; the title is drawn in the bold one of its size.
+  QFont font;
   /// Drawn centred in the title's rectangle; null: none.
   QIcon image;
   Qt::Alignment alignment = Qt::AlignLeft;

@@ -49,7 +49,6 @@ protected:
   void paintEvent(QPaintEvent* event) override;
   void paintSection(QPainter* painter, const QRect& rect, int section) const override;
   void resizeEvent(QResizeEvent* event) override;
-  bool viewportEvent(QEvent* event) override;
 
 private:
   void applyColumns();

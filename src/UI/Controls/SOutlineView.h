@@ -9,6 +9,7 @@
 #include <QTreeView>
 
 class SOutlineHeaderView;
+class SOutlineTextCell;
 
 /// The model's columns, in this order.
 enum SOutlineColumnIndex { kFileName = 0, kDateModified = 1, kFileSize = 2, kOutlineColumnCount = 3 };
@@ -75,8 +76,6 @@ public:
   /// `setSelectedRowIndex:` Remembers the row and selects exactly it; -1 (or a row there is not) clears the selection.
   void setSelectedRowIndex(qint64 row);
 
-  /// How many rows there are to be seen by scrolling.
-  qint64 numberOfRows() const;
   /// The row of an index; -1 when it is not shown (a parent is collapsed).
   qint64 rowOfIndex(const QModelIndex& index) const;
   /// The index (of column kFileName) of a row; invalid when there is no such row.
@@ -96,27 +95,30 @@ public:
   /// `draggedImage:endedAt:operation:` A drag of rows has ended with `operation`.
   void draggedImage(const QPoint& endedAt, quint32 operation);
 
-  void setModel(QAbstractItemModel* model) override;
-
 protected:
   bool viewportEvent(QEvent* event) override;
   void enterEvent(QEnterEvent* event) override;
   void leaveEvent(QEvent* event) override;
+  /// A press of the right button selects nothing: menuForEvent() does.
   void mousePressEvent(QMouseEvent* event) override;
   void contextMenuEvent(QContextMenuEvent* event) override;
   void drawRow(QPainter* painter, const QStyleOptionViewItem& options, const QModelIndex& index) const override;
   void drawBranches(QPainter* painter, const QRect& rect, const QModelIndex& index) const override;
-  void changeEvent(QEvent* event) override;
 
 private:
   QMenu* menuForRow(qint64 row);
-  bool anySelectedRowProtected() const;
+  bool isAnySelectedRowProtected() const;
   void enableMenuEntries(const QModelIndex& clicked);
-  void takeColours();
+  void setHoveredRow(qint64 row);
+  void updateRow(qint64 row);
+  void drawRowBackground(QPainter* painter, const QRectF& row, const QModelIndex& index) const;
 
   SOutlineHeaderView* m_header;
+  QPointer<SOutlineTextCell> m_nameCell;
+  QPointer<SOutlineTextCell> m_textCell;
   SOutlineViewOwner* m_pOwnerDelegate = nullptr;
   QPointer<QMenu> m_ownerMenu;
   qint64 m_selectedRowIndex = -1;
+  qint64 m_hoveredRow = -1;
   bool m_mouseTrackingArea = false;
 };

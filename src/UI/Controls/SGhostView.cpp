@@ -1,0 +1,73 @@
+#include "UI/Controls/SGhostView.h"
+
+#include "Platform/MainThread.h"
+
+#include <QEvent>
+#include <QPaintEvent>
+#include <QPainter>
+
+namespace {
+
+/// The events the cover keeps from what lies below it.
+bool isInput(QEvent::Type type) {
+  switch (type) {
+  case QEvent::MouseButtonPress:
+  case QEvent::MouseButtonRelease:
+  case QEvent::MouseButtonDblClick:
+  case QEvent::MouseMove:
+  case QEvent::Wheel:
+  case QEvent::Enter:
+  case QEvent::Leave:
+  case QEvent::KeyPress:
+  case QEvent::KeyRelease:
+    return true;
+  default:
+    return false;
+  }
+}
+
+bool isDrag(QEvent::Type type) {
+  return type == QEvent::DragEnter || type == QEvent::DragMove || type == QEvent::DragLeave || type == QEvent::Drop;
+}
+
+} // namespace
+
+SGhostView::SGhostView(QWidget* parent)
+    : QWidget(parent) {
+  platform::assertMainThread();
+  setAcceptDrops(true);
+  setMouseTracking(true);
+  setFocusPolicy(Qt::StrongFocus);
+}
+
+void SGhostView::setOwnerDelegate(QObject* receiver) {
+  platform::assertMainThread();
+  m_pEventReceiver = receiver;
+}
+
+int SGhostView::runViewModalWithParam(const QVariant&, QVariant*) {
+  return 1;
+}
+
+bool SGhostView::event(QEvent* event) {
+  if (isInput(event->type())) {
+    if (auto* receiver = dynamic_cast<SGhostViewDelegate*>(m_pEventReceiver.data())) {
+      receiver->ghostViewEvent(*event);
+    }
+    event->accept();
+    return true;
+  }
+  if (event->type() == QEvent::ContextMenu) {
+    event->accept();
+    return true;
+  }
+  if (isDrag(event->type())) {
+    event->ignore();
+    return true;
+  }
+  return QWidget::event(event);
+}
+
+void SGhostView::paintEvent(QPaintEvent* event) {
+  QPainter(this).fillRect(event->rect(), QColor::fromRgbF(0.9F, 0.9F, 0.9F, 0.3F));
+}

@@ -1,0 +1,63 @@
+#include "UI/Controls/SMTPButton.h"
+
+#include "Platform/MainThread.h"
+#include "UI/Common/Images.h"
+
+#include <QEvent>
+#include <QPainter>
+
+SMTPButton::SMTPButton(QWidget* parent)
+    : QAbstractButton(parent) {
+  platform::assertMainThread();
+}
+
+void SMTPButton::setButtonWithImageName(const QString& imageName, const QString& alternateImageName,
+                                        const QString& overImgaeName) {
+  platform::assertMainThread();
+  if (!imageName.isEmpty()) {
+    m_normalImage = m_image = ui::namedImage(imageName);
+  }
+  if (!alternateImageName.isEmpty()) {
+    m_selectImage = m_alternateImage = ui::namedImage(alternateImageName);
+  }
+  if (!overImgaeName.isEmpty()) {
+    m_overImage = ui::namedImage(overImgaeName);
+  }
+  m_tracksMouse = true;
+  updateGeometry();
+  update();
+}
+
+QSize SMTPButton::sizeHint() const {
+  return ui::imageSize(m_normalImage).expandedTo(QSize(1, 1));
+}
+
+void SMTPButton::enterEvent(QEnterEvent* event) {
+  if (m_tracksMouse && isEnabled() && isActiveWindow()) {
+    m_image = m_overImage;
+    update();
+  }
+  QAbstractButton::enterEvent(event);
+}
+
+void SMTPButton::leaveEvent(QEvent* event) {
+  if (m_tracksMouse && isEnabled()) {
+    m_image = m_normalImage;
+    update();
+  }
+  QAbstractButton::leaveEvent(event);
+}
+
+void SMTPButton::changeEvent(QEvent* event) {
+  // Disabled under the pointer, the button gets no leave event to take the hovered picture back.
+  if (event->type() == QEvent::EnabledChange && !isEnabled()) {
+    m_image = m_normalImage;
+  }
+  QAbstractButton::changeEvent(event);
+}
+
+void SMTPButton::paintEvent(QPaintEvent*) {
+  QPainter painter(this);
+  const bool isPressed = isDown() && !m_alternateImage.isNull();
+  ui::drawImage(painter, QRectF(rect()), isPressed ? m_alternateImage : m_image);
+}

@@ -1,0 +1,346 @@
+#include "UI/Controls/SOutlineView.h"
+
+#include "Platform/MainThread.h"
+#include "UI/Common/Images.h"
+#include "UI/Common/LayoutDirection.h"
+#include "UI/Controls/QXBrowserFileFieldCell.h"
+#include "UI/Controls/SOutlineHeaderView.h"
+#include "stringDefine/VornLocalStringDefine.h"
+
+#include <QContextMenuEvent>
+#include <QGuiApplication>
+#include <QPainter>
+#include <QPainterPath>
+
+#include <limits>
+
+namespace {
+
+constexpr int kIndentation = 18;
+
+SOutlineMenuEntry entryTitled(QString title) {
+  title.remove(u'&'); // the mark of a mnemonic, which the localized texts may gain in a menu
+  const auto text = [](const char* key) {
+    return VornLocalStringDefine::QX_LocalizedStringWithKey(QLatin1StringView(key)).remove(u'&');
+  };
+  if (title == text("MNU_AddNewFolder")) {
+    return SOutlineMenuEntry::AddNewFolder;
+  }
+  if (title == text("MNU_EditName")) {
+    return SOutlineMenuEntry::EditName;
+  }
+  return title == text("MNU_Delete") ? SOutlineMenuEntry::Delete : SOutlineMenuEntry::Other;
+}
+
+} // namespace
+
+bool isContextMenuEntryEnabled(SOutlineMenuEntry entry, qsizetype selectedRows, int clickedType, bool anyProtected) {
+  if (selectedRows >= 2) {
+    return !anyProtected && entry == SOutlineMenuEntry::Delete;
+  }
+  switch (clickedType) {
+  case kMenuTypeProtected:
+    return entry == SOutlineMenuEntry::AddNewFolder;
+  case kMenuTypeFile:
+    return entry != SOutlineMenuEntry::AddNewFolder;
+  default:
+    return true;
+  }
+}
+
+SOutlineView::SOutlineView(QWidget* parent)
+    : QTreeView(parent)
+    , m_header(new SOutlineHeaderView(this)) {
+  platform::assertMainThread();
+  setHeader(m_header);
+  setFrameShape(QFrame::NoFrame);
+  setUniformRowHeights(true);
+  setRootIsDecorated(true);
+  setIndentation(kIndentation);
+  setSelectionMode(QAbstractItemView::ExtendedSelection);
+  setSelectionBehavior(QAbstractItemView::SelectRows);
+  setEditTriggers(QAbstractItemView::NoEditTriggers);
+  setVerticalScrollMode(QAbstractItemView::ScrollPerPixel);
+  setHorizontalScrollMode(QAbstractItemView::ScrollPerPixel);
+  setExpandsOnDoubleClick(false); // a double click enters the folder
+  setTextElideMode(Qt::ElideRight);
+  m_header->setSortIndicator(kFileName, Qt::AscendingOrder);
+  setSortingEnabled(true);
+}
+
+void SOutlineView::awakeFromNib() {
+  platform::assertMainThread();
+  setLayoutDirection(ui::isRTLLayout() ? Qt::RightToLeft : Qt::LeftToRight);
+  m_header->setColumns({{kOutlineFileName.toString(), QStringLiteral("MNU_FileName"), 416, 416, 0},
+                        {kOutlineDateModified.toString(), QStringLiteral("MNU_DateOfModify"), 153, 153, 180},
+                        {kOutlineFileSize.toString(), QStringLiteral("MSG_FileSize"), 95, 95, 95}});
+  // New cells, as the direction of the layout may be another one.
+  delete m_nameCell;
+  delete m_textCell;
+  m_nameCell = new QXBrowserFileFieldCell(this);
+  m_textCell = new SOutlineTextCell(this);
+  setItemDelegateForColumn(kFileName, m_nameCell);
+  setItemDelegateForColumn(kDateModified, m_textCell);
+  setItemDelegateForColumn(kFileSize, m_textCell);
+  m_mouseTrackingArea = true;
+  setMouseTracking(true);
+  viewport()->setMouseTracking(true);
+  m_selectedRowIndex = -1;
+}
+
+void SOutlineView::setOwnerDelegate(SOutlineViewOwner* owner) {
+  platform::assertMainThread();
+  m_pOwnerDelegate = owner;
+  if (owner == nullptr) {
+    m_mouseTrackingArea = false;
+    setMouseTracking(false);
+    viewport()->setMouseTracking(false);
+    setHoveredRow(-1);
+  }
+}
+
+void SOutlineView::setOwnerMenu(QMenu* menu) {
+  platform::assertMainThread();
+  m_ownerMenu = menu;
+}
+
+void SOutlineView::setSelectedRowIndex(qint64 row) {
+  platform::assertMainThread();
+  m_selectedRowIndex = row;
+  if (selectionModel() == nullptr) {
+    return;
+  }
+  const QModelIndex index = indexAtRow(row);
+  if (!index.isValid()) {
+    selectionModel()->clearSelection();
+    return;
+  }
+  selectionModel()->setCurrentIndex(index, QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
+}
+
+qint64 SOutlineView::rowOfIndex(const QModelIndex& index) const {
+  platform::assertMainThread();
+  const QRect rect = index.isValid() ? visualRect(index.siblingAtColumn(kFileName)) : QRect();
+  return rect.isValid() ? (rect.top() + verticalOffset()) / kRowHeight : -1;
+}
+
+QModelIndex SOutlineView::indexAtRow(qint64 row) const {
+  platform::assertMainThread();
+  const qint64 top = row * kRowHeight - verticalOffset();
+  if (row < 0 || row > std::numeric_limits<int>::max() / kRowHeight || m_header->count() == 0) {
+    return {};
+  }
+  // Any column will do, but a point beyond the last one belongs to no index.
+  const QModelIndex index = indexAt(QPoint(columnViewportPosition(kFileName) + 1, int(top)));
+  return index.siblingAtColumn(kFileName);
+}
+
+qint64 SOutlineView::rowAtPoint(const QPoint& viewportPoint) const {
+  const qint64 y = qint64(viewportPoint.y()) + verticalOffset();
+  const qint64 row = y < 0 ? -1 : y / kRowHeight;
+  return indexAtRow(row).isValid() ? row : -1;
+}
+
+qsizetype SOutlineView::numberOfSelectedRows() const {
+  platform::assertMainThread();
+  if (selectionModel() == nullptr) {
+    return 0;
+  }
+  // Ranges, not rows: all of a folder's rows may be selected.
+  qsizetype rows = 0;
+  for (const QItemSelectionRange& range : selectionModel()->selection()) {
+    rows += range.left() <= kFileName ? range.height() : 0;
+  }
+  return rows;
+}
+
+int SOutlineView::widthOfColumn(int column) const {
+  return m_header->widthOfColumn(column);
+}
+
+QMenu* SOutlineView::menuForEvent(const QPoint& viewportPoint) {
+  platform::assertMainThread();
+  return menuForRow(rowAtPoint(viewportPoint));
+}
+
+QMenu* SOutlineView::menuForRow(qint64 row) {
+  m_selectedRowIndex = row;
+  const QModelIndex clicked = indexAtRow(row);
+  if (clicked.isValid() && !selectionModel()->isSelected(clicked)) {
+    selectionModel()->select(clicked, QItemSelectionModel::Select | QItemSelectionModel::Rows);
+  }
+  if (m_ownerMenu != nullptr) {
+    enableMenuEntries(clicked);
+  }
+  return m_ownerMenu;
+}
+
+void SOutlineView::enableMenuEntries(const QModelIndex& clicked) {
+  const qsizetype selectedRows = numberOfSelectedRows();
+  const bool isOne = selectedRows < 2;
+  const int type = isOne && m_pOwnerDelegate != nullptr ? m_pOwnerDelegate->menuTypeForItem(clicked) : kMenuTypeFolder;
+  const bool anyProtected = !isOne && isAnySelectedRowProtected();
+  for (QAction* action : m_ownerMenu->actions()) {
+    action->setEnabled(isContextMenuEntryEnabled(entryTitled(action->text()), selectedRows, type, anyProtected));
+  }
+}
+
+bool SOutlineView::isAnySelectedRowProtected() const {
+  if (m_pOwnerDelegate == nullptr) {
+    return false;
+  }
+  for (const QItemSelectionRange& range : selectionModel()->selection()) {
+    for (int row = range.top(); range.left() <= kFileName && row <= range.bottom(); ++row) {
+      const QModelIndex item = model()->index(row, kFileName, range.parent());
+      if (m_pOwnerDelegate->menuTypeForItem(item) == kMenuTypeProtected) {
+        return true;
+      }
+    }
+  }
+  return false;
+}
+
+void SOutlineView::draggedImage(const QPoint&, quint32 operation) {
+  platform::assertMainThread();
+  if (operation == kDragOperationDelete && m_pOwnerDelegate != nullptr) {
+    m_pOwnerDelegate->performDragOperationDelete();
+  }
+}
+
+void SOutlineView::contextMenuEvent(QContextMenuEvent* event) {
+  QPoint at = event->globalPos();
+  QMenu* menu = nullptr;
+  if (event->reason() == QContextMenuEvent::Keyboard) {
+    // The menu key has no point: it means the row the keyboard is on.
+    const QModelIndex current = currentIndex();
+    scrollTo(current);
+    menu = menuForRow(rowOfIndex(current));
+    at = viewport()->mapToGlobal(visualRect(current).bottomLeft());
+  } else {
+    menu = menuForEvent(event->pos());
+  }
+  if (menu != nullptr) {
+    menu->popup(at);
+  }
+  event->accept();
+}
+
+void SOutlineView::mousePressEvent(QMouseEvent* event) {
+  if (event->button() == Qt::RightButton) {
+    event->accept();
+    return;
+  }
+  QTreeView::mousePressEvent(event);
+}
+
+void SOutlineView::enterEvent(QEnterEvent* event) {
+  if (m_mouseTrackingArea && m_pOwnerDelegate != nullptr &&
+      QGuiApplication::applicationState() == Qt::ApplicationActive) {
+    m_pOwnerDelegate->mouseEntered(*event);
+  }
+  QTreeView::enterEvent(event);
+}
+
+void SOutlineView::leaveEvent(QEvent* event) {
+  if (m_mouseTrackingArea && m_pOwnerDelegate != nullptr) {
+    m_pOwnerDelegate->mouseExited(*event);
+  }
+  QTreeView::leaveEvent(event);
+}
+
+bool SOutlineView::viewportEvent(QEvent* event) {
+  if (event->type() == QEvent::MouseMove && m_mouseTrackingArea) {
+    setHoveredRow(rowAtPoint(static_cast<QMouseEvent*>(event)->position().toPoint()));
+  } else if (event->type() == QEvent::Leave || event->type() == QEvent::Wheel) {
+    setHoveredRow(-1);
+  }
+  return QTreeView::viewportEvent(event);
+}
+
+void SOutlineView::setHoveredRow(qint64 row) {
+  if (row != m_hoveredRow) {
+    updateRow(m_hoveredRow);
+    m_hoveredRow = row;
+    updateRow(m_hoveredRow);
+  }
+}
+
+void SOutlineView::updateRow(qint64 row) {
+  const qint64 top = row * kRowHeight - verticalOffset();
+  if (row >= 0 && top > -kRowHeight && top < viewport()->height()) {
+    viewport()->update(0, int(top), viewport()->width(), kRowHeight);
+  }
+}
+
+void SOutlineView::drawRowBackground(QPainter* painter, const QRectF& row, const QModelIndex& index) const {
+  painter->save();
+  painter->setRenderHint(QPainter::Antialiasing);
+  painter->setPen(Qt::NoPen);
+  const QRectF plate = row.adjusted(2, 0.5, -2, -0.5);
+  if (selectionModel()->isSelected(index)) {
+    painter->setBrush(ui::namedColor(QStringLiteral("RowSelected"), palette()));
+    painter->drawRoundedRect(plate, 4, 4);
+  } else if (m_hoveredRow >= 0 && (row.top() + verticalOffset()) / kRowHeight == qreal(m_hoveredRow)) {
+    painter->setBrush(ui::namedColor(QStringLiteral("RowHovered"), palette()));
+    painter->drawRoundedRect(plate, 4, 4);
+  }
+  if (hasFocus() && currentIndex().isValid() && currentIndex().siblingAtColumn(kFileName) == index) {
+    painter->setBrush(Qt::NoBrush);
+    painter->setPen(QPen(ui::namedColor(QStringLiteral("Accent"), palette()), 1));
+    painter->drawRoundedRect(plate.adjusted(0.5, 0.5, -0.5, -0.5), 4, 4);
+  }
+  painter->restore();
+}
+
+void SOutlineView::drawRow(QPainter* painter, const QStyleOptionViewItem& options, const QModelIndex& index) const {
+  const QModelIndex item = index.siblingAtColumn(kFileName);
+  const QRect row(0, options.rect.top(), viewport()->width(), kRowHeight);
+  drawRowBackground(painter, QRectF(row), item);
+
+  int depth = 0;
+  for (QModelIndex parent = item.parent(); parent.isValid() && parent != rootIndex(); parent = parent.parent()) {
+    ++depth;
+  }
+  QStyleOptionViewItem option = options;
+  for (int visual = 0; visual < m_header->count(); ++visual) {
+    const int column = m_header->logicalIndex(visual);
+    QRect cell(columnViewportPosition(column), row.top(), columnWidth(column), row.height());
+    if (!cell.intersects(row) || m_header->isSectionHidden(column)) {
+      continue;
+    }
+    if (column == kFileName) {
+      const int indent = qMin((depth + 1) * indentation(), cell.width());
+      QRect branches = cell;
+      branches.setWidth(indent);
+      if (isRightToLeft()) {
+        branches.moveRight(cell.right());
+        cell.setRight(cell.right() - indent);
+      } else {
+        cell.setLeft(cell.left() + indent);
+      }
+      drawBranches(painter, branches, item);
+    }
+    option.rect = cell;
+    itemDelegateForIndex(item.siblingAtColumn(column))->paint(painter, option, item.siblingAtColumn(column));
+  }
+}
+
+void SOutlineView::drawBranches(QPainter* painter, const QRect& rect, const QModelIndex& index) const {
+  if (!model()->hasChildren(index)) {
+    return;
+  }
+  // A chevron in the last step of the indentation: towards the text while collapsed, down when expanded.
+  const qreal middle = isRightToLeft() ? rect.left() + indentation() / 2.0 : rect.right() + 1 - indentation() / 2.0;
+  QPainterPath chevron;
+  chevron.moveTo(-2, -4);
+  chevron.lineTo(2, 0);
+  chevron.lineTo(-2, 4);
+  painter->save();
+  painter->setRenderHint(QPainter::Antialiasing);
+  painter->translate(middle, rect.top() + kRowHeight / 2.0);
+  painter->rotate(isExpanded(index) ? 90 : isRightToLeft() ? 180 : 0);
+  QColor color = ui::namedColor(QStringLiteral("ItemText"), palette());
+  color.setAlphaF(0.65F);
+  painter->strokePath(chevron, QPen(color, 1.6, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
+  painter->restore();
+}
