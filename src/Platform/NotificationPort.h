@@ -17,6 +17,9 @@ inline constexpr std::uint32_t messageServicePropertyChange = 0xE0000130; ///< t
 /// Services waiting to be taken.
 class ServiceIterator {
 public:
+  ServiceIterator() = default;
+  explicit ServiceIterator(std::shared_ptr<RegistryService> only)
+      : m_services{std::move(only)} {}
   /// The next service, null when there is none (any more, for now).
   std::shared_ptr<RegistryService> next();
 

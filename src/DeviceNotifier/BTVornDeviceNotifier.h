@@ -1,0 +1,68 @@
+#pragma once
+// The one object through which the application starts and stops device detection.
+#include "DeviceNotifier/DeviceIdentityTable.h"
+#include "Platform/DeviceRegistry.h"
+
+#include <QVariantList>
+
+#include <chrono>
+#include <functional>
+#include <memory>
+#include <optional>
+
+namespace detection {
+class DeviceEvents;
+}
+
+/// Runs the USB notifier thread: attached phones are announced by "BTVORN_NOTI_DEVICE_NOTIFIER" and
+/// "BTVORN_NOTI_DEVICE_DETTACH" (see DeviceNotifier/DeviceEvents.h) on platform::NotificationCenter::defaultCenter().
+/// Arrivals are posted on the main thread, departures on the notifier thread. Main thread only, except quitThread().
+class BTVornDeviceNotifier {
+public:
+  struct Parts {
+    /// What is watched; used on the notifier thread. Null: the system's USB.
+    std::shared_ptr<platform::DeviceRegistry> registry;
+    /// Which devices are phones.
+    detection::DeviceIdentityTable identities;
+    /// May be empty. A further test for a device of another maker that shows no MTP interface by itself, where
+    /// AcceptAnyMtpDevice holds. Called on the notifier thread; may block for about a second.
+    std::function<bool(std::uint32_t locationId)> mtpProbe;
+    /// Empty: waits in real time. Between two searches for a phone's serial port; false when detection is to stop.
+    std::function<bool(std::chrono::seconds)> sleep;
+    /// Empty: runs the main thread's event loop for `limit`, or until `done` holds.
+    std::function<void(std::chrono::milliseconds limit, const std::function<bool()>& done)> runMainLoop;
+  };
+
+  /// `init`. The system's USB and the identity table of loadDeviceIdentityTable(). Starts nothing.
+  BTVornDeviceNotifier();
+  explicit BTVornDeviceNotifier(Parts parts);
+  /// Asks a running thread to end and does not wait for it.
+  ~BTVornDeviceNotifier();
+  BTVornDeviceNotifier(const BTVornDeviceNotifier&) = delete;
+  BTVornDeviceNotifier& operator=(const BTVornDeviceNotifier&) = delete;
+
+  /// `registerNotification:`. Starts the USB notifier thread and returns true at once. `devices` is kept until
+  /// unRegisterNotification() and not read. A thread still running from before is asked to end.
+  bool registerNotification(const std::optional<QVariantList>& devices);
+  /// `unRegisterNotification`. Asks the threads to end and waits for them, the main thread's events being handled
+  /// meanwhile, for at most about 10 seconds; true also when one has not ended by then.
+  bool unRegisterNotification();
+
+  /// Whether the threads are asked to end. Any thread.
+  bool quitThread() const;
+  /// Whether the USB notifier thread runs.
+  bool usbNotiThread() const;
+  /// Whether the mass-storage and network thread runs: registerNotification() starts none.
+  bool umsNotiThread() const;
+
+private:
+  struct Run;
+  // `deviceUSBNotifierThread:`. The thread's body. A thread for mass-storage volumes and network phones would be a
+  // second one of its kind, started where this one is.
+  static void deviceUSBNotifierThread(Run& run);
+
+  const Parts m_parts;
+  const std::shared_ptr<detection::DeviceEvents> m_events;
+  std::optional<QVariantList> notificationDevice;
+  std::shared_ptr<Run> m_run; // the latest registration's; shared with its thread
+};
