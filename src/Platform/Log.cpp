@@ -16,6 +16,22 @@ namespace {
 Mutex g_mutex;
 std::function<void(const QString&)> g_sink MTPB_GUARDED_BY(g_mutex);
 
+// Names from a phone may hold anything: line ends that would forge a line, escape sequences that would drive a
+// terminal.
+QByteArray onOneLine(const QByteArray& message) {
+  QByteArray line;
+  line.reserve(message.size());
+  for (const char c : message) {
+    if (c == '\n')
+      line += "\\n";
+    else if ((static_cast<unsigned char>(c) < 0x20 && c != '\t') || c == 0x7f)
+      line += "\\x" + QByteArray(1, c).toHex();
+    else
+      line += c;
+  }
+  return line;
+}
+
 void emitLine(QByteArray message) {
   while (message.endsWith('\n'))
     message.chop(1);
@@ -26,7 +42,7 @@ void emitLine(QByteArray message) {
   }
   QByteArray line = QDateTime::currentDateTime().toString(QStringLiteral("yyyy-MM-dd HH:mm:ss.zzz")).toLatin1();
   line += " MTPBrowser[" + QByteArray::number(qlonglong(::getpid())) + ':' + QByteArray::number(qlonglong(::gettid())) +
-          "] " + message + '\n';
+          "] " + onOneLine(message) + '\n';
   // One fwrite on an unbuffered stream is one write: lines of several threads and a reopened stream stay whole.
   std::fwrite(line.constData(), 1, size_t(line.size()), stderr);
 }
@@ -69,7 +85,8 @@ QString functionNameForLog(const char* prettyFunction) {
       ++depth;
     else if (name[i] == '>' && depth > 0)
       --depth;
-    else if (name[i] == '(' && depth == 0 && name.substr(i, 11) != "(anonymous " && name.substr(i, 11) != "{anonymous}") {
+    else if (name[i] == '(' && depth == 0 && name.substr(i, 11) != "(anonymous " &&
+             name.substr(i, 11) != "{anonymous}") {
       name = name.substr(0, i);
       break;
     }

@@ -3,7 +3,8 @@
 //
 // Every diagnostic goes to standard error as one write: a time stamp, the process name and id, then the message.
 // MTPB_LOG adds the program's prefix "[file:function-(line)] "; MTPB_LOG_PLAIN writes the message alone.
-// Callable from any thread; lines of different threads never mix. Never blocks on anything but the descriptor.
+// Control characters in a message are written as "\n" or "\x1b". Callable from any thread; lines of different threads
+// never mix. Never blocks on anything but the descriptor.
 #include <QString>
 
 #include <functional>

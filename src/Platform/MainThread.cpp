@@ -23,6 +23,21 @@ struct Call {
   CallState state = CallState::Queued; // under g_mutex
 };
 
+// The queued side of a call. Goes without having run it when the application drops its queue: whoever waits is let go.
+struct QueuedCall {
+  explicit QueuedCall(std::shared_ptr<Call> queued)
+      : call(std::move(queued)) {}
+  QueuedCall(const QueuedCall&) = delete;
+  QueuedCall& operator=(const QueuedCall&) = delete;
+  ~QueuedCall() {
+    const Lock lock(g_mutex);
+    if (call->state == CallState::Queued)
+      call->state = CallState::Refused;
+    g_changed.notify_all();
+  }
+  std::shared_ptr<Call> call;
+};
+
 } // namespace
 
 bool isMainThread() {
@@ -54,7 +69,8 @@ bool runOnMainAndWait(std::function<void()> work) {
     if (g_refuse || QCoreApplication::instance() == nullptr)
       return false;
   }
-  runOnMain([call] {
+  runOnMain([queued = std::make_shared<QueuedCall>(call)] {
+    const std::shared_ptr<Call>& call = queued->call;
     {
       const Lock lock(g_mutex);
       if (call->state != CallState::Queued)
@@ -68,10 +84,10 @@ bool runOnMainAndWait(std::function<void()> work) {
   });
   const Lock lock(g_mutex);
   while (call->state != CallState::Done) {
-    if (g_refuse && call->state == CallState::Queued) {
+    if (g_refuse && call->state == CallState::Queued)
       call->state = CallState::Refused;
+    if (call->state == CallState::Refused)
       return false;
-    }
     g_changed.wait(g_mutex);
   }
   return true;

@@ -5,7 +5,7 @@
 
 namespace platform {
 
-/// True on the thread of the application object (or, before there is one, on the thread that called setMainThread()).
+/// True on the thread of the application object; false everywhere while there is none.
 bool isMainThread();
 
 /// Ends the process with a log line when the calling thread is not the main thread, in release builds too: a view
@@ -17,7 +17,8 @@ void runOnMain(std::function<void()> work);
 
 /// Runs `work` on the main thread and waits for its end; runs it directly when already there. Any thread.
 /// Returns false, without `work` having run or being run later, when refuseWaiting() was called before it began: the
-/// main thread is then waiting for the workers and would never come to it.
+/// main thread is then waiting for the workers and would never come to it. False, too, when the application is
+/// destroyed before it comes to it.
 bool runOnMainAndWait(std::function<void()> work);
 
 /// From now on (true) runOnMainAndWait() from other threads returns false at once and whoever waits in it, its work not

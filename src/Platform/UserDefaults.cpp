@@ -37,7 +37,10 @@ bool boolForKey(const QString& key) {
 
 QString stringForKey(const QString& key) {
   const auto stored = value(key);
-  return stored ? stored->toString() : QString();
+  if (!stored)
+    return {};
+  // An unquoted comma, as a user may write it into the file, makes a list of the text.
+  return stored->typeId() == QMetaType::QStringList ? stored->toStringList().join(u',') : stored->toString();
 }
 
 void setValue(const QString& key, const QVariant& value) {
