@@ -1,13 +1,15 @@
 #include "MTPCore/MTPDextSDKWrapper.h"
 
+#include "MTPCore/DevicePath.h"
+#include "MTPCore/ListWalk.h"
 #include "MTPCore/MTPSDKUtil.h"
+#include "MTPCore/StorageCollector.h"
 #include "Platform/Log.h"
 
 #include <QStringList>
 #include <QStringView>
 
 #include <algorithm>
-#include <array>
 #include <exception>
 #include <new>
 #include <source_location>
@@ -16,57 +18,10 @@
 
 namespace {
 
-constexpr std::uint64_t UsedSizeAddition = 524'288'000; // 500 MiB
-constexpr std::uint32_t LongestDeviceName = 64 * 1024;  // bytes; MTP strings end at 510
-constexpr std::uint32_t HiddenStorageId = 0x00060001;
-
-enum DiskType : unsigned int { InternalDisk = 1, CardDisk = 2, SecondInternalDisk = 3 };
-
+constexpr std::uint32_t LongestDeviceName = 64 * 1024; // bytes; MTP strings end at 510
 // The end of a list, and success: everything else is worth a log line.
 bool isListFailure(std::uint32_t status) {
   return (status & ~std::uint32_t(DGSTATUS_NO_MORE_DATA)) != 0;
-}
-
-std::optional<std::uint64_t> parseHexadecimal(QStringView text) {
-  if (text.startsWith(u"0x", Qt::CaseInsensitive))
-    text = text.mid(2);
-  if (text.isEmpty() || text.size() > 16)
-    return std::nullopt;
-  std::uint64_t value = 0;
-  for (const QChar character : text) {
-    const char16_t unit = character.unicode();
-    if (unit >= u'0' && unit <= u'9')
-      value = value * 16 + (unit - u'0');
-    else if (unit >= u'a' && unit <= u'f')
-      value = value * 16 + (unit - u'a' + 10);
-    else if (unit >= u'A' && unit <= u'F')
-      value = value * 16 + (unit - u'A' + 10);
-    else
-      return std::nullopt;
-  }
-  return value;
-}
-
-QStringList pathComponents(const QString& path) {
-  return path.split(u'/', Qt::SkipEmptyParts);
-}
-
-// "/a/b" is "/a", "/a" is "/", "a" is "".
-QString withoutLastComponent(const QString& path) {
-  QStringView rest(path);
-  while (rest.size() > 1 && rest.endsWith(u'/'))
-    rest.chop(1);
-  rest.truncate(rest.lastIndexOf(u'/') + 1);
-  while (rest.size() > 1 && rest.endsWith(u'/'))
-    rest.chop(1);
-  return rest.toString();
-}
-
-QString appended(const QString& folderPath, const QString& name) {
-  QString path;
-  path.reserve(folderPath.size() + 1 + name.size());
-  path.append(folderPath).append(u'/').append(name);
-  return path;
 }
 
 bool equalIgnoringCase(QStringView a, QStringView b) {
@@ -86,32 +41,16 @@ std::optional<QStringView> storageLabel(const _MTP_STORAGE_NODE& storage) {
   return QStringView(text, length);
 }
 
-// The text that a storage is shown with; unlike its label it always loses the last unit.
-QString shownStorageName(const _MTP_STORAGE_NODE& storage) {
-  const char16_t* const text = storage.name;
-  if (text == nullptr || storage.nameLength < 2)
-    return QStringLiteral("");
-  return QStringView(text, storage.nameLength - 1).toString();
-}
-
-bool isHiddenStorage(const QString& name, std::uint32_t storageId) {
-  return name.isEmpty() || equalIgnoringCase(name, u"OSP") || equalIgnoringCase(name, u"Private content") ||
-         storageId == HiddenStorageId;
-}
-
-unsigned int diskTypeOf(const QString& name, std::uint32_t storageId) {
-  if (storageId == 0x00020001 || storageId == 0x00020002)
-    return CardDisk;
-  if (equalIgnoringCase(name, u"Card") || equalIgnoringCase(name, u"SD Card"))
-    return CardDisk;
-  if (storageId == 0x00010002 || equalIgnoringCase(name, u"Gemel Talk"))
-    return SecondInternalDisk;
-  return InternalDisk;
-}
-
-QString commonNodeText(const _MTP_COMMON_NODE& common) {
-  const std::uint64_t value = std::uint64_t(std::uint32_t(common.nodeType)) << 32 | common.nodeId;
-  return QString::asprintf("0x%08llx", static_cast<unsigned long long>(value));
+// The storages in one line of the log.
+QString describe(const QList<MtpStorageInfo>& storages) {
+  QStringList texts;
+  for (const MtpStorageInfo& storage : storages)
+    texts.append(storage.volumePath.value_or(QString()) + QStringLiteral(" diskType = ") +
+                 QString::number(storage.diskType) + QStringLiteral(", diskIndex = ") +
+                 QString::number(storage.diskIndex) + QStringLiteral(", CommonNode = ") + storage.CommonNode +
+                 QStringLiteral(", TotalSpace = ") + QString::number(storage.TotalSpace) +
+                 QStringLiteral(", UsedSize = ") + QString::number(storage.UsedSize));
+  return texts.join(QStringLiteral("; "));
 }
 
 MtpItemInfo namedItem(const void* node, const char16_t* name, std::uint32_t nameSize, const QString& folderPath,
@@ -120,7 +59,7 @@ MtpItemInfo namedItem(const void* node, const char16_t* name, std::uint32_t name
   item.NodeID = MTPDextSDKWrapper::nodeIDOf(node);
   item.FileName = MTPDextSDKWrapper::getLabelFromMtpString(name, nameSize);
   if (!folderPath.isNull())
-    item.FilePath = item.FileName ? appended(folderPath, *item.FileName) : folderPath;
+    item.FilePath = item.FileName ? devicePath::joined(folderPath, *item.FileName) : folderPath;
   item.ObjectType = objectType;
   return item;
 }
@@ -139,27 +78,6 @@ MtpItemInfo fileItem(const _MTP_FILE_NODE& file, const QString& folderPath) {
   if (const char16_t* const date = file.date)
     item.DateModify = QStringView(date, file.dateLength).toString();
   return item;
-}
-
-// Calls visit(node) for each node of a list until it answers false; step(node) gives the next one or null. Ends also in
-// a list that leads back into itself, which no sane SDK makes: the mark, set anew after twice as many steps each time,
-// comes to lie on the ring and is then met again.
-template <class Node, class Visit, class Step> void walkList(Node* first, Visit visit, Step step) {
-  const Node* mark = first;
-  std::size_t stepsToNextMark = 1024;
-  std::size_t steps = 0;
-  for (Node* node = first; node != nullptr && visit(node);) {
-    node = step(node);
-    if (node != nullptr && node == mark) {
-      MTPB_LOG("The list comes back to node %p and has no end.", static_cast<const void*>(node));
-      return;
-    }
-    if (++steps == stepsToNextMark) {
-      mark = node;
-      stepsToNextMark *= 2;
-      steps = 0;
-    }
-  }
 }
 
 } // namespace
@@ -388,7 +306,7 @@ _MTP_STORAGE_NODE* MTPDextSDKWrapper::getStorageNode(_MTP_DEVICE_NODE* deviceNod
     MTPB_LOG("Input parameter is invalide. current device node is NULL");
     return nullptr;
   }
-  const QStringList components = pathComponents(name);
+  const QStringList components = devicePath::components(name);
   if (components.isEmpty()) {
     MTPB_LOG("Get storage name is failed");
     return nullptr;
@@ -408,11 +326,7 @@ std::optional<QList<MtpStorageInfo>> MTPDextSDKWrapper::storageInfoLists() {
   QList<MtpStorageInfo> storages;
   {
     const std::lock_guard monitor(m_monitor);
-    std::optional<QString> modelName;
-    if (connectForStorages())
-      getMTPModelName(m_currentDeviceNode, modelName);
-    if (modelName)
-      storages = collectStorages(m_storageHeadNode, *modelName);
+    storages = collectStorages(std::source_location::current());
   }
   MTPB_LOG("EXIT");
   if (storages.isEmpty())
@@ -420,7 +334,7 @@ std::optional<QList<MtpStorageInfo>> MTPDextSDKWrapper::storageInfoLists() {
   return storages;
 }
 
-bool MTPDextSDKWrapper::connectForStorages() {
+bool MTPDextSDKWrapper::connectForStorages(const std::source_location& where) {
   // A node that the SDK knows no more is as good as none.
   if (!isNode(m_currentDeviceNode, MTPDEXT_NODE_DEVICE))
     m_currentDeviceNode = findDevice();
@@ -434,52 +348,25 @@ bool MTPDextSDKWrapper::connectForStorages() {
   _MTP_STORAGE_NODE* const head = m_storageHeadNode;
   if (device != nullptr && head != nullptr)
     return true;
-  MTPB_LOG("failed to connect, %p, %p", static_cast<const void*>(device), static_cast<const void*>(head));
+  platform::logLine(where, "failed to connect, %p, %p", static_cast<const void*>(device),
+                    static_cast<const void*>(head));
   return false;
 }
 
-QList<MtpStorageInfo> MTPDextSDKWrapper::collectStorages(_MTP_STORAGE_NODE* head, const QString& modelName) {
-  // At most one storage of a type is shown, the last one listed. In the order of showing:
-  constexpr std::array<unsigned int, 3> Types = {InternalDisk, SecondInternalDisk, CardDisk};
-  std::array<std::optional<MtpStorageInfo>, CardDisk + 2> ofType;
-
-  walkStorages(head, [&](_MTP_STORAGE_NODE* storage) {
-    const QString name = shownStorageName(*storage);
-    const std::uint32_t storageId = storage->common.nodeId;
-    MTPB_LOG("StorageName : %s, length : %d", qUtf8Printable(name), int(storage->nameLength));
-    MTPB_LOG("StorageName : %s, StorageId : %x", qUtf8Printable(name), storageId);
-    if (isHiddenStorage(name, storageId))
-      return true;
-    const unsigned int type = diskTypeOf(name, storageId);
-    const QString commonNode = commonNodeText(storage->common);
-    if (ofType[type] && ofType[type]->CommonNode == commonNode)
-      return true;
-    MtpStorageInfo info;
-    info.volumePath = u'/' + modelName + u'/' + name;
-    info.TotalSpace = storage->totalCapacity;
-    info.UsedSize = storage->freeSpace + UsedSizeAddition;
-    info.diskType = type;
-    info.diskIndex = unsigned(std::ranges::count_if(ofType, [](const auto& entry) { return entry.has_value(); }));
-    info.CommonNode = commonNode;
-    ofType[type] = info;
+QList<MtpStorageInfo> MTPDextSDKWrapper::collectStorages(const std::source_location& where) {
+  std::optional<QString> modelName;
+  if (!connectForStorages(where) || getMTPModelName(m_currentDeviceNode, modelName) != DGSTATUS_SUCCESS || !modelName)
+    return {};
+  StorageCollector collector(*modelName);
+  walkStorages(m_storageHeadNode, [&](_MTP_STORAGE_NODE* storage) {
+    const QString name = StorageCollector::shownName(*storage);
+    platform::logLine(where, "StorageName : %s, length : %d", qUtf8Printable(name), int(storage->nameLength));
+    platform::logLine(where, "StorageName : %s, StorageId : %x", qUtf8Printable(name), storage->common.nodeId);
+    collector.add(*storage);
     return true;
   });
-
-  QList<MtpStorageInfo> storages;
-  QStringList texts;
-  for (const unsigned int type : Types) {
-    if (const std::optional<MtpStorageInfo>& info = ofType[type]) {
-      storages.append(*info);
-      texts.append(QStringLiteral("%1 (diskType %2, diskIndex %3, CommonNode %4, TotalSpace %5, UsedSize %6)")
-                       .arg(*info->volumePath)
-                       .arg(info->diskType)
-                       .arg(info->diskIndex)
-                       .arg(info->CommonNode)
-                       .arg(info->TotalSpace)
-                       .arg(info->UsedSize));
-    }
-  }
-  MTPB_LOG("device storage list: %s", qUtf8Printable(texts.join(QStringLiteral(", "))));
+  QList<MtpStorageInfo> storages = collector.storages();
+  platform::logLine(where, "device storage list: %s", qUtf8Printable(describe(storages)));
   return storages;
 }
 
@@ -608,7 +495,7 @@ std::optional<MtpItemInfo> MTPDextSDKWrapper::parentEntry(_MTP_FOLDER_NODE* fold
   }
   entry.NodeID = nodeIDOf(parent);
   if (!folderPath.isNull())
-    entry.FilePath = withoutLastComponent(folderPath);
+    entry.FilePath = devicePath::withoutLastComponent(folderPath);
   return entry;
 }
 
@@ -693,7 +580,7 @@ _MTP_FOLDER_NODE* MTPDextSDKWrapper::searchFolder(_MTP_DEVICE_NODE* deviceNode, 
   _MTP_STORAGE_NODE* storage = nullptr;
   _MTP_FOLDER_NODE* parent = nullptr;
   _MTP_FOLDER_NODE* deepest = nullptr;
-  for (const QString& component : pathComponents(filePath)) {
+  for (const QString& component : devicePath::components(filePath)) {
     if (!modelMatched && equalIgnoringCase(component, *modelName)) {
       modelMatched = true;
     } else if (storage == nullptr) {

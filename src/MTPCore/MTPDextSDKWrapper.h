@@ -120,7 +120,8 @@ public:
   std::optional<MtpItemInfo> getFolderNodeInfo(_MTP_FOLDER_NODE* folderNode, const QString& folderPath);
 
   /// searchFolder:storageHead:retStorage:filePath: The deepest folder that the path names, null when it names only a
-  /// storage or nothing. *retStorage is written when the walk got past the storage's name. Blocks.
+  /// storage or nothing. *retStorage is the path's storage (null when it names none); it is not written when the model
+  /// name cannot be had or the storage is none of those from *storageHead on. Blocks.
   _MTP_FOLDER_NODE* searchFolder(_MTP_DEVICE_NODE* deviceNode, _MTP_STORAGE_NODE** storageHead,
                                  _MTP_STORAGE_NODE** retStorage, const QString& filePath);
   /// initializeNodeInfo:currentStorage:currentFolder: Lists the storages afresh and resolves the root path: hands out
@@ -179,8 +180,9 @@ private:
   _MTP_DEVICE_NODE* findDevice();
   std::uint32_t readDeviceName(NameOperation operation, _MTP_DEVICE_NODE* deviceNode, std::optional<QString>& name,
                                const std::source_location& where);
-  bool connectForStorages();
-  QList<MtpStorageInfo> collectStorages(_MTP_STORAGE_NODE* head, const QString& modelName);
+  // The two log as the operation `where` stands in.
+  bool connectForStorages(const std::source_location& where);
+  QList<MtpStorageInfo> collectStorages(const std::source_location& where);
   std::optional<MtpItemInfo> parentEntry(_MTP_FOLDER_NODE* folder, const QString& folderPath);
   void appendFiles(QList<MtpItemInfo>& items, _MTP_COMMON_NODE* commonNode, const QString& folderPath);
   // Each holds the nodes and calls visit(node) for every node of the list until it answers false.
