@@ -109,11 +109,14 @@ void QXCaptureLog::startCapture() {
     discardStandardError(); // started without one: the log file must not become descriptor 2 by itself
   m_stderrSave = ::fcntl(STDERR_FILENO, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
   m_logfile = std::fopen(QFile::encodeName(m_logfilePath).constData(), "we");
-  // The descriptor is exchanged in one step: threads that write meanwhile hit the old destination or the new one.
-  if (m_logfile != nullptr)
+  // The descriptor is exchanged in one step: threads that write meanwhile hit the old destination or the new one. A
+  // late line of the capture before goes to the end of the emptied file, not to where it would have stood.
+  if (m_logfile != nullptr) {
+    ::fcntl(::fileno(m_logfile), F_SETFL, O_APPEND);
     ::dup2(::fileno(m_logfile), STDERR_FILENO);
-  else
+  } else {
     discardStandardError();
+  }
   MTPB_LOG_PLAIN("start Capture");
   const platform::SystemVersion version = platform::systemVersion().value_or(platform::SystemVersion{});
   MTPB_LOG_PLAIN("macOS %ld.%ld.%ld", version.major, version.minor, version.patch);
