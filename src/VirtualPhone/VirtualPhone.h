@@ -71,7 +71,8 @@ public:
 
   /// Attaches the phone: provider() lists it from now on. Object handles and sessions begin anew.
   void plug();
-  /// Pulls the cable; every open wire reads Gone. Waits for the threads (not for one that is calling this).
+  /// Pulls the cable; every open wire reads Gone. Waits for the phone's own threads, so it is not for a DeviceEnd to
+  /// call.
   void unplug();
   bool plugged() const;
 
@@ -96,7 +97,6 @@ public:
   Statistics statistics() const;
 
 private:
-  class Attachment;
   struct Shared;
   std::shared_ptr<Shared> shared_;
 };
