@@ -7,7 +7,8 @@
 
 namespace mtp {
 
-/// The phone's end of a wire. Used by one responder thread, except close() and plugged(), which any thread may call.
+/// The phone's end of a wire. Used by one responder thread, except writeEvent(), which may have a thread of its own, and
+/// close() and plugged(), which any thread may call.
 /// Implemented by the memory wire and, for a phone on a real bus, by a USB gadget.
 class DeviceEnd {
 public:
