@@ -6,6 +6,9 @@
  * never followed. No address is used twice while a device session lives. To read fields of a record while other threads
  * may release lists, hold the records first (mtpDextHoldNodes) and ask for the node's kind (mtpDextGetNodeKind).
  *
+ * Null where an address is wanted for the answer: 0x10000002. A phone that is gone: 0x12000001 for its device record,
+ * 0x10000004 for all records below it.
+ *
  * Every operation may be called from any thread. Those that talk to the phone block for the length of their MTP
  * transactions, one at a time a device, each bounded by its own time-out; they say "blocks". Status: 0 success, 1 call
  * again with a buffer of the size handed out, 2 end of a list; the others are listed in MTPCore/MTPSDKUtil.h. */
@@ -92,7 +95,8 @@ uint32_t mtpDextSdkInit(void);
 
 /* Devices. The head looks for attached phones and opens those not yet open (blocks). A device's record stays valid, and
  * its event registration too, as long as the phone is attached, also after mtpDextReleaseDeviceList. No device: status
- * 0x12000001 and a null head. */
+ * 0x12000001 and a null head; phones there, but none that can be opened: 0x12000003. Releasing the list retires the
+ * folder and file records of this device. */
 uint32_t mtpDextGetConnectedDeviceListHead(_MTP_DEVICE_NODE** head);
 uint32_t mtpDextGetNextDevice(_MTP_DEVICE_NODE* device, _MTP_DEVICE_NODE** next);
 uint32_t mtpDextReleaseDeviceList(_MTP_DEVICE_NODE* device);
@@ -119,7 +123,7 @@ uint32_t mtpDextGetFileListHead(_MTP_COMMON_NODE* parent, _MTP_FILE_NODE** head,
                                 void* context);
 uint32_t mtpDextGetNextFileNode(_MTP_FILE_NODE* file, _MTP_FILE_NODE** next);
 
-/* Changes and transfers (block). */
+/* Changes and transfers (block). Not built yet: all answer 0x14000001. */
 uint32_t mtpDextCreateFolderNode(_MTP_COMMON_NODE* parent, const MTPDEXT_CHAR16* name, uint32_t byteSize,
                                  _MTP_FOLDER_NODE** created);
 uint32_t mtpDextRenameNode(_MTP_COMMON_NODE* node, const MTPDEXT_CHAR16* newName, uint32_t byteSize);
@@ -137,8 +141,8 @@ uint32_t mtpDextRequestEventNotifyEx(_MTP_DEVICE_NODE* device, mtpDextEventCallb
 /* Records stay readable (not: known) between hold and unhold, which nest and may be on any thread. */
 void mtpDextHoldNodes(void);
 void mtpDextUnholdNodes(void);
-/* The kind (MTPDEXT_NODE_…) of the record at this address when the engine knows it: 0; else 0x10000004. Never follows
- * the address. */
+/* The kind (MTPDEXT_NODE_…) of the record at this address when the engine knows it: 0; else 0x10000004, or 0x12000001
+ * for the device record of a phone that is gone. Never follows the address. */
 uint32_t mtpDextGetNodeKind(const void* address, int32_t* kind);
 
 #ifdef __cplusplus

@@ -1,0 +1,275 @@
+#include "TessalyMTPSdk/Device.h"
+
+#include "TessalyMTPSdk/Logging.h"
+
+namespace mtp {
+
+namespace {
+
+constexpr std::uint32_t MicrosoftExtension = 6; // VendorExtensionID of MTP
+constexpr std::size_t MaxStorages = 64;
+
+/// A storage ID whose lower half is 0 is a slot without a medium.
+bool isStorage(std::uint32_t id) {
+  return (id & 0xFFFF) != 0 && id != 0xFFFFFFFF;
+}
+
+bool speaksMtp(const DeviceInfo& info) {
+  return info.vendorExtensionId == MicrosoftExtension ||
+         info.vendorExtensionDescription.find(u"microsoft.com") != std::u16string::npos ||
+         info.supports(Operation::GetObjectPropsSupported);
+}
+
+/// Names are handed out as terminated text: they end at a zero unit.
+std::u16string untilZero(std::u16string text) {
+  if (const auto zero = text.find(u'\0'); zero != std::u16string::npos)
+    text.resize(zero);
+  return text;
+}
+
+std::u16string firstNotEmpty(std::initializer_list<std::u16string> texts) {
+  for (const std::u16string& text : texts) {
+    if (!text.empty())
+      return text;
+  }
+  return {};
+}
+
+void logSilence(Status status, const std::string& phone) {
+  if (status == DGSTATUS_NO_DEVICE_ATTACHED)
+    log(LogLevel::Warning, "%s was unplugged while it was being opened", phone.c_str());
+  else
+    log(LogLevel::Warning,
+        "%s could not be opened (status 0x%08x): unlock the phone, or unplug it and plug it in again", phone.c_str(),
+        status);
+}
+
+} // namespace
+
+std::shared_ptr<Device> Device::open(const DeviceCandidate& candidate, NodeRegistry& registry, EventThread& events,
+                                     const TimeLimits& limits, Node* node) {
+  const std::string phone = candidate.description.empty() ? "the phone" : candidate.description;
+  OpenResult result = candidate.open ? candidate.open() : OpenResult{nullptr, OpenFailure::Other, "cannot be opened"};
+  if (!result.transport) {
+    log(LogLevel::Warning, "%s: %s", phone.c_str(), result.explanation.c_str());
+    return nullptr;
+  }
+  std::shared_ptr<Device> device(new Device(std::move(result.transport), candidate, registry, limits, node));
+  const Status status = device->connect(events);
+  if (status == DGSTATUS_NOT_SUPPORT_OP) {
+    log(LogLevel::Warning, "%s speaks PTP only: choose \"File transfer\" in its USB settings", phone.c_str());
+    return nullptr;
+  }
+  if (status != DGSTATUS_SUCCESS) {
+    logSilence(status, phone);
+    return nullptr;
+  }
+  log(LogLevel::Info, "%s is open", phone.c_str());
+  return device;
+}
+
+Device::Device(std::unique_ptr<Transport> transport, const DeviceCandidate& candidate, NodeRegistry& registry,
+               const TimeLimits& limits, Node* node)
+    : m_registry(registry)
+    , m_node(node)
+    , m_attachment(candidate.attachment)
+    , m_locationId(candidate.locationId)
+    , m_session(std::move(transport), limits)
+    , m_store(registry, *this) {}
+
+Device::~Device() {
+  m_session.close();
+  const std::lock_guard lock(m_registry.mutex);
+  m_store.close();
+}
+
+Status Device::connect(EventThread& events) {
+  m_session.onReopened([this] {
+    log(LogLevel::Info, "the phone started a new session; everything is listed anew");
+    const std::lock_guard lock(m_registry.mutex);
+    m_store.retireObjects();
+  });
+  const auto onEvent = [weak = weak_from_this(), node = m_node, &events](Bytes bytes) {
+    if (const auto event = parseEvent(bytes))
+      events.post(weak, node, *event);
+  };
+  if (const Status status = m_session.open(onEvent); status != DGSTATUS_SUCCESS)
+    return status;
+  std::vector<std::byte> dataset;
+  if (const Reply reply = m_session.receive(Operation::GetDeviceInfo, {}, dataset); !reply.ok())
+    return reply.status;
+  auto info = parseDeviceInfo(dataset);
+  if (!info)
+    return DGSTATUS_INTERNAL_SIZE_MISMATCH;
+  if (!speaksMtp(*info))
+    return DGSTATUS_NOT_SUPPORT_OP;
+  m_info = std::move(*info);
+  m_modelName = firstNotEmpty({untilZero(m_info.model), untilZero(m_info.manufacturer), u"Phone"});
+  m_lister.emplace(m_session, m_info);
+  return DGSTATUS_SUCCESS;
+}
+
+std::u16string Device::friendlyName() {
+  {
+    const std::lock_guard lock(m_registry.mutex);
+    if (m_friendlyName)
+      return *m_friendlyName;
+  }
+  std::u16string name;
+  bool answered = true;
+  if (m_info.supports(Operation::GetDevicePropValue) && m_info.supports(Property::DeviceFriendlyName)) {
+    std::vector<std::byte> value;
+    const Reply reply = m_session.receive(Operation::GetDevicePropValue,
+                                          {static_cast<std::uint32_t>(Property::DeviceFriendlyName)}, value);
+    answered = reply.code != Response();
+    if (reply.ok())
+      name = untilZero(parseTextValue(value).value_or(u""));
+  }
+  if (name.empty())
+    name = m_modelName;
+  const std::lock_guard lock(m_registry.mutex);
+  if (answered)
+    m_friendlyName = name;
+  return name;
+}
+
+Status Device::firstStorage(Node*& head) {
+  std::vector<std::byte> dataset;
+  if (const Reply reply = m_session.receive(Operation::GetStorageIDs, {}, dataset); !reply.ok())
+    return reply.status;
+  const auto ids = parseIds(dataset);
+  if (!ids)
+    return DGSTATUS_INTERNAL_SIZE_MISMATCH;
+  Status status = DGSTATUS_NO_STORAGE_ATTACHED;
+  const std::vector<ListedStorage> storages = readStorages(*ids, status);
+  if (status != DGSTATUS_SUCCESS && status != DGSTATUS_NO_STORAGE_ATTACHED)
+    return status;
+  if (storages.empty())
+    log(LogLevel::Warning,
+        "the phone shows no storage: it is locked or only charging; unlock the phone and choose \"File transfer\"");
+
+  const std::lock_guard lock(m_registry.mutex);
+  if (isGone())
+    return DGSTATUS_NO_DEVICE_ATTACHED;
+  m_store.setStorages(storages);
+  head = m_store.firstStorage();
+  return head ? DGSTATUS_SUCCESS : DGSTATUS_NO_STORAGE_ATTACHED;
+}
+
+/// `status` stays as it is without any storage; it is the last failure when none of them could be read.
+std::vector<ListedStorage> Device::readStorages(const std::vector<std::uint32_t>& ids, Status& status) {
+  std::vector<ListedStorage> storages;
+  for (const std::uint32_t id : ids) {
+    if (!isStorage(id) || storages.size() >= MaxStorages)
+      continue;
+    std::vector<std::byte> dataset;
+    const Reply reply = m_session.receive(Operation::GetStorageInfo, {id}, dataset);
+    auto info = parseStorageInfo(dataset);
+    if (!reply.ok() || !info) {
+      const Status failure = reply.ok() ? DGSTATUS_INTERNAL_SIZE_MISMATCH : reply.status;
+      log(LogLevel::Warning, "storage 0x%08x cannot be read: status 0x%08x", id, failure);
+      if (m_session.isGone() || m_session.isDead() || failure == DGSTATUS_INTERNAL_DEVICE_NOT_RESPONSE) {
+        status = failure;
+        return {};
+      }
+      if (storages.empty())
+        status = failure;
+      continue;
+    }
+    info->description = firstNotEmpty({untilZero(info->description), untilZero(info->volumeIdentifier), u"Storage"});
+    info->volumeIdentifier = untilZero(info->volumeIdentifier);
+    storages.push_back({id, std::move(*info)});
+    status = DGSTATUS_SUCCESS;
+  }
+  return storages;
+}
+
+Status Device::fetch(const std::shared_ptr<Listing>& listing, std::unique_lock<std::mutex>& lock) {
+  if (!listing->known)
+    return DGSTATUS_NODE_IS_NOT_EXISTED;
+  if (listing->cached && !listing->stale)
+    return DGSTATUS_SUCCESS;
+  if (listing->fetching) {
+    const std::uint64_t before = listing->fetches;
+    m_fetched.wait(lock, [&] { return listing->fetches != before; }); // ends: every transaction of the fetch does
+    return listing->known ? listing->lastFetch : DGSTATUS_NODE_IS_NOT_EXISTED;
+  }
+
+  listing->fetching = true;
+  const std::uint64_t changes = listing->changes;
+  Status status = DGSTATUS_INSUFFICIENT_RESOURCE; // unless it is reached
+  try {
+    lock.unlock();
+    ListedFolder folder;
+    status = m_lister->list(
+        listing->storage, listing->parent,
+        [&] {
+          const std::lock_guard check(m_registry.mutex);
+          return listing->known;
+        },
+        folder);
+    lock.lock();
+    if (!listing->known)
+      status = isGone() ? DGSTATUS_NO_DEVICE_ATTACHED : DGSTATUS_NODE_IS_NOT_EXISTED;
+    if (status == DGSTATUS_SUCCESS) {
+      m_store.apply(*listing, folder);
+      listing->stale = listing->changes != changes;
+    }
+  } catch (const std::bad_alloc&) {
+    status = DGSTATUS_INSUFFICIENT_RESOURCE;
+    if (!lock.owns_lock())
+      lock.lock();
+  }
+  listing->fetching = false;
+  listing->lastFetch = status;
+  ++listing->fetches;
+  m_fetched.notify_all();
+  if (status != DGSTATUS_SUCCESS)
+    log(LogLevel::Warning, "a folder could not be listed: status 0x%08x", status);
+  return status;
+}
+
+bool Device::exists(const Node& node, std::unique_lock<std::mutex>& lock) {
+  const std::uint32_t id = node.common.nodeId;
+  const bool storage = node.kind == MTPDEXT_NODE_STORAGE;
+  if (!storage && node.listing->cached && !node.listing->stale)
+    return true;
+  lock.unlock();
+  std::vector<std::byte> dataset;
+  const Reply reply = m_session.receive(storage ? Operation::GetStorageInfo : Operation::GetObjectInfo, {id}, dataset);
+  lock.lock();
+  return reply.ok();
+}
+
+void Device::handleEvent(const EventContainer* event) {
+  const std::lock_guard lock(m_registry.mutex);
+  if (!event) {
+    m_store.markAllStale();
+    return;
+  }
+  const std::uint32_t parameter = event->parameters[0];
+  switch (static_cast<Event>(event->code)) {
+  case Event::ObjectRemoved:
+    if (!m_store.retireObject(parameter))
+      m_store.markAllStale();
+    break;
+  case Event::ObjectInfoChanged:
+    if (!m_store.markStale(parameter))
+      m_store.markAllStale();
+    break;
+  case Event::StoreRemoved:
+    m_store.retireStorage(parameter);
+    break;
+  case Event::ObjectAdded:
+    // Where it was added only the phone knows, and some responders name a wrong object.
+  case Event::StoreAdded:
+  case Event::DeviceReset:
+  case Event::UnreportedStatus:
+    m_store.markAllStale();
+    break;
+  default:
+    break;
+  }
+}
+
+} // namespace mtp

@@ -1,0 +1,226 @@
+#include "TessalyMTPSdk/Engine.h"
+
+#include "TessalyMTPSdk/Counting.h"
+#include "TessalyMTPSdk/EngineState.h"
+#include "TessalyMTPSdk/Logging.h"
+#include "TessalyMTPSdk/UsbProvider.h"
+
+#include <algorithm>
+
+namespace mtp {
+
+namespace {
+
+std::atomic<std::uint64_t> transactions = 0; // written by all transacting threads, read by counters()
+
+} // namespace
+
+void countTransaction() {
+  transactions.fetch_add(1, std::memory_order_relaxed);
+}
+
+EngineState& EngineState::instance() {
+  static EngineState& engine = *new EngineState;
+  return engine;
+}
+
+EngineState::EngineState()
+    : m_events([](Device& device, const EventContainer* event) { device.handleEvent(event); }) {}
+
+EngineState::Access::Access(EngineState& engine)
+    : m_engine(engine)
+    , m_lock(engine.m_registry.mutex) {
+  m_gone = engine.takeOut([](const Attached& attached) { return attached.device->isGone(); });
+}
+
+EngineState::Access::~Access() {
+  if (m_lock.owns_lock())
+    m_lock.unlock();
+}
+
+Node* EngineState::Access::find(const void* address, std::initializer_list<std::int32_t> kinds) const {
+  Node* node = m_engine.m_registry.find(address);
+  return node && std::ranges::find(kinds, node->kind) != kinds.end() ? node : nullptr;
+}
+
+std::shared_ptr<Device> EngineState::Access::device(const void* address) const {
+  const auto found = std::ranges::find_if(m_engine.m_devices, [&](const Attached& attached) {
+    return static_cast<const void*>(attached.device->node()) == address;
+  });
+  return found != m_engine.m_devices.end() ? found->device : nullptr;
+}
+
+std::shared_ptr<Device> EngineState::Access::deviceAfter(const Device& device) const {
+  auto found = std::ranges::find_if(m_engine.m_devices,
+                                    [&](const Attached& attached) { return attached.device.get() == &device; });
+  if (found == m_engine.m_devices.end() || ++found == m_engine.m_devices.end())
+    return nullptr;
+  return found->device;
+}
+
+Status EngineState::connect(std::shared_ptr<Device>& first) {
+  start();
+  const std::lock_guard connecting(m_connecting);
+  // A phone that stopped answering may answer a new session.
+  closeDevices([](const Attached& attached) { return attached.device->isGone() || attached.device->isDead(); });
+  bool failed = false;
+  for (const Source& source : candidates()) {
+    if (!isOpen(source) && !open(source))
+      failed = true;
+  }
+  const Access access(*this);
+  if (!m_devices.empty()) {
+    first = m_devices.front().device;
+    return DGSTATUS_SUCCESS;
+  }
+  return failed ? DGSTATUS_DEVICE_OPEN_FAILED : DGSTATUS_NO_DEVICE_ATTACHED;
+}
+
+std::vector<EngineState::Source> EngineState::candidates() {
+  std::vector<std::shared_ptr<DeviceProvider>> providers;
+  {
+    const std::lock_guard lock(m_settings);
+    if (m_usbEnabled && !m_usb)
+      m_usb = makeUsbProvider();
+    if (m_usbEnabled)
+      providers.push_back(m_usb);
+    providers.insert(providers.end(), m_providers.begin(), m_providers.end());
+  }
+  std::vector<Source> sources;
+  for (const auto& provider : providers) {
+    for (DeviceCandidate& candidate : provider->list())
+      sources.push_back({provider, std::move(candidate)});
+  }
+  return sources;
+}
+
+bool EngineState::isOpen(const Source& source) {
+  const Access access(*this);
+  return std::ranges::any_of(m_devices, [&](const Attached& attached) {
+    return attached.provider == source.provider && attached.device->attachment() == source.candidate.attachment &&
+           attached.device->locationId() == source.candidate.locationId;
+  });
+}
+
+/// False: it cannot be opened now; the next call tries again.
+bool EngineState::open(const Source& source) {
+  TimeLimits limits;
+  {
+    const std::lock_guard lock(m_settings);
+    limits = m_limits;
+  }
+  Node* node = nullptr;
+  {
+    const std::lock_guard lock(m_registry.mutex);
+    m_deviceRecords.reserve(m_deviceRecords.size() + 1);
+    m_devices.reserve(m_devices.size() + 1);
+    node = m_registry.create(m_deviceNodes, MTPDEXT_NODE_DEVICE, 0, nullptr);
+    node->common.locationId = source.candidate.locationId;
+  }
+  std::shared_ptr<Device> device;
+  try {
+    device = Device::open(source.candidate, m_registry, m_events, limits, node);
+  } catch (const std::exception& error) {
+    log(LogLevel::Warning, "opening a phone failed: %s", error.what());
+  }
+  const std::lock_guard lock(m_registry.mutex);
+  if (!device) {
+    m_registry.retire(node);
+    return false;
+  }
+  m_deviceRecords.push_back(node);
+  m_devices.push_back({std::move(device), source.provider});
+  return true;
+}
+
+/// Takes phones off the list and retires what is known of them. Their own records stay known, as gone. Wants
+/// NodeRegistry::mutex; what is returned must be let go without it.
+std::vector<std::shared_ptr<Device>> EngineState::takeOut(const std::function<bool(const Attached&)>& which) {
+  std::vector<std::shared_ptr<Device>> out;
+  for (auto attached = m_devices.begin(); attached != m_devices.end();) {
+    if (!which(*attached)) {
+      ++attached;
+      continue;
+    }
+    out.push_back(attached->device);
+    attached->device->store().close();
+    attached = m_devices.erase(attached);
+  }
+  return out;
+}
+
+void EngineState::closeDevices(const std::function<bool(const Attached&)>& which) {
+  std::vector<std::shared_ptr<Device>> out;
+  {
+    const std::lock_guard lock(m_registry.mutex);
+    out = takeOut(which);
+  }
+  for (const auto& device : out)
+    device->close();
+}
+
+void EngineState::addProvider(std::shared_ptr<DeviceProvider> provider) {
+  const std::lock_guard lock(m_settings);
+  if (provider && std::ranges::find(m_providers, provider) == m_providers.end())
+    m_providers.push_back(std::move(provider));
+}
+
+void EngineState::removeProvider(const std::shared_ptr<DeviceProvider>& provider) {
+  {
+    const std::lock_guard lock(m_settings);
+    std::erase(m_providers, provider);
+  }
+  closeDevices([&](const Attached& attached) { return attached.provider == provider; });
+}
+
+void EngineState::setUsbEnabled(bool enabled) {
+  const std::lock_guard lock(m_settings);
+  m_usbEnabled = enabled;
+}
+
+void EngineState::setTimeLimits(const TimeLimits& limits) {
+  const std::lock_guard lock(m_settings);
+  m_limits = limits;
+}
+
+void EngineState::shutdown() {
+  {
+    const std::lock_guard lock(m_settings);
+    m_providers.clear();
+    m_usb = nullptr;
+  }
+  const auto all = [](const Attached&) { return true; };
+  closeDevices(all);
+  {
+    const std::lock_guard connecting(m_connecting); // a phone just being opened
+    closeDevices(all);
+  }
+  m_events.stop();
+  const std::lock_guard lock(m_registry.mutex);
+  for (Node* node : m_deviceRecords)
+    m_registry.retire(node);
+  m_deviceRecords.clear();
+  m_registry.close(m_deviceNodes);
+}
+
+void addProvider(std::shared_ptr<DeviceProvider> provider) {
+  EngineState::instance().addProvider(std::move(provider));
+}
+
+void removeProvider(const std::shared_ptr<DeviceProvider>& provider) {
+  EngineState::instance().removeProvider(provider);
+}
+
+void setUsbEnabled(bool enabled) {
+  EngineState::instance().setUsbEnabled(enabled);
+}
+
+Counters counters() {
+  return {transactions.load(std::memory_order_relaxed)};
+}
+
+void shutdown() {
+  EngineState::instance().shutdown();
+}
+
+} // namespace mtp

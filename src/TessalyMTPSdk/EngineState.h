@@ -1,0 +1,81 @@
+#pragma once
+// The one engine of the process: providers, open phones, records. The C interface stands on it.
+#include "TessalyMTPSdk/Device.h"
+#include "TessalyMTPSdk/Engine.h"
+
+#include <functional>
+#include <initializer_list>
+#include <vector>
+
+namespace mtp {
+
+class EngineState {
+public:
+  /// Never destroyed: callers' threads may outlive main().
+  static EngineState& instance();
+
+  NodeRegistry& registry() { return m_registry; }
+  EventThread& events() { return m_events; }
+
+  /// Holds NodeRegistry::mutex. Phones that were unplugged are taken out first, so that under it every known record
+  /// belongs to an attached phone.
+  class Access {
+  public:
+    explicit Access(EngineState& engine);
+    ~Access();
+    std::unique_lock<std::mutex>& lock() { return m_lock; }
+    /// The known record at an address, when it is of one of the kinds; null otherwise.
+    Node* find(const void* address, std::initializer_list<std::int32_t> kinds) const;
+    /// The attached phone with this record; null when it is gone or the record is none.
+    std::shared_ptr<Device> device(const void* address) const;
+    /// The attached phone after this one.
+    std::shared_ptr<Device> deviceAfter(const Device& device) const;
+
+  private:
+    EngineState& m_engine;
+    std::vector<std::shared_ptr<Device>> m_gone; // destroyed after the lock is given back
+    std::unique_lock<std::mutex> m_lock;
+  };
+
+  void start() { m_events.start(); }
+  /// Looks for phones and opens those not open yet. Blocks. 0, or why there is none.
+  Status connect(std::shared_ptr<Device>& first);
+
+  void addProvider(std::shared_ptr<DeviceProvider> provider);
+  void removeProvider(const std::shared_ptr<DeviceProvider>& provider);
+  void setUsbEnabled(bool enabled);
+  void setTimeLimits(const TimeLimits& limits); // of phones opened from now on
+  void shutdown();
+
+private:
+  EngineState();
+
+  struct Attached {
+    std::shared_ptr<Device> device;
+    std::shared_ptr<DeviceProvider> provider;
+  };
+  struct Source {
+    std::shared_ptr<DeviceProvider> provider;
+    DeviceCandidate candidate;
+  };
+
+  std::vector<Source> candidates();
+  bool isOpen(const Source& source);
+  bool open(const Source& source);
+  std::vector<std::shared_ptr<Device>> takeOut(const std::function<bool(const Attached&)>& which);
+  void closeDevices(const std::function<bool(const Attached&)>& which);
+
+  NodeRegistry m_registry;
+  NodeRegistry::Arena m_deviceNodes;  // guarded by NodeRegistry::mutex
+  std::vector<Node*> m_deviceRecords; // likewise; of all phones ever opened
+  std::vector<Attached> m_devices;    // likewise; of the attached ones
+  std::mutex m_connecting;            // one thread at a time looks for phones
+  std::mutex m_settings;              // guards all below
+  std::vector<std::shared_ptr<DeviceProvider>> m_providers;
+  std::shared_ptr<DeviceProvider> m_usb; // made when first needed
+  bool m_usbEnabled = true;
+  TimeLimits m_limits;
+  EventThread m_events;
+};
+
+} // namespace mtp

@@ -1,0 +1,69 @@
+#pragma once
+// The engine's event thread: takes what phones report off their transports' threads, keeps the object stores right, and
+// calls whoever registered.
+#include "TessalyMTPSdk/TessalyMTPSdk.h"
+#include "TessalyMTPSdk/Wire.h"
+
+#include <condition_variable>
+#include <deque>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <thread>
+#include <unordered_map>
+
+namespace mtp {
+
+class Device;
+
+/// Any thread may call all functions; none blocks, except as said. Callbacks never run at the same time.
+class EventThread {
+public:
+  /// Called on the event thread for each event, before the registered callback. No event: some were lost.
+  using Handler = std::function<void(Device& device, const EventContainer* event)>;
+
+  explicit EventThread(Handler handler);
+  ~EventThread();
+
+  /// Starts the thread if it does not run. Events wait until then.
+  void start();
+  /// Ends the thread and forgets waiting events and callbacks. Waits for a running callback, unless called by it.
+  void stop();
+
+  /// An event of the device whose record is `node`. The device need not live until it is handled.
+  void post(std::weak_ptr<Device> device, const void* node, const EventContainer& event);
+
+  /// Sets the callback for a device's record; null: none. Waits for a running call of the callback replaced, unless
+  /// called by it.
+  void setCallback(const void* node, mtpDextEventCallback callback, void* context);
+
+private:
+  // A phone that reports faster than its events are handled: beyond this they are dropped and all that is known of the
+  // phone's folders counts as changed.
+  static constexpr std::size_t MaxWaiting = 4096;
+
+  struct Event {
+    std::weak_ptr<Device> device;
+    const void* node;
+    EventContainer event;
+    bool someLost;
+  };
+  struct Callback {
+    mtpDextEventCallback function = nullptr;
+    void* context = nullptr;
+  };
+
+  void run();
+
+  const Handler m_handler;
+  std::mutex m_mutex; // guards all below
+  std::condition_variable m_wake;
+  std::condition_variable m_called;
+  std::deque<Event> m_waiting;
+  std::unordered_map<const void*, Callback> m_callbacks; // by device record
+  const void* m_calling = nullptr;                       // the record whose callback runs
+  bool m_quit = false;
+  std::thread m_thread;
+};
+
+} // namespace mtp

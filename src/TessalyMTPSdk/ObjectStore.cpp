@@ -1,0 +1,342 @@
+#include "TessalyMTPSdk/ObjectStore.h"
+
+#include <algorithm>
+
+namespace mtp {
+
+namespace {
+
+/// The last unit of `text` becomes the terminating zero.
+MTPDEXT_CHAR16* putTerminated(MTPDEXT_CHAR16* text, std::u16string_view value) {
+  std::ranges::copy(value, text);
+  text[value.size()] = u'\0';
+  return text + value.size() + 1;
+}
+
+std::u16string_view nameOf(const Node& node) {
+  return node.kind == MTPDEXT_NODE_FOLDER ? std::u16string_view(node.folder.name, node.folder.nameSize - 1)
+                                          : std::u16string_view(node.file.name, node.file.nameSize - 1);
+}
+
+/// Whether a fresh record of the object would say just what this one says.
+bool says(const Node& node, const ListedFolder& folder, const ListedObject& object) {
+  if ((node.kind == MTPDEXT_NODE_FOLDER) != object.folder || nameOf(node) != folder.name(object))
+    return false;
+  return object.folder || (node.file.fileLength == object.size &&
+                           std::u16string_view(node.file.date, node.file.dateLength) == folder.date(object));
+}
+
+bool says(const Node& node, const ListedStorage& storage) {
+  const _MTP_STORAGE_NODE& record = node.storage;
+  return record.totalCapacity == storage.info.maxCapacity && record.freeSpace == storage.info.freeSpace &&
+         std::u16string_view(record.name, record.nameLength - 1) == storage.info.description &&
+         std::u16string_view(record.volume, record.volumeLength - 1) == storage.info.volumeIdentifier;
+}
+
+Node* findHandle(const Listing& listing, std::uint32_t handle) {
+  const auto found = std::ranges::lower_bound(listing.byHandle, handle, {}, &Listing::Entry::handle);
+  return found != listing.byHandle.end() && found->handle == handle ? found->node : nullptr;
+}
+
+Node*& headOf(Listing& listing, const Node& node) {
+  return node.kind == MTPDEXT_NODE_FOLDER ? listing.firstFolder : listing.firstFile;
+}
+
+} // namespace
+
+ObjectStore::ObjectStore(NodeRegistry& registry, Device& device)
+    : m_registry(registry)
+    , m_device(device) {}
+
+void ObjectStore::setStorages(const std::vector<ListedStorage>& storages) {
+  if (m_closed)
+    return;
+  std::vector<Storage> now;
+  for (const ListedStorage& listed : storages) {
+    if (std::ranges::find(now, listed.id, &Storage::id) != now.end())
+      continue;
+    Storage storage;
+    const auto before = std::ranges::find(m_storages, listed.id, &Storage::id);
+    if (before != m_storages.end()) {
+      storage = *before;
+    } else {
+      storage.id = listed.id;
+      storage.topLevel = std::make_shared<Listing>();
+      storage.topLevel->device = &m_device;
+      storage.topLevel->storage = listed.id;
+    }
+    now.push_back(std::move(storage));
+  }
+  for (Storage& before : m_storages) {
+    if (std::ranges::find(now, before.id, &Storage::id) == now.end())
+      retire(before);
+  }
+  m_storages = std::move(now);
+  for (Storage& storage : m_storages) {
+    const ListedStorage& listed = *std::ranges::find(storages, storage.id, &ListedStorage::id);
+    if (!storage.nodes.empty() && says(*storage.nodes.back(), listed))
+      continue;
+    storage.nodes.reserve(storage.nodes.size() + 1);
+    Node* node = createStorage(listed);
+    node->listing = storage.topLevel.get();
+    storage.nodes.push_back(node);
+  }
+}
+
+Node* ObjectStore::firstStorage() const {
+  return m_storages.empty() || m_storages.front().nodes.empty() ? nullptr : m_storages.front().nodes.back();
+}
+
+Node* ObjectStore::storageAfter(const Node& storage) const {
+  auto found = std::ranges::find(m_storages, storage.listing->storage, &Storage::id);
+  if (found == m_storages.end() || ++found == m_storages.end() || found->nodes.empty())
+    return nullptr;
+  return found->nodes.back();
+}
+
+std::shared_ptr<Listing> ObjectStore::listingOf(Node& parent) {
+  if (parent.kind == MTPDEXT_NODE_STORAGE) {
+    const auto found = std::ranges::find(m_storages, parent.listing->storage, &Storage::id);
+    return found != m_storages.end() ? found->topLevel : nullptr;
+  }
+  std::shared_ptr<Listing>& listing = m_folders[&parent];
+  if (!listing) {
+    listing = std::make_shared<Listing>();
+    listing->device = &m_device;
+    listing->storage = parent.listing->storage;
+    listing->parent = parent.common.nodeId;
+    listing->parentNode = &parent;
+  }
+  return listing;
+}
+
+void ObjectStore::apply(Listing& listing, const ListedFolder& folder) {
+  // Everything that can fail comes first. A new record has no listing yet.
+  std::vector<Node*> order;
+  std::vector<Listing::Entry> byHandle;
+  order.reserve(folder.objects.size());
+  byHandle.reserve(folder.objects.size());
+  try {
+    for (const ListedObject& object : folder.objects) {
+      Node* node = findHandle(listing, object.handle);
+      if (!node || !says(*node, folder, object))
+        node = createObject(folder, object);
+      order.push_back(node);
+      byHandle.push_back({object.handle, node});
+    }
+  } catch (...) {
+    for (Node* node : order) {
+      if (!node->listing)
+        m_registry.retire(node);
+    }
+    throw;
+  }
+  if (!std::ranges::is_sorted(byHandle, {}, &Listing::Entry::handle))
+    std::ranges::sort(byHandle, {}, &Listing::Entry::handle);
+
+  Listing* toRetire = nullptr;
+  auto now = byHandle.begin();
+  for (const Listing::Entry& before : listing.byHandle) { // both ascend
+    while (now != byHandle.end() && now->handle < before.handle)
+      ++now;
+    const bool kept = now != byHandle.end() && now->node == before.node;
+    if (before.node && !kept)
+      retireNode(*before.node, toRetire);
+  }
+  listing.byHandle = std::move(byHandle);
+  listing.firstFolder = listing.firstFile = nullptr;
+  Node* lastFolder = nullptr;
+  Node* lastFile = nullptr;
+  for (Node* node : order) {
+    Node*& last = node->kind == MTPDEXT_NODE_FOLDER ? lastFolder : lastFile;
+    node->listing = &listing;
+    node->previous = last;
+    node->next = nullptr;
+    (last ? last->next : headOf(listing, *node)) = node;
+    last = node;
+  }
+  listing.cached = true;
+  while (toRetire) {
+    Listing* next = toRetire->nextToRetire;
+    retireListing(*toRetire);
+    toRetire = next;
+  }
+}
+
+Node* ObjectStore::createStorage(const ListedStorage& storage) {
+  const StorageInfo& info = storage.info;
+  MTPDEXT_CHAR16* text = nullptr;
+  Node* node = m_registry.create(m_arena, MTPDEXT_NODE_STORAGE,
+                                 info.description.size() + 1 + info.volumeIdentifier.size() + 1, &text);
+  _MTP_STORAGE_NODE& record = node->storage;
+  record.common.nodeId = storage.id;
+  record.name = text;
+  record.nameLength = static_cast<std::uint32_t>(info.description.size() + 1);
+  record.volume = putTerminated(text, info.description);
+  record.volumeLength = static_cast<std::uint32_t>(info.volumeIdentifier.size() + 1);
+  putTerminated(text + record.nameLength, info.volumeIdentifier);
+  record.totalCapacity = info.maxCapacity;
+  record.freeSpace = info.freeSpace;
+  return node;
+}
+
+Node* ObjectStore::createObject(const ListedFolder& folder, const ListedObject& object) {
+  const std::u16string_view name = folder.name(object);
+  const std::u16string_view date = object.folder ? std::u16string_view() : folder.date(object);
+  MTPDEXT_CHAR16* text = nullptr;
+  Node* node = m_registry.create(m_arena, object.folder ? MTPDEXT_NODE_FOLDER : MTPDEXT_NODE_FILE,
+                                 name.size() + 1 + date.size(), &text);
+  node->common.nodeId = object.handle;
+  MTPDEXT_CHAR16* afterName = putTerminated(text, name);
+  const auto nameSize = static_cast<std::uint32_t>(name.size() + 1);
+  if (object.folder) {
+    node->folder.name = text;
+    node->folder.nameSize = nameSize;
+    return node;
+  }
+  node->file.fileLength = object.size;
+  node->file.name = text;
+  node->file.nameSize = nameSize;
+  if (!date.empty()) {
+    std::ranges::copy(date, afterName);
+    node->file.date = afterName;
+    node->file.dateLength = static_cast<std::uint32_t>(date.size());
+  }
+  return node;
+}
+
+void ObjectStore::retireObjects() {
+  for (Storage& storage : m_storages)
+    retireContents(*storage.topLevel);
+}
+
+void ObjectStore::retireStorages() {
+  for (Storage& storage : m_storages)
+    retire(storage);
+  m_storages.clear();
+}
+
+void ObjectStore::close() {
+  retireStorages();
+  m_registry.close(m_arena);
+  m_closed = true;
+}
+
+void ObjectStore::retireStorage(std::uint32_t id) {
+  const auto found = std::ranges::find(m_storages, id, &Storage::id);
+  if (found == m_storages.end())
+    return;
+  retire(*found);
+  m_storages.erase(found);
+}
+
+bool ObjectStore::retireObject(std::uint32_t handle) {
+  bool known = false;
+  Listing* toRetire = nullptr;
+  forEachListing([&](Listing& listing) {
+    const auto found = std::ranges::lower_bound(listing.byHandle, handle, {}, &Listing::Entry::handle);
+    if (found == listing.byHandle.end() || found->handle != handle || !found->node)
+      return;
+    known = true;
+    markStale(listing);
+    Node& node = *found->node;
+    (node.previous ? node.previous->next : headOf(listing, node)) = node.next;
+    if (node.next)
+      node.next->previous = node.previous;
+    found->node = nullptr;
+    // Its own listing leaves the map only below: the map is being walked.
+    const auto own = m_folders.find(&node);
+    if (own != m_folders.end()) {
+      own->second->nextToRetire = toRetire;
+      toRetire = own->second.get();
+    }
+    m_registry.retire(&node);
+  });
+  while (toRetire) {
+    Listing* next = toRetire->nextToRetire;
+    const std::shared_ptr<Listing> listing = m_folders.find(toRetire->parentNode)->second;
+    retireListing(*listing);
+    toRetire = next;
+  }
+  return known;
+}
+
+void ObjectStore::markAllStale() {
+  forEachListing([](Listing& listing) { markStale(listing); });
+}
+
+bool ObjectStore::markStale(std::uint32_t handle) {
+  bool known = false;
+  forEachListing([&](Listing& listing) {
+    if (!findHandle(listing, handle))
+      return;
+    markStale(listing);
+    known = true;
+  });
+  return known;
+}
+
+void ObjectStore::markStale(Listing& listing) {
+  listing.stale = true;
+  ++listing.changes;
+}
+
+void ObjectStore::retire(Storage& storage) {
+  retireContents(*storage.topLevel);
+  storage.topLevel->known = false;
+  for (Node* node : storage.nodes)
+    m_registry.retire(node);
+  storage.nodes.clear();
+}
+
+/// The listing of a folder whose own record is retired.
+void ObjectStore::retireListing(Listing& listing) {
+  const std::shared_ptr<Listing> alive = m_folders.extract(listing.parentNode).mapped();
+  retireContents(listing);
+  listing.known = false;
+  listing.parentNode = nullptr;
+}
+
+/// Retires everything below. In a loop, not by recursion: how deep a tree is, the phone decides.
+void ObjectStore::retireContents(Listing& listing) {
+  Listing* toRetire = nullptr;
+  Listing* current = &listing;
+  std::shared_ptr<Listing> alive;
+  for (;;) {
+    for (const Listing::Entry& entry : current->byHandle) {
+      if (entry.node)
+        retireNode(*entry.node, toRetire);
+    }
+    current->byHandle = {};
+    current->firstFolder = current->firstFile = nullptr;
+    current->cached = false;
+    markStale(*current);
+    if (current != &listing)
+      current->known = false;
+    if (!toRetire)
+      return;
+    current = toRetire;
+    toRetire = current->nextToRetire;
+    alive = m_folders.extract(current->parentNode).mapped(); // also when a fetch of it is on its way
+    current->parentNode = nullptr;
+  }
+}
+
+/// Retires the record; its own listing, if it has one, is put before `toRetire`.
+void ObjectStore::retireNode(Node& node, Listing*& toRetire) {
+  const auto own = node.kind == MTPDEXT_NODE_FOLDER ? m_folders.find(&node) : m_folders.end();
+  if (own != m_folders.end()) {
+    own->second->nextToRetire = toRetire;
+    toRetire = own->second.get();
+  }
+  m_registry.retire(&node);
+}
+
+template <typename Use> void ObjectStore::forEachListing(Use use) {
+  for (Storage& storage : m_storages)
+    use(*storage.topLevel);
+  for (auto& [node, listing] : m_folders)
+    use(*listing);
+}
+
+} // namespace mtp

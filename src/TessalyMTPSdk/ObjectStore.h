@@ -1,0 +1,105 @@
+#pragma once
+// What is known of one phone's storages, folders and files: node records in lists as the phone gave them. Pure memory;
+// makes no transactions. Every function wants NodeRegistry::mutex held.
+#include "TessalyMTPSdk/FolderLister.h"
+#include "TessalyMTPSdk/NodeRegistry.h"
+#include "TessalyMTPSdk/StatusCodes.h"
+#include "TessalyMTPSdk/Wire.h"
+
+#include <condition_variable>
+#include <memory>
+
+namespace mtp {
+
+class Device;
+
+/// What stands directly in a folder or at a storage's top level. Guarded by NodeRegistry::mutex.
+struct Listing {
+  Device* device = nullptr;  // lives as long as any known record of it
+  std::uint32_t storage = 0; // storage ID
+  std::uint32_t parent = FolderLister::TopLevel;
+  Node* parentNode = nullptr; // the folder; null at a storage's top level
+
+  bool known = true;         // false: its folder or storage has been retired
+  bool cached = false;       // the lists below hold what the phone told
+  bool stale = false;        // the phone has reported a change since
+  std::uint64_t changes = 0; // how often
+
+  // A fetch on its way; others who want the listing wait for it.
+  bool fetching = false;
+  std::uint64_t fetches = 0; // finished ones
+  Status lastFetch = DGSTATUS_SUCCESS;
+
+  Node* firstFolder = nullptr;
+  Node* firstFile = nullptr;
+  struct Entry {
+    std::uint32_t handle;
+    Node* node; // null: removed since
+  };
+  std::vector<Entry> byHandle; // ascending
+
+  Listing* nextToRetire = nullptr;
+};
+
+struct ListedStorage {
+  std::uint32_t id = 0;
+  StorageInfo info;
+};
+
+class ObjectStore {
+public:
+  ObjectStore(NodeRegistry& registry, Device& device);
+
+  /// Takes over the phone's storages, in their order. A storage that stays keeps everything below it; where only its
+  /// numbers changed a new record is made, and the older one keeps naming the same storage until the list is released.
+  void setStorages(const std::vector<ListedStorage>& storages);
+  Node* firstStorage() const;
+  Node* storageAfter(const Node& storage) const;
+
+  /// The listing of a folder's or storage's record.
+  std::shared_ptr<Listing> listingOf(Node& parent);
+  /// Takes over a fetched folder. Records of objects of which nothing changed are kept, those no longer there retired.
+  /// Throws std::bad_alloc, having changed nothing.
+  void apply(Listing& listing, const ListedFolder& folder);
+
+  /// Retires all folders and files.
+  void retireObjects();
+  /// Retires all storages and everything below them.
+  void retireStorages();
+  /// Retires everything and takes nothing more: the phone has gone.
+  void close();
+  /// Retires one storage and everything below it.
+  void retireStorage(std::uint32_t id);
+  /// Retires the object, if it is known, and everything below it; its listing is stale then.
+  bool retireObject(std::uint32_t handle);
+
+  /// The next question for any listing goes to the phone.
+  void markAllStale();
+  /// The same for the listings in which the object stands. False when it stands in none.
+  bool markStale(std::uint32_t handle);
+
+private:
+  struct Storage {
+    std::uint32_t id = 0;
+    std::shared_ptr<Listing> topLevel;
+    std::vector<Node*> nodes; // the last one is current
+  };
+
+  Node* createStorage(const ListedStorage& storage);
+  Node* createObject(const ListedFolder& folder, const ListedObject& object);
+  void retire(Storage& storage);
+  void retireListing(Listing& listing);
+  void retireContents(Listing& listing);
+  void retireNode(Node& node, Listing*& toRetire);
+  template <typename Use> void forEachListing(Use use);
+  static void markStale(Listing& listing);
+
+  NodeRegistry& m_registry;
+  Device& m_device;
+  NodeRegistry::Arena m_arena;
+  bool m_closed = false;
+  std::vector<Storage> m_storages; // in the phone's order
+  std::unordered_map<const Node*, std::shared_ptr<Listing>> m_folders;
+};
+
+} // namespace mtp

@@ -1,0 +1,350 @@
+#include "TessalyMTPSdk/TessalyMTPSdk.h"
+
+#include "TessalyMTPSdk/EngineState.h"
+#include "TessalyMTPSdk/Logging.h"
+#include "TessalyMTPSdk/ObjectExists.h"
+
+#include <cstring>
+
+namespace {
+
+using namespace mtp;
+using Access = EngineState::Access;
+
+EngineState& engine() {
+  return EngineState::instance();
+}
+
+/// No exception crosses the C interface.
+template <typename Work> Status guarded(Work work) noexcept {
+  try {
+    return work();
+  } catch (const std::bad_alloc&) {
+    return DGSTATUS_INSUFFICIENT_RESOURCE;
+  } catch (const std::exception& error) {
+    log(LogLevel::Warning, "unexpected: %s", error.what());
+    return DGSTATUS_UNSUCCESSFUL;
+  }
+}
+
+/// What an address that names no attached phone is answered with.
+Status notADevice(const Access& access, const void* address) {
+  return access.find(address, {MTPDEXT_NODE_DEVICE}) ? DGSTATUS_NO_DEVICE_ATTACHED : DGSTATUS_NODE_IS_NOT_EXISTED;
+}
+
+std::shared_ptr<Device> deviceOf(const Node& node) {
+  return node.listing->device->weak_from_this().lock();
+}
+
+template <typename Record> Record* recordOf(Node* node) {
+  return reinterpret_cast<Record*>(node);
+}
+
+/// Hands out the node, or the end of its list.
+template <typename Record> Status handOut(Node* node, Record** out) {
+  *out = recordOf<Record>(node);
+  return node ? DGSTATUS_SUCCESS : DGSTATUS_NO_MORE_DATA;
+}
+
+/// The two-call protocol for texts.
+Status handOutText(const std::u16string& text, void* buffer, std::uint32_t* byteSize) {
+  const auto needed = static_cast<std::uint32_t>((text.size() + 1) * sizeof(char16_t));
+  if (!buffer || *byteSize < needed) {
+    *byteSize = needed;
+    return DGSTATUS_MORE_DATA;
+  }
+  std::memcpy(buffer, text.c_str(), needed);
+  *byteSize = needed;
+  return DGSTATUS_SUCCESS;
+}
+
+/// The first folder or file of what stands in the folder or storage at `parent`.
+template <typename Record>
+Status listHead(const void* parent, std::initializer_list<std::int32_t> kinds, Node* Listing::*head, Record** out) {
+  std::shared_ptr<Device> device; // let go after the lock: it may be the last one to know a phone unplugged meanwhile
+  Access access(engine());
+  Node* node = access.find(parent, kinds);
+  device = node ? deviceOf(*node) : nullptr;
+  if (!device)
+    return DGSTATUS_NODE_IS_NOT_EXISTED;
+  const std::shared_ptr<Listing> listing = device->store().listingOf(*node);
+  if (!listing)
+    return DGSTATUS_NODE_IS_NOT_EXISTED;
+  if (const Status status = device->fetch(listing, access.lock()); status != DGSTATUS_SUCCESS)
+    return status;
+  return handOut((*listing).*head, out);
+}
+
+template <typename Record> Status nextOf(const void* address, std::int32_t kind, Record** next) {
+  if (!next)
+    return DGSTATUS_INVALID_PARAMETER;
+  *next = nullptr;
+  return guarded([&] {
+    const Access access(engine());
+    const Node* node = access.find(address, {kind});
+    return node ? handOut(node->next, next) : DGSTATUS_NODE_IS_NOT_EXISTED;
+  });
+}
+
+using NameGetter = std::u16string (*)(Device&);
+
+Status getName(const void* address, void* buffer, std::uint32_t* byteSize, NameGetter name) {
+  if (!byteSize)
+    return DGSTATUS_INVALID_PARAMETER;
+  return guarded([&] {
+    std::shared_ptr<Device> device;
+    {
+      const Access access(engine());
+      device = access.device(address);
+      if (!device)
+        return notADevice(access, address);
+    }
+    return handOutText(name(*device), buffer, byteSize);
+  });
+}
+
+} // namespace
+
+uint32_t mtpDextSdkInit(void) {
+  return guarded([] {
+    engine().start();
+    return DGSTATUS_SUCCESS;
+  });
+}
+
+uint32_t mtpDextGetConnectedDeviceListHead(_MTP_DEVICE_NODE** head) {
+  if (!head)
+    return DGSTATUS_INVALID_PARAMETER;
+  *head = nullptr;
+  return guarded([&] {
+    std::shared_ptr<Device> first;
+    const Status status = engine().connect(first);
+    if (first)
+      *head = &first->node()->device;
+    return status;
+  });
+}
+
+uint32_t mtpDextGetNextDevice(_MTP_DEVICE_NODE* device, _MTP_DEVICE_NODE** next) {
+  if (!next)
+    return DGSTATUS_INVALID_PARAMETER;
+  *next = nullptr;
+  return guarded([&] {
+    std::shared_ptr<Device> following; // let go after the lock
+    const Access access(engine());
+    const std::shared_ptr<Device> attached = access.device(device);
+    if (!attached)
+      return notADevice(access, device);
+    following = access.deviceAfter(*attached);
+    return handOut(following ? following->node() : nullptr, next);
+  });
+}
+
+uint32_t mtpDextReleaseDeviceList(_MTP_DEVICE_NODE* device) {
+  return guarded([&] {
+    const Access access(engine());
+    const std::shared_ptr<Device> attached = access.device(device);
+    if (!attached)
+      return notADevice(access, device);
+    attached->store().retireObjects();
+    return DGSTATUS_SUCCESS;
+  });
+}
+
+uint32_t mtpDextGetStorageListHead(_MTP_DEVICE_NODE* device, _MTP_STORAGE_NODE** head) {
+  if (!head)
+    return DGSTATUS_INVALID_PARAMETER;
+  *head = nullptr;
+  return guarded([&] {
+    std::shared_ptr<Device> attached;
+    {
+      const Access access(engine());
+      attached = access.device(device);
+      if (!attached)
+        return notADevice(access, device);
+    }
+    Node* first = nullptr;
+    const Status status = attached->firstStorage(first);
+    *head = recordOf<_MTP_STORAGE_NODE>(first);
+    return status;
+  });
+}
+
+uint32_t mtpDextGetNextStorageNode(_MTP_STORAGE_NODE* storage, _MTP_STORAGE_NODE** next) {
+  if (!next)
+    return DGSTATUS_INVALID_PARAMETER;
+  *next = nullptr;
+  return guarded([&] {
+    const Access access(engine());
+    const Node* node = access.find(storage, {MTPDEXT_NODE_STORAGE});
+    if (!node)
+      return DGSTATUS_NODE_IS_NOT_EXISTED;
+    return handOut(node->listing->device->store().storageAfter(*node), next);
+  });
+}
+
+uint32_t mtpDextReleaseStorageList(_MTP_STORAGE_NODE* storage) {
+  return guarded([&] {
+    const Access access(engine());
+    const Node* node = access.find(storage, {MTPDEXT_NODE_STORAGE});
+    if (!node)
+      return DGSTATUS_NODE_IS_NOT_EXISTED;
+    node->listing->device->store().retireStorages();
+    return DGSTATUS_SUCCESS;
+  });
+}
+
+uint32_t mtpDextGetFriendlyName(_MTP_DEVICE_NODE* device, void* buffer, uint32_t* byteSize) {
+  return getName(device, buffer, byteSize, [](Device& attached) { return attached.friendlyName(); });
+}
+
+uint32_t mtpDextGetModelName(_MTP_DEVICE_NODE* device, void* buffer, uint32_t* byteSize) {
+  return getName(device, buffer, byteSize, [](Device& attached) { return attached.modelName(); });
+}
+
+uint32_t mtpDextGetFolderListHead(_MTP_STORAGE_NODE* storage, _MTP_FOLDER_NODE* parent, _MTP_FOLDER_NODE** head,
+                                  mtpDextProgressCallback, void*) {
+  if (!head)
+    return DGSTATUS_INVALID_PARAMETER;
+  *head = nullptr;
+  if (!storage)
+    return DGSTATUS_INVALID_PARAMETER;
+  return guarded([&]() -> Status {
+    if (!parent)
+      return listHead(storage, {MTPDEXT_NODE_STORAGE}, &Listing::firstFolder, head);
+    {
+      const Access access(engine());
+      const Node* in = access.find(storage, {MTPDEXT_NODE_STORAGE});
+      const Node* folder = access.find(parent, {MTPDEXT_NODE_FOLDER});
+      if (!in || !folder)
+        return DGSTATUS_NODE_IS_NOT_EXISTED;
+      if (in->listing->device != folder->listing->device || in->listing->storage != folder->listing->storage)
+        return DGSTATUS_INVALID_PARAMETER;
+    }
+    return listHead(parent, {MTPDEXT_NODE_FOLDER}, &Listing::firstFolder, head);
+  });
+}
+
+uint32_t mtpDextGetNextSiblingFolderNode(_MTP_FOLDER_NODE* folder, _MTP_FOLDER_NODE** next) {
+  return nextOf(folder, MTPDEXT_NODE_FOLDER, next);
+}
+
+uint32_t mtpDextGetParentFolderNode(_MTP_FOLDER_NODE* folder, _MTP_FOLDER_NODE** parent) {
+  if (!parent)
+    return DGSTATUS_INVALID_PARAMETER;
+  *parent = nullptr;
+  return guarded([&] {
+    const Access access(engine());
+    const Node* node = access.find(folder, {MTPDEXT_NODE_FOLDER});
+    return node ? handOut(node->listing->parentNode, parent) : DGSTATUS_NODE_IS_NOT_EXISTED;
+  });
+}
+
+uint32_t mtpDextGetFileListHead(_MTP_COMMON_NODE* parent, _MTP_FILE_NODE** head, mtpDextProgressCallback, void*) {
+  if (!head)
+    return DGSTATUS_INVALID_PARAMETER;
+  *head = nullptr;
+  if (!parent)
+    return DGSTATUS_INVALID_PARAMETER;
+  return guarded([&] {
+    return listHead(parent, {MTPDEXT_NODE_STORAGE, MTPDEXT_NODE_FOLDER}, &Listing::firstFile, head);
+  });
+}
+
+uint32_t mtpDextGetNextFileNode(_MTP_FILE_NODE* file, _MTP_FILE_NODE** next) {
+  return nextOf(file, MTPDEXT_NODE_FILE, next);
+}
+
+uint32_t mtpDextCreateFolderNode(_MTP_COMMON_NODE*, const MTPDEXT_CHAR16*, uint32_t, _MTP_FOLDER_NODE** created) {
+  if (created)
+    *created = nullptr;
+  return DGSTATUS_NOT_SUPPORT_OP;
+}
+
+uint32_t mtpDextRenameNode(_MTP_COMMON_NODE*, const MTPDEXT_CHAR16*, uint32_t) {
+  return DGSTATUS_NOT_SUPPORT_OP;
+}
+
+uint32_t mtpDextDeleteNode(_MTP_COMMON_NODE*) {
+  return DGSTATUS_NOT_SUPPORT_OP;
+}
+
+uint32_t mtpDextGetFileEx(_MTP_FILE_NODE*, const MTPDEXT_CHAR16*, uint32_t, mtpDextProgressCallback, void*) {
+  return DGSTATUS_NOT_SUPPORT_OP;
+}
+
+uint32_t mtpDextSendFileEx(const MTPDEXT_CHAR16*, uint32_t, _MTP_COMMON_NODE*, _MTP_FILE_NODE** created,
+                           mtpDextProgressCallback, void*) {
+  if (created)
+    *created = nullptr;
+  return DGSTATUS_NOT_SUPPORT_OP;
+}
+
+uint32_t mtpDextGetThumb(_MTP_FILE_NODE*, void*, uint32_t*) {
+  return DGSTATUS_NOT_SUPPORT_OP;
+}
+
+uint32_t mtpDextRequestEventNotifyEx(_MTP_DEVICE_NODE* device, mtpDextEventCallback callback, void* context) {
+  return guarded([&] {
+    Status status = DGSTATUS_SUCCESS;
+    {
+      const Access access(engine());
+      if (!access.device(device))
+        status = notADevice(access, device);
+    }
+    // Taking a callback back works for a phone that is gone, too: its last event may just be on its way.
+    if (status == DGSTATUS_SUCCESS || !callback)
+      engine().events().setCallback(device, callback, context);
+    return status;
+  });
+}
+
+void mtpDextHoldNodes(void) {
+  NodeRegistry& registry = engine().registry();
+  const std::lock_guard lock(registry.mutex);
+  registry.hold();
+}
+
+void mtpDextUnholdNodes(void) {
+  NodeRegistry& registry = engine().registry();
+  const std::lock_guard lock(registry.mutex);
+  registry.unhold();
+}
+
+uint32_t mtpDextGetNodeKind(const void* address, int32_t* kind) {
+  if (!kind)
+    return DGSTATUS_INVALID_PARAMETER;
+  *kind = 0;
+  return guarded([&] {
+    const Access access(engine());
+    const Node* node =
+        access.find(address, {MTPDEXT_NODE_DEVICE, MTPDEXT_NODE_STORAGE, MTPDEXT_NODE_FOLDER, MTPDEXT_NODE_FILE});
+    if (!node)
+      return DGSTATUS_NODE_IS_NOT_EXISTED;
+    if (node->kind == MTPDEXT_NODE_DEVICE && !access.device(address))
+      return DGSTATUS_NO_DEVICE_ATTACHED;
+    *kind = node->kind;
+    return DGSTATUS_SUCCESS;
+  });
+}
+
+namespace mtp {
+
+bool objectExists(const void* address, std::int32_t kind) {
+  bool exists = false;
+  guarded([&]() -> Status {
+    std::shared_ptr<Device> device; // let go after the lock
+    Access access(engine());
+    if (kind == MTPDEXT_NODE_DEVICE) {
+      exists = access.device(address) != nullptr;
+      return DGSTATUS_SUCCESS;
+    }
+    const Node* node = access.find(address, {kind});
+    device = node ? deviceOf(*node) : nullptr;
+    exists = device && device->exists(*node, access.lock());
+    return DGSTATUS_SUCCESS;
+  });
+  return exists;
+}
+
+} // namespace mtp
