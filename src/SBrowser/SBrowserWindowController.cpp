@@ -1,0 +1,536 @@
+#include "SBrowser/SBrowserWindowController.h"
+
+#include "MTPCore/DevicePath.h"
+#include "MTPCore/MTPSDKUtil.h"
+#include "Platform/Log.h"
+#include "Platform/MainThread.h"
+#include "SBrowser/NavigationButton.h"
+#include "SBrowser/SBrowserOutlineModel.h"
+#include "SBrowser/WindowLayout.h"
+#include "UI/Common/NSStringPredicate.h"
+#include "UI/Common/SizeText.h"
+#include "UI/Controls/SGhostView.h"
+#include "UI/Controls/SToolbarButton.h"
+#include "UI/LoadingView/SLoadingAniView.h"
+#include "UI/LoadingView/SLoadingAniViewController.h"
+#include "stringDefine/VornLocalStringDefine.h"
+
+#include <QKeyEvent>
+#include <QLineEdit>
+#include <QMainWindow>
+#include <QMouseEvent>
+#include <QScrollBar>
+#include <QToolBar>
+
+#include <algorithm>
+
+namespace {
+
+constexpr int kInternalStorage = 1;
+constexpr int kExternalStorage = 2;
+
+QString welcomeText() {
+  return VornLocalStringDefine::QX_LocalizedStringWithKey(QStringLiteral("MSG_WelcomToVBX2"));
+}
+
+/// The phone's own top-level folders, which can neither be renamed nor deleted.
+const QStringList& protectedFolderNames() {
+  static const QStringList names{QStringLiteral("Android"),   QStringLiteral("Music"),    QStringLiteral("Podcast"),
+                                 QStringLiteral("Ringtones"), QStringLiteral("Alarms"),   QStringLiteral("Pictures"),
+                                 QStringLiteral("Movies"),    QStringLiteral("Download"), QStringLiteral("DCIM"),
+                                 QStringLiteral("Playlists")};
+  return names;
+}
+
+} // namespace
+
+SBrowserWindowController::SBrowserWindowController()
+    : SBrowserWindowController(SBrowserDependencies::ofProgram()) {}
+
+SBrowserWindowController::SBrowserWindowController(SBrowserDependencies dependencies)
+    : m_dependencies(std::move(dependencies))
+    , m_layout(std::make_unique<WindowLayout>(*m_dependencies.timers))
+    , m_model(std::make_unique<SBrowserOutlineModel>())
+    , m_queue(std::make_shared<DeviceQueue>(m_dependencies.startWorker))
+    , m_connection(m_queue, m_dependencies.createAccessObject, m_dependencies.sleep)
+    , m_loader(m_queue, *this)
+    , m_events(m_queue, *m_dependencies.timers, [this] { updateMTPChangeProcess(); }) {
+  awakeFromNib();
+}
+
+SBrowserWindowController::~SBrowserWindowController() {
+  platform::assertMainThread();
+  m_layout->outlineView->setOwnerDelegate(nullptr);
+  m_layout->outlineView->removeEventFilter(this);
+  m_layout->outlineView->viewport()->removeEventFilter(this);
+  m_events.dropTimer();
+  if (m_session)
+    m_session->end();
+  m_layout.reset(); // the view before its model
+}
+
+void SBrowserWindowController::awakeFromNib() {
+  platform::assertMainThread();
+  SOutlineView& outline = *m_layout->outlineView;
+  outline.setModel(m_model.get());
+  outline.setOwnerDelegate(this);
+  outline.installEventFilter(this);
+  outline.viewport()->installEventFilter(this);
+  connect(&outline, &QTreeView::doubleClicked, this, &SBrowserWindowController::outlineViewRowDoubleClicked);
+  connect(&outline, &QTreeView::expanded, this, [this](const QModelIndex& index) {
+    if (m_isExpanding)
+      return;
+    if (!shouldExpandItem(m_model->itemAtIndex(index)))
+      m_layout->outlineView->collapse(index);
+  });
+  connect(m_layout.get(), &WindowLayout::toolbarClicked, this, &SBrowserWindowController::btnToolbar_clicked);
+  connect(m_layout.get(), &WindowLayout::navigationHovered, this, [this](bool entered) {
+    if (!entered)
+      _isDropOvering = false;
+  });
+  m_layout->showWelcome(welcomeText());
+}
+
+void SBrowserWindowController::showWindow() {
+  platform::assertMainThread();
+  window()->show();
+  window()->raise();
+  window()->activateWindow();
+}
+
+QMainWindow* SBrowserWindowController::window() const {
+  return m_layout->window();
+}
+
+// ---- Connection ----
+
+void SBrowserWindowController::connectDevice(const QString& locationID) {
+  platform::assertMainThread();
+  m_connection.connectDevice(locationID, [this](const ConnectedDevice& device) { connected(device); });
+}
+
+void SBrowserWindowController::connected(const ConnectedDevice& device) {
+  if (m_session)
+    m_session->end();
+  m_events.dropTimer();
+  m_session = device.session;
+  m_loader.setSession(m_session);
+  _locationID = m_session->locationID;
+  _deviceName = device.deviceName;
+  makeStorageRoots(device.storages);
+  showStorageButtons();
+  resetBrowsingState();
+  m_layout->showBrowser(_deviceName);
+  m_queue->perform("mtp-storage", m_session, [root = _internalRootName](DeviceSession& session) {
+    session.bind(root.isNull() ? session.rootPath : root);
+  });
+  setSelectedStorage(kInternalStorage);
+}
+
+void SBrowserWindowController::makeStorageRoots(const QList<MtpStorageInfo>& storages) {
+  m_model->removeAll();
+  _staticSource.clear();
+  for (const MtpStorageInfo& storage : storages) {
+    const ItemPointer root = SItem::newObject();
+    const QString path = storage.volumePath.value_or(QString());
+    root->setFileName(lastPathComponent(path));
+    root->setFilePath(path);
+    root->setRootPath(path);
+    root->setFileSize(0);
+    root->setDateModified(ui::kUnknownDate.toString());
+    if (storage.diskType == 1 || storage.diskType == 3) {
+      root->setObjectType(SObjectTypeInternalStorage);
+      _internalRootName = root->fileName();
+    } else {
+      root->setObjectType(SObjectTypeExternalStorage);
+    }
+    _staticSource.push_back(root);
+  }
+}
+
+void SBrowserWindowController::showStorageButtons() {
+  const auto show = [this](SToolbarButton& button, std::size_t storage) {
+    const bool shown = storage < _staticSource.size();
+    m_layout->setStorageButton(button, shown, shown ? _staticSource[storage]->fileName() : QString());
+    if (shown && !MTPSDKUtil::macOS11AndLater())
+      WindowLayout::sizeToTitle(button);
+  };
+  show(*m_layout->btn_InternalStorage, 0);
+  show(*m_layout->btn_ExternalStorage, 1);
+}
+
+void SBrowserWindowController::resetBrowsingState() {
+  _nextStack.removeAllObject();
+  _currentFolderItem.reset();
+  _isDetached = false;
+  _isDropOvering = false;
+  _isCanceled = false;
+  _currentSelectedStorage = kInternalStorage;
+}
+
+// ---- Storages and folders ----
+
+void SBrowserWindowController::setSelectedStorage(int storage) {
+  platform::assertMainThread();
+  const bool external = storage == kExternalStorage;
+  const std::size_t place = external ? 1 : 0;
+  if (place >= _staticSource.size())
+    return;
+  const ItemPointer root = _staticSource[place];
+  const ItemPointer entering = m_loader.folderBeingEntered();
+  if (root == (entering ? entering : _currentFolderItem))
+    return;
+  // Registered before the listing takes its turn: what changes meanwhile is heard of.
+  registerMtpNotice();
+  gotoNewFolder(root);
+  m_layout->btn_InternalStorage->setIsSelected(!external);
+  m_layout->btn_ExternalStorage->setIsSelected(external);
+  _currentSelectedStorage = external ? kExternalStorage : kInternalStorage;
+}
+
+void SBrowserWindowController::gotoNewFolder(const ItemPointer& item) {
+  performOnMainThread([&] { __gotoNewFolderOnMainThread(item); });
+}
+
+void SBrowserWindowController::__gotoNewFolderOnMainThread(const ItemPointer& item) {
+  m_layout->setPath(item->filePath());
+  if (item->objectType() < SObjectTypeFile)
+    m_loader.gotoNewFolder(item);
+}
+
+void SBrowserWindowController::publishChildren(const ItemPointer& item, std::shared_ptr<SItemArray> children) {
+  m_model->setChildren(item, std::move(children));
+  // A folder the user went back from may be gone from the tree now; there is nothing left of it to go forward to.
+  _nextStack.removeIf([this](const ItemPointer& next) { return !isInTree(*next); });
+}
+
+void SBrowserWindowController::folderEntered(const ItemPointer& item) {
+  if (item->childObjects())
+    item->childObjects()->sort(m_model->sortDescriptor());
+  reloadDataOfOutlineView(item);
+  Q_EMIT folderShown();
+}
+
+void SBrowserWindowController::reloadDataOfOutlineView(const ItemPointer& item) {
+  performOnMainThread([&] { __reloadDataOfOutlineViewOnMainThread(item); });
+}
+
+void SBrowserWindowController::__reloadDataOfOutlineViewOnMainThread(const ItemPointer& item) {
+  _currentFolderItem = item;
+  m_model->reloadData(item);
+  m_layout->outlineView->setSelectedRowIndex(-1);
+  m_layout->outlineView->verticalScrollBar()->setValue(0);
+}
+
+std::shared_ptr<SItemArray> SBrowserWindowController::getContentsOfItem(const ItemPointer& item) {
+  return m_loader.getContentsOfItem(item);
+}
+
+bool SBrowserWindowController::shouldExpandItem(const ItemPointer& item) {
+  platform::assertMainThread();
+  if (!item || (_isDropOvering && !item->isListed()))
+    return false;
+  if (!item->isListed())
+    showLoadingView();
+  return expandFolder(item);
+}
+
+bool SBrowserWindowController::expandFolder(const ItemPointer& item) {
+  performOnMainThread([&] { m_loader.expandFolder(item); });
+  return true;
+}
+
+void SBrowserWindowController::folderExpanded(const ItemPointer& item) {
+  reloadItemWithoutChildren(item);
+  _isDetached = false;
+}
+
+void SBrowserWindowController::resetOutlineView() {
+  performOnMainThread([this] { __resetOutlineViewOnMainThread(); });
+}
+
+void SBrowserWindowController::__resetOutlineViewOnMainThread() {
+  m_loader.forgetRequests();
+  _currentFolderItem.reset();
+  for (const ItemPointer& root : _staticSource)
+    root->setIsListed(false);
+  setSelectedStorage(_currentSelectedStorage);
+}
+
+void SBrowserWindowController::expandItem(const ItemPointer& item) {
+  performOnMainThread([&] { __expandItemOnMainThread(item); });
+}
+
+void SBrowserWindowController::__expandItemOnMainThread(const ItemPointer& item) {
+  if (item == _currentFolderItem) {
+    reloadDataOfOutlineView(item);
+    return;
+  }
+  const QModelIndex index = m_model->indexOfItem(*item);
+  if (!index.isValid())
+    return;
+  m_layout->outlineView->collapse(index);
+  m_layout->outlineView->expand(index);
+}
+
+void SBrowserWindowController::reloadItemWithChildren(const ItemPointer& item) {
+  performOnMainThread([&] { __reloadItemWithChildrenOnMainThread(item); });
+}
+
+void SBrowserWindowController::__reloadItemWithChildrenOnMainThread(const ItemPointer& item) {
+  reloadItem(item, true);
+}
+
+void SBrowserWindowController::reloadItemWithoutChildren(const ItemPointer& item) {
+  performOnMainThread([&] { __reloadItemWithoutChildrenOnMainThread(item); });
+}
+
+void SBrowserWindowController::__reloadItemWithoutChildrenOnMainThread(const ItemPointer& item) {
+  reloadItem(item, false);
+}
+
+void SBrowserWindowController::reloadItem(const ItemPointer& item, bool withChildren) {
+  const QModelIndex index = m_model->indexOfItem(*item);
+  if (!index.isValid())
+    return;
+  SOutlineView& outline = *m_layout->outlineView;
+  m_isExpanding = true;
+  outline.collapse(index);
+  m_model->reloadItem(*item, withChildren);
+  outline.expand(index);
+  m_isExpanding = false;
+}
+
+bool SBrowserWindowController::isInTree(const SItem& item) const {
+  const ItemPointer parent = item.parentItem();
+  if (!parent)
+    return std::any_of(_staticSource.begin(), _staticSource.end(),
+                       [&](const ItemPointer& root) { return root.get() == &item; });
+  return parent->childObjects() && parent->childObjects()->indexOf(item) >= 0 && isInTree(*parent);
+}
+
+// ---- Toolbar, keyboard, pointer ----
+
+void SBrowserWindowController::btnToolbar_clicked(const QObject* sender) {
+  platform::assertMainThread();
+  const QString identifier = sender != nullptr ? sender->objectName() : QString();
+  if (identifier == u"btn_InternalStorage")
+    setSelectedStorage(kInternalStorage);
+  else if (identifier == u"btn_ExternalStorage")
+    setSelectedStorage(kExternalStorage);
+  else if (identifier == u"btn_back")
+    goBack();
+  else if (identifier == u"btn_next")
+    goNext();
+}
+
+void SBrowserWindowController::goBack() {
+  const ItemPointer parent = _currentFolderItem ? _currentFolderItem->parentItem() : nullptr;
+  if (!parent)
+    return;
+  _nextStack.pushBack(_currentFolderItem);
+  gotoNewFolder(parent);
+}
+
+void SBrowserWindowController::goNext() {
+  if (const ItemPointer item = _nextStack.pop())
+    gotoNewFolder(item);
+}
+
+void SBrowserWindowController::outlineViewRowDoubleClicked(const QModelIndex& clickedRow) {
+  platform::assertMainThread();
+  const ItemPointer item = m_model->itemAtIndex(clickedRow);
+  if (!item)
+    return;
+  _nextStack.removeAllObject();
+  gotoNewFolder(item);
+}
+
+bool SBrowserWindowController::handleKey(int keyWithModifiers) {
+  // Alt and an arrow mean the direction on the keyboard, which right-to-left layouts turn round.
+  const bool mirrored = m_layout->outlineView->isRightToLeft();
+  const int back = Qt::ALT | (mirrored ? Qt::Key_Right : Qt::Key_Left);
+  const int next = Qt::ALT | (mirrored ? Qt::Key_Left : Qt::Key_Right);
+  if (keyWithModifiers == Qt::Key_Return || keyWithModifiers == Qt::Key_Enter) {
+    outlineViewRowDoubleClicked(m_layout->outlineView->currentIndex());
+    return true;
+  }
+  const bool isBack =
+      keyWithModifiers == Qt::Key_Backspace || keyWithModifiers == back || keyWithModifiers == Qt::Key_Back;
+  const bool isNext = keyWithModifiers == next || keyWithModifiers == Qt::Key_Forward;
+  if (isBack && m_layout->btn_Previous->isEnabled())
+    goBack();
+  if (isNext && m_layout->btn_Next->isEnabled())
+    goNext();
+  return isBack || isNext;
+}
+
+bool SBrowserWindowController::eventFilter(QObject* watched, QEvent* event) {
+  if (event->type() == QEvent::KeyPress) {
+    const auto& press = static_cast<const QKeyEvent&>(*event);
+    const int modifiers = static_cast<int>(press.modifiers() & ~Qt::KeypadModifier);
+    if (handleKey(press.key() | modifiers))
+      return true;
+  } else if (event->type() == QEvent::MouseButtonPress) {
+    const Qt::MouseButton button = static_cast<const QMouseEvent&>(*event).button();
+    if (button == Qt::BackButton || button == Qt::ForwardButton)
+      return handleKey(button == Qt::BackButton ? Qt::Key_Back : Qt::Key_Forward);
+  }
+  return QObject::eventFilter(watched, event);
+}
+
+void SBrowserWindowController::mouseEntered(QEvent&) {}
+
+void SBrowserWindowController::mouseExited(QEvent&) {
+  _isDropOvering = false;
+}
+
+int SBrowserWindowController::menuTypeForItem(const QModelIndex& item) {
+  return menuTypeForItem(m_model->itemAtIndex(item));
+}
+
+int SBrowserWindowController::menuTypeForItem(const ItemPointer& item) const {
+  platform::assertMainThread();
+  if (!item)
+    return kMenuTypeFolder;
+  if (item->objectType() == SObjectTypeFile)
+    return kMenuTypeFile;
+  if (item->isStorageRoot())
+    return kMenuTypeProtected;
+  const bool isFolder = item->objectType() == SObjectTypeFolder || item->objectType() == SObjectTypeFolderKind;
+  if (isFolder && m_session &&
+      devicePath::withoutLastComponent(item->filePath()) == m_session->mtp->getCurrentRootPath() &&
+      ui::isExistInArray(item->fileName(), protectedFolderNames()))
+    return kMenuTypeProtected;
+  return kMenuTypeFolder;
+}
+
+// ---- Overlays ----
+
+void SBrowserWindowController::showLoadingView() {
+  performOnMainThread([this] { __showLoadingViewOnMainThread(); });
+}
+
+void SBrowserWindowController::__showLoadingViewOnMainThread() {
+  m_layout->cover(*m_layout->loadingViewController->view());
+  m_layout->loadingViewController->startAnimation();
+}
+
+void SBrowserWindowController::hideLoadingView() {
+  performOnMainThread([this] { __hideLoadingViewOnMainThread(); });
+}
+
+void SBrowserWindowController::__hideLoadingViewOnMainThread() {
+  m_layout->loadingViewController->view()->hide();
+  m_layout->loadingViewController->stopAnimation();
+  m_layout->outlineView->setFocus();
+}
+
+void SBrowserWindowController::setToolbarEnabled(bool storages, bool backAndNext) {
+  m_layout->btn_InternalStorage->setEnabled(storages);
+  m_layout->btn_ExternalStorage->setEnabled(storages);
+  m_layout->btn_Previous->setEnabled(backAndNext);
+  m_layout->btn_Next->setEnabled(backAndNext);
+}
+
+void SBrowserWindowController::setDisableCaptureEvent(bool disable) {
+  performOnMainThread([&] { __setDisableCaptureEventOnMainThread(disable); });
+}
+
+void SBrowserWindowController::__setDisableCaptureEventOnMainThread(bool disable) {
+  setToolbarEnabled(!disable, !disable);
+  m_layout->ghostView->setOwnerDelegate(nullptr);
+  if (disable) {
+    m_layout->cover(*m_layout->ghostView);
+  } else {
+    m_layout->ghostView->hide();
+    m_layout->outlineView->setFocus();
+  }
+}
+
+void SBrowserWindowController::changeEventRecieverObject(QObject* view) {
+  performOnMainThread([&] { __changeEventRecieverObjectOnMainThread(view); });
+}
+
+void SBrowserWindowController::__changeEventRecieverObjectOnMainThread(QObject* view) {
+  setToolbarEnabled(view == nullptr, false);
+  m_layout->ghostView->setOwnerDelegate(view);
+  if (view != nullptr) {
+    m_layout->cover(*m_layout->ghostView);
+  } else {
+    m_layout->ghostView->hide();
+    m_layout->outlineView->setFocus();
+  }
+}
+
+// ---- Device events, detach, closing ----
+
+void SBrowserWindowController::registerMtpNotice() {
+  m_events.registerMtpNotice(m_session);
+}
+
+void SBrowserWindowController::catchMTPEvent() {
+  m_events.catchMTPEvent();
+}
+
+void SBrowserWindowController::updateMTPChangeProcess() {
+  platform::assertMainThread();
+  m_events.dropTimer();
+  if (!m_session || m_session->ended || _staticSource.empty())
+    return;
+  m_queue->perform("mtp-reset", m_session, [root = _staticSource.front()->rootPath()](DeviceSession& session) {
+    session.mtp->mtpReset();
+    session.rootPath = root;
+  });
+  registerMtpNotice();
+  resetOutlineView();
+}
+
+void SBrowserWindowController::deviceDisconnected() {
+  platform::assertMainThread();
+  MTPB_LOG("Enter");
+  _isDetached = true;
+  m_connection.cancel();
+  if (m_session)
+    m_session->end();
+  m_loader.forgetRequests();
+  m_events.dropTimer();
+  m_layout->showWelcome(welcomeText());
+  if (m_session)
+    m_queue->performLast("mtp-release", m_session, [](DeviceSession& session) { session.mtp->removeMtpBrowser(); });
+  MTPB_LOG("Exit");
+}
+
+void SBrowserWindowController::closeAllWindows() {
+  _isCanceled = true;
+  performOnMainThread([this] { __closeAllWindowsOnMainThread(); });
+}
+
+void SBrowserWindowController::__closeAllWindowsOnMainThread() {
+  window()->close();
+}
+
+void SBrowserWindowController::performOnMainThread(const std::function<void()>& work) const {
+  platform::runOnMainAndWait([&work, alive = std::weak_ptr<char>(m_alive)] {
+    if (!alive.expired())
+      work();
+  });
+}
+
+// ---- Sizes and dates ----
+
+QString SBrowserWindowController::convertFileSizeFromInt(std::uint64_t bytes) {
+  return ui::convertFileSizeFromInt(bytes);
+}
+
+QString SBrowserWindowController::stringFromating(const QString& number) {
+  return ui::stringFromating(number);
+}
+
+QString SBrowserWindowController::convertMtpToSystemDate(const QString& text) {
+  return ui::convertMtpToSystemDate(text).value_or(QString());
+}
+
+QString SBrowserWindowController::dateTimeStringFromDate(platform::dates::Instant date) {
+  return ui::dateTimeStringFromDate(date);
+}

@@ -1,0 +1,200 @@
+#pragma once
+// The browser window: connects to a phone, shows its storages and folders, follows its changes, lets it go.
+#include "Platform/Dates.h"
+#include "SBrowser/DeviceConnection.h"
+#include "SBrowser/DeviceEvents.h"
+#include "SBrowser/SBrowserDependencies.h"
+#include "SBrowser/SItem.h"
+#include "SBrowser/SItemArray.h"
+#include "SBrowser/SStack.h"
+#include "SBrowser/TreeLoader.h"
+#include "UI/Controls/SOutlineView.h"
+
+#include <QObject>
+#include <QString>
+
+#include <atomic>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <vector>
+
+class QMainWindow;
+class SBrowserOutlineModel;
+class WindowLayout;
+
+/// Owns the window, the connection, the storage roots and with them the item tree. Main thread only, except where "any
+/// thread" is said: such an operation does its work on the main thread and waits for it (and does nothing when the
+/// program is ending). Nothing here blocks but those waits: what talks to the phone runs on workers, one at a time.
+class SBrowserWindowController : public QObject, private SOutlineViewOwner, private TreeLoaderOwner {
+  Q_OBJECT
+public:
+  using ItemPointer = std::shared_ptr<SItem>;
+
+  /// `init` The window in its welcome state, not shown yet, over the program's own engine.
+  SBrowserWindowController();
+  explicit SBrowserWindowController(SBrowserDependencies dependencies);
+  /// Lets go of the phone; workers that are still busy with it find nobody to report to.
+  ~SBrowserWindowController() override;
+
+  /// `awakeFromNib` Sets the window up: called by the initialiser.
+  void awakeFromNib();
+  /// `showWindow:`
+  void showWindow();
+  QMainWindow* window() const;
+
+  // ---- Connection and tree ----
+
+  /// `connectDevice:` Connects to the phone at this location (hexadecimal text) and shows it. Returns at once; the last
+  /// call counts. A phone without storages leaves the window as it was.
+  void connectDevice(const QString& locationID);
+  /// `setSelectedStorage:` 2: the external storage, anything else: the internal one. Not again when it is shown.
+  void setSelectedStorage(int storage);
+  /// `gotoNewFolder:` Shows the item's path and, unless it is a file, its contents.
+  void gotoNewFolder(const ItemPointer& item);
+  /// `btnToolbar_clicked:` The sender's objectName tells what to do.
+  void btnToolbar_clicked(const QObject* sender);
+  /// `outlineViewRowDoubleClicked:` Enters the row's item; the next button has nowhere to go any more.
+  void outlineViewRowDoubleClicked(const QModelIndex& clickedRow);
+  /// `getContentsOfItem:` Lists the item: a new array, or null. Any thread but the main one; blocks for the listing.
+  std::shared_ptr<SItemArray> getContentsOfItem(const ItemPointer& item);
+  /// `expandFolder:` Lists the item in the background if it has no children yet, then shows them. Always true.
+  bool expandFolder(const ItemPointer& item);
+  /// Whether the row may be expanded now; if so, its listing starts when it is needed.
+  bool shouldExpandItem(const ItemPointer& item);
+
+  /// `resetOutlineView` Forgets what was listed and lists the selected storage anew. Any thread.
+  void resetOutlineView();
+  /// `reloadDataOfOutlineView:` Makes the item the current folder and shows its children; null: draws all rows anew.
+  /// Any thread.
+  void reloadDataOfOutlineView(const ItemPointer& item);
+  /// `expandItem:` Shows the item's children anew. Any thread.
+  void expandItem(const ItemPointer& item);
+  /// `reloadItemWithChildren:` Any thread.
+  void reloadItemWithChildren(const ItemPointer& item);
+  /// `reloadItemWithoutChildren:` Any thread.
+  void reloadItemWithoutChildren(const ItemPointer& item);
+  /// `showLoadingView` Any thread.
+  void showLoadingView() override;
+  /// `hideLoadingView` Any thread.
+  void hideLoadingView() override;
+  /// `setDisableCaptureEvent:` Blocks the window with the ghost view, or frees it. Any thread.
+  void setDisableCaptureEvent(bool disable);
+  /// `changeEventRecieverObject:` Blocks the window with the ghost view handing its events to `view` (see
+  /// SGhostView::setOwnerDelegate()), or, with null, frees it but for the back and next buttons. Any thread.
+  void changeEventRecieverObject(QObject* view);
+
+  /// `menuTypeForItem:` A SOutlineMenuType.
+  int menuTypeForItem(const ItemPointer& item) const;
+
+  // ---- Device events and disconnection ----
+
+  /// `registerMtpNotice` Has the phone's events come to this window.
+  void registerMtpNotice();
+  /// `catchMTPEvent` Something changed on the phone: the tree is built anew two seconds after the last such call. Any
+  /// thread; does not block.
+  void catchMTPEvent();
+  /// `updateMTPChangeProcess` Builds the tree anew.
+  void updateMTPChangeProcess();
+  /// `deviceDisconnected` Back to the welcome state.
+  void deviceDisconnected();
+  /// `closeAllWindows` Closes the window as if the user had. Any thread.
+  void closeAllWindows();
+  /// `close` The same.
+  void close() { closeAllWindows(); }
+  /// `windowWillClose:` Nothing.
+  void windowWillClose() {}
+  /// `isTransferProcess` Whether a transfer runs. Any thread.
+  bool isTransferProcess() const { return m_events.isTransferProcess; }
+  void setIsTransferProcess(bool running) { m_events.isTransferProcess = running; }
+
+  // ---- Sizes and dates as shown; any thread ----
+
+  /// `convertFileSizeFromInt:` The size column's text.
+  static QString convertFileSizeFromInt(std::uint64_t bytes);
+  /// `stringFromating:` A number given as text, with its unit.
+  static QString stringFromating(const QString& number);
+  /// `convertMtpToSystemDate:` The displayed text of the phone's date text; null when that is none.
+  static QString convertMtpToSystemDate(const QString& text);
+  /// `dateTimeStringFromDate:` The displayed text of a moment.
+  static QString dateTimeStringFromDate(platform::dates::Instant date);
+
+  // ---- State, for the operations that join this class and for tests ----
+
+  const QString& locationID() const { return _locationID; }
+  const QString& deviceName() const { return _deviceName; }
+  const std::vector<ItemPointer>& staticSource() const { return _staticSource; }
+  const ItemPointer& currentFolderItem() const { return _currentFolderItem; }
+  int currentSelectedStorage() const { return _currentSelectedStorage; }
+  const SStack<SItem>& nextStack() const { return _nextStack; }
+  SBrowserOutlineModel& outlineModel() const { return *m_model; }
+  WindowLayout& layout() const { return *m_layout; }
+  bool isDetached() const { return _isDetached; }
+  bool isCanceled() const { return _isCanceled; }
+  bool isDropOvering() const { return _isDropOvering; }
+  void setIsDropOvering(bool hovering) { _isDropOvering = hovering; }
+  bool isRebuildPending() const { return m_events.isRebuildPending(); }
+
+Q_SIGNALS:
+  /// A folder's contents are on screen.
+  void folderShown();
+
+protected:
+  bool eventFilter(QObject* watched, QEvent* event) override;
+
+private:
+  // SOutlineViewOwner
+  int menuTypeForItem(const QModelIndex& item) override;
+  void mouseEntered(QEvent& event) override;
+  void mouseExited(QEvent& event) override;
+  // TreeLoaderOwner
+  void publishChildren(const ItemPointer& item, std::shared_ptr<SItemArray> children) override;
+  void folderEntered(const ItemPointer& item) override;
+  void folderExpanded(const ItemPointer& item) override;
+
+  void connected(const ConnectedDevice& device);
+  void makeStorageRoots(const QList<MtpStorageInfo>& storages);
+  void showStorageButtons();
+  void resetBrowsingState();
+  void setToolbarEnabled(bool storages, bool backAndNext);
+  void goBack();
+  void goNext();
+  bool handleKey(int key);
+  bool isInTree(const SItem& item) const;
+  void reloadItem(const ItemPointer& item, bool withChildren);
+  void performOnMainThread(const std::function<void()>& work) const;
+
+  void __gotoNewFolderOnMainThread(const ItemPointer& item);
+  void __resetOutlineViewOnMainThread();
+  void __reloadDataOfOutlineViewOnMainThread(const ItemPointer& item);
+  void __expandItemOnMainThread(const ItemPointer& item);
+  void __reloadItemWithChildrenOnMainThread(const ItemPointer& item);
+  void __reloadItemWithoutChildrenOnMainThread(const ItemPointer& item);
+  void __showLoadingViewOnMainThread();
+  void __hideLoadingViewOnMainThread();
+  void __setDisableCaptureEventOnMainThread(bool disable);
+  void __changeEventRecieverObjectOnMainThread(QObject* view);
+  void __closeAllWindowsOnMainThread();
+
+  SBrowserDependencies m_dependencies;
+  std::unique_ptr<WindowLayout> m_layout;
+  std::unique_ptr<SBrowserOutlineModel> m_model;
+  std::shared_ptr<DeviceQueue> m_queue;
+  DeviceConnection m_connection;
+  TreeLoader m_loader;
+  DeviceEvents m_events;
+  std::shared_ptr<DeviceSession> m_session; // null until connected
+
+  QString _locationID;
+  QString _deviceName;
+  QString _internalRootName; // of the internal storage that is selected first; null without one
+  std::vector<ItemPointer> _staticSource;
+  ItemPointer _currentFolderItem;
+  int _currentSelectedStorage = 1;
+  SStack<SItem> _nextStack;
+  bool m_isExpanding = false; // rows are being expanded by us, not by the user
+  bool _isDropOvering = false;
+  std::atomic<bool> _isDetached{false}; // written by the main thread, polled by workers of transfers and changes
+  std::atomic<bool> _isCanceled{false}; // written by whoever closes, polled by transfers
+  std::shared_ptr<char> m_alive = std::make_shared<char>();
+};

@@ -1,0 +1,258 @@
+#include "SBrowser/TreeLoader.h"
+
+#include "MTPCore/MtpItemInfo.h"
+#include "Platform/MainThread.h"
+#include "UI/Common/NSStringPredicate.h"
+
+#include <malloc.h>
+
+#include <atomic>
+#include <optional>
+
+namespace {
+
+// From so many entries on, the memory of the phone's answer is worth giving back to the system at once.
+constexpr int kManyEntries = 5000;
+
+} // namespace
+
+/// What a listing needs of an item, so that the worker need not look at the tree.
+struct TreeLoader::Source {
+  std::int32_t objectType = SObjectTypeUnset;
+  QString rootPath;
+  QString filePath;
+  QString nodeID;
+};
+
+struct TreeLoader::Listing {
+  ArrayPointer children; // null: the phone does not know the item
+  QString nodeID;        // of a storage root that was resolved; else null
+};
+
+struct TreeLoader::Request {
+  enum Kind { Enter, Expand };
+  ItemPointer item;
+  Kind kind = Enter;
+  std::shared_ptr<DeviceSession> session;
+  std::uint64_t treeGeneration = 0;
+  std::atomic<bool> overtaken{false}; // written by the main thread, read by the request's worker
+};
+
+namespace {
+
+std::shared_ptr<SItem> makeItem(MtpItemInfo& entry, const QString& rootPath, const std::shared_ptr<SItem>& parent) {
+  auto item = SItem::newObject();
+  item->setNodeID(entry.NodeID);
+  item->setFileName(entry.FileName.value_or(QString()));
+  item->setFilePath(entry.FilePath.value_or(QString()));
+  if (entry.ObjectType == MtpObjectFolder) {
+    item->setDateModified(ui::kUnknownDate.toString());
+    item->setFileSize(0);
+    item->setObjectType(SObjectTypeFolder);
+  } else {
+    item->setMtpDate(entry.DateModify.value_or(QString()));
+    item->setFileSize(entry.FileLength);
+    item->setObjectType(SObjectTypeFile);
+  }
+  item->setRootPath(rootPath);
+  item->setParentItem(parent);
+  entry = MtpItemInfo(); // its texts are not needed any more: their memory serves the next items
+  return item;
+}
+
+std::shared_ptr<SItemArray> makeItems(QList<MtpItemInfo> entries, const QString& rootPath,
+                                      const std::shared_ptr<SItem>& parent) {
+  auto items = std::make_shared<SItemArray>();
+  items->reserve(static_cast<int>(entries.size()));
+  for (MtpItemInfo& entry : entries)
+    if (entry.FileName != QStringLiteral(".."))
+      items->append(makeItem(entry, rootPath, parent));
+  return items;
+}
+
+} // namespace
+
+TreeLoader::TreeLoader(std::shared_ptr<DeviceQueue> queue, TreeLoaderOwner& owner)
+    : m_queue(std::move(queue))
+    , m_owner(owner) {}
+
+TreeLoader::~TreeLoader() = default;
+
+void TreeLoader::setSession(std::shared_ptr<DeviceSession> session) {
+  platform::assertMainThread();
+  forgetRequests();
+  m_session = std::move(session);
+}
+
+void TreeLoader::gotoNewFolder(const ItemPointer& item) {
+  platform::assertMainThread();
+  if (folderBeingEntered() == item)
+    return;
+  overtakeAll();
+  if (!m_session || m_session->ended)
+    return;
+  if (item->isListed()) {
+    // Nothing is needed of the phone to show it; it only has to learn which storage is in use.
+    m_queue->perform("mtp-storage", m_session,
+                     [root = item->rootPath()](DeviceSession& session) { session.selectStorage(root); });
+    m_owner.hideLoadingView();
+    m_owner.folderEntered(item);
+    return;
+  }
+  m_owner.showLoadingView();
+  auto request = std::make_shared<Request>();
+  request->item = item;
+  request->kind = Request::Enter;
+  start(request);
+}
+
+void TreeLoader::expandFolder(const ItemPointer& item) {
+  platform::assertMainThread();
+  if (!m_session || m_session->ended || item->childObjects()) {
+    if (m_requests.empty())
+      m_owner.hideLoadingView();
+    return;
+  }
+  for (const RequestPointer& request : m_requests)
+    if (request->kind == Request::Expand && request->item == item)
+      return; // collapsed and expanded again while it is being listed
+  auto request = std::make_shared<Request>();
+  request->item = item;
+  request->kind = Request::Expand;
+  start(request);
+}
+
+void TreeLoader::forgetRequests() {
+  platform::assertMainThread();
+  ++m_treeGeneration;
+  const bool any = !m_requests.empty();
+  overtakeAll();
+  if (any)
+    m_owner.hideLoadingView();
+}
+
+TreeLoader::ItemPointer TreeLoader::folderBeingEntered() const {
+  platform::assertMainThread();
+  for (const RequestPointer& request : m_requests)
+    if (request->kind == Request::Enter)
+      return request->item;
+  return nullptr;
+}
+
+TreeLoader::ArrayPointer TreeLoader::getContentsOfItem(const ItemPointer& item) {
+  Source source;
+  std::shared_ptr<DeviceSession> session;
+  const bool told = platform::runOnMainAndWait([&] {
+    source = sourceOf(*item);
+    session = m_session;
+  });
+  if (!told || !session)
+    return nullptr;
+  Listing listing;
+  m_queue->performHere(session, [&](DeviceSession& current) { listing = list(current, source, item); });
+  if (!listing.nodeID.isNull())
+    platform::runOnMainAndWait([&] { item->setNodeID(listing.nodeID); });
+  return listing.children;
+}
+
+TreeLoader::Source TreeLoader::sourceOf(const SItem& item) {
+  return {item.objectType(), item.rootPath(), item.filePath(), item.nodeID()};
+}
+
+TreeLoader::Listing TreeLoader::list(DeviceSession& session, const Source& source, const ItemPointer& parent) {
+  session.currentMemoryType = source.objectType;
+  session.selectStorage(source.rootPath);
+  MTPDextSDKWrapper& mtp = *session.mtp;
+  Listing listing;
+  const bool isRoot =
+      source.objectType == SObjectTypeInternalStorage || source.objectType == SObjectTypeExternalStorage;
+  void* const node = isRoot ? static_cast<void*>(session.currentStorageNode)
+                            : static_cast<void*>(mtp.getCommonNodeFromNodeID(source.nodeID));
+  const std::int32_t kind = node != nullptr ? mtp.nodeKind(node) : 0;
+  if (kind == 0)
+    return listing;
+  if (isRoot)
+    listing.nodeID = MTPDextSDKWrapper::nodeIDOf(node);
+  std::optional<QList<MtpItemInfo>> entries;
+  if (kind == MTPDEXT_NODE_STORAGE) {
+    entries = mtp.getFilesAtFolder(nullptr, session.currentStorageNode, source.filePath);
+    session.currentFolderNode = nullptr;
+  } else if (kind == MTPDEXT_NODE_FOLDER) {
+    session.currentFolderNode = static_cast<_MTP_FOLDER_NODE*>(node);
+    entries = mtp.getFilesAtFolder(session.currentFolderNode, session.currentStorageNode, source.filePath);
+  } else {
+    entries.emplace();
+  }
+  if (!entries)
+    return listing;
+  listing.children = makeItems(std::move(*entries), source.rootPath, parent);
+  return listing;
+}
+
+void TreeLoader::start(const RequestPointer& request) {
+  request->session = m_session;
+  request->treeGeneration = m_treeGeneration;
+  m_requests.insert(request);
+  const auto report = [this, alive = std::weak_ptr<char>(m_alive), request](Listing& listing) {
+    platform::runOnMainAndWait([&] {
+      if (!alive.expired())
+        finish(request, std::move(listing));
+    });
+  };
+  m_queue->perform("mtp-list", m_session, [request, report, source = sourceOf(*request->item)](DeviceSession& session) {
+    if (request->overtaken)
+      return; // nobody waits for it, and the phone may be slow
+    Listing listing = list(session, source, request->item);
+    const bool many = listing.children && listing.children->count() >= kManyEntries;
+    report(listing);
+    if (many)
+      malloc_trim(0);
+  });
+}
+
+void TreeLoader::finish(const RequestPointer& request, Listing listing) {
+  platform::assertMainThread();
+  if (request->treeGeneration != m_treeGeneration || request->session->ended)
+    return;
+  if (!listing.nodeID.isNull())
+    request->item->setNodeID(listing.nodeID);
+  if (request->kind == Request::Enter)
+    finishEntering(request, std::move(listing));
+  else
+    finishExpanding(request, std::move(listing));
+}
+
+void TreeLoader::finishEntering(const RequestPointer& request, Listing listing) {
+  const ItemPointer& item = request->item;
+  if (request->overtaken && !listing.children)
+    return;
+  item->setIsListed(true); // also when the listing failed
+  if (listing.children)
+    m_owner.publishChildren(item, std::move(listing.children));
+  if (request->overtaken)
+    return;
+  end(request);
+  m_owner.folderEntered(item);
+}
+
+void TreeLoader::finishExpanding(const RequestPointer& request, Listing listing) {
+  const ItemPointer& item = request->item;
+  if (listing.children && !item->childObjects()) {
+    m_owner.publishChildren(item, std::move(listing.children));
+    item->setIsListed(true);
+    m_owner.folderExpanded(item);
+  }
+  end(request);
+}
+
+void TreeLoader::overtakeAll() {
+  for (const RequestPointer& request : m_requests)
+    request->overtaken = true;
+  m_requests.clear();
+}
+
+void TreeLoader::end(const RequestPointer& request) {
+  m_requests.erase(request);
+  if (m_requests.empty())
+    m_owner.hideLoadingView();
+}

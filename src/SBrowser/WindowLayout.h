@@ -1,0 +1,80 @@
+#pragma once
+// The browser window's widgets and where they stand.
+#include "Platform/Timers.h"
+
+#include <QObject>
+#include <QString>
+
+#include <memory>
+
+class NavigationButton;
+class QAction;
+class QLabel;
+class QLineEdit;
+class QMainWindow;
+class QToolBar;
+class QWidget;
+class SGhostView;
+class SLoadingAniViewController;
+class SOutlineView;
+class SToolbarButton;
+
+/// Builds the window in its welcome state, hidden. A toolbar with back, next, the storages and the new-folder button;
+/// below it either the welcome or the path and the tree, with the overlays on top. Owns all widgets. Main thread.
+class WindowLayout : public QObject {
+  Q_OBJECT
+public:
+  explicit WindowLayout(platform::Timers& timers);
+  ~WindowLayout() override;
+
+  QMainWindow* window() const { return m_window.get(); }
+
+  /// The welcome with this text, under the program's own title; no toolbar.
+  void showWelcome(const QString& text);
+  /// Toolbar, path and tree, under this title.
+  void showBrowser(const QString& title);
+  /// A path of any content, on one line.
+  void setPath(const QString& path);
+  /// Gives the button the width of its title in the bold face of 13 points and 15 more.
+  static void sizeToTitle(SToolbarButton& button);
+  void setStorageButton(SToolbarButton& button, bool shown, const QString& title);
+  /// The overlay fills the content area, comes to the front, is shown and gets the keyboard.
+  void cover(QWidget& overlay);
+
+  // Owned by the window.
+  QToolBar* toolbar = nullptr;
+  NavigationButton* btn_Previous = nullptr;
+  NavigationButton* btn_Next = nullptr;
+  NavigationButton* btn_AddNewFolder = nullptr; ///< not shown: there is nothing behind it yet
+  SToolbarButton* btn_InternalStorage = nullptr;
+  SToolbarButton* btn_ExternalStorage = nullptr;
+  QWidget* contentView = nullptr;
+  QWidget* welcomeView = nullptr;
+  QLabel* welcomeTfield = nullptr;
+  QLineEdit* paths = nullptr;
+  QWidget* scrollViewBrowser = nullptr; ///< what encloses the tree
+  SOutlineView* outlineView = nullptr;
+  SGhostView* ghostView = nullptr;
+  std::unique_ptr<SLoadingAniViewController> loadingViewController;
+
+Q_SIGNALS:
+  /// A button of the toolbar was clicked; its identifier is its objectName.
+  void toolbarClicked(QObject* sender);
+  /// The pointer has come over the back or next button (true) or left it.
+  void navigationHovered(bool entered);
+
+protected:
+  bool eventFilter(QObject* watched, QEvent* event) override;
+
+private:
+  void buildToolbar();
+  void buildContent(platform::Timers& timers);
+  void buildWelcome();
+  NavigationButton* addNavigationButton(const QString& identifier, const QString& imageName, const QString& name,
+                                        QAction** action);
+  SToolbarButton* addStorageButton(const QString& identifier, const QString& title, QAction** action);
+
+  std::unique_ptr<QMainWindow> m_window;
+  QAction* m_internalItem = nullptr; // what shows or hides a widget of a toolbar
+  QAction* m_externalItem = nullptr;
+};
