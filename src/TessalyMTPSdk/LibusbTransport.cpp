@@ -84,6 +84,10 @@ IoStatus fromResult(int result) {
   }
 }
 
+void setWake(int& flag, int value) {
+  std::atomic_ref(flag).store(value);
+}
+
 class LibusbTransport final : public Transport {
 public:
   LibusbTransport(libusb_context* context, libusb_device_handle* handle, const UsbInterfaceFacts& facts)
@@ -208,8 +212,8 @@ private:
   bool m_pumping = false;  // the transacting thread handles the USB's completions
   Clock::time_point m_lastPump{};
 
-  // For libusb_handle_events_timeout_completed: non-zero ends the wait of the transacting and of the event thread. Set
-  // under the lock; libusb reads them under its own locks, as it documents.
+  // The `completed` of libusb_handle_events_timeout_completed, which is an int: non-zero ends the wait of the
+  // transacting and of the event thread. Written under the lock by whoever has news; libusb reads it without.
   int m_wakePump = 0, m_wakeEvents = 0;
 };
 
@@ -231,7 +235,7 @@ void LibusbTransport::completed(Transfer& transfer) {
   if (transfer.usb->endpoint == m_facts.interruptIn) {
     eventCompleted(transfer);
   }
-  m_wakePump = 1;
+  setWake(m_wakePump, 1);
 }
 
 void LibusbTransport::eventCompleted(Transfer& transfer) {
@@ -392,7 +396,7 @@ bool LibusbTransport::pump(Lock& lock, Clock::time_point deadline) {
   }
   const auto us = std::chrono::ceil<std::chrono::microseconds>(left).count();
   timeval wait{static_cast<time_t>(us / 1000000), static_cast<suseconds_t>(us % 1000000)};
-  m_wakePump = 0;
+  setWake(m_wakePump, 0);
   m_pumping = true;
   lock.unlock();
   libusb_handle_events_timeout_completed(m_context, &wait, &m_wakePump);
@@ -424,7 +428,7 @@ bool LibusbTransport::cancel(Queue& queue, Lock& lock) {
 }
 
 void LibusbTransport::wake() {
-  m_wakePump = 1;
+  setWake(m_wakePump, 1);
   if (m_context != nullptr) {
     libusb_interrupt_event_handler(m_context);
   }
@@ -751,7 +755,7 @@ void LibusbTransport::close() {
   }
   assert(m_eventThread.get_id() != std::this_thread::get_id());
   m_closing = true;
-  m_wakeEvents = 1;
+  setWake(m_wakeEvents, 1);
   wake();
   m_changed.notify_all();
   lock.unlock();
