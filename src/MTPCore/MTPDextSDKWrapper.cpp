@@ -12,7 +12,6 @@
 #include <algorithm>
 #include <exception>
 #include <new>
-#include <source_location>
 #include <string>
 #include <typeinfo>
 
@@ -198,12 +197,12 @@ std::optional<QString> MTPDextSDKWrapper::getMTPFriendlyName() {
 }
 
 std::uint32_t MTPDextSDKWrapper::getMTPFriendlyName(_MTP_DEVICE_NODE* deviceNode, std::optional<QString>& name) {
-  return readDeviceName(&MtpSdk::getFriendlyName, deviceNode, name, std::source_location::current());
+  return readDeviceName(&MtpSdk::getFriendlyName, deviceNode, name, MTPB_HERE);
 }
 
 std::uint32_t MTPDextSDKWrapper::getMTPModelName(_MTP_DEVICE_NODE* deviceNode, std::optional<QString>& name) {
   static const QString prefix = QStringLiteral("TESSALY-");
-  const std::uint32_t status = readDeviceName(&MtpSdk::getModelName, deviceNode, name, std::source_location::current());
+  const std::uint32_t status = readDeviceName(&MtpSdk::getModelName, deviceNode, name, MTPB_HERE);
   if (name) {
     if (name->startsWith(prefix) && name->size() > prefix.size())
       name->remove(0, prefix.size());
@@ -215,7 +214,7 @@ std::uint32_t MTPDextSDKWrapper::getMTPModelName(_MTP_DEVICE_NODE* deviceNode, s
 }
 
 std::uint32_t MTPDextSDKWrapper::readDeviceName(NameOperation operation, _MTP_DEVICE_NODE* deviceNode,
-                                                std::optional<QString>& name, const std::source_location& where) {
+                                                std::optional<QString>& name, const platform::SourceLocation& where) {
   if (isDetached() || deviceNode == nullptr)
     return DGSTATUS_UNSUCCESSFUL;
   std::uint32_t byteSize = 0;
@@ -326,7 +325,7 @@ std::optional<QList<MtpStorageInfo>> MTPDextSDKWrapper::storageInfoLists() {
   QList<MtpStorageInfo> storages;
   {
     const std::lock_guard monitor(m_monitor);
-    storages = collectStorages(std::source_location::current());
+    storages = collectStorages(MTPB_HERE);
   }
   MTPB_LOG("EXIT");
   if (storages.isEmpty())
@@ -334,7 +333,7 @@ std::optional<QList<MtpStorageInfo>> MTPDextSDKWrapper::storageInfoLists() {
   return storages;
 }
 
-bool MTPDextSDKWrapper::connectForStorages(const std::source_location& where) {
+bool MTPDextSDKWrapper::connectForStorages(const platform::SourceLocation& where) {
   // A node that the SDK knows no more is as good as none.
   if (!isNode(m_currentDeviceNode, MTPDEXT_NODE_DEVICE))
     m_currentDeviceNode = findDevice();
@@ -353,7 +352,7 @@ bool MTPDextSDKWrapper::connectForStorages(const std::source_location& where) {
   return false;
 }
 
-QList<MtpStorageInfo> MTPDextSDKWrapper::collectStorages(const std::source_location& where) {
+QList<MtpStorageInfo> MTPDextSDKWrapper::collectStorages(const platform::SourceLocation& where) {
   std::optional<QString> modelName;
   if (!connectForStorages(where) || getMTPModelName(m_currentDeviceNode, modelName) != DGSTATUS_SUCCESS || !modelName)
     return {};

@@ -2,6 +2,7 @@
 // The one object through which the browser reaches one attached phone: its storages, folders and files.
 #include "MTPCore/MtpItemInfo.h"
 #include "MTPCore/MtpSdk.h"
+#include "Platform/SourceLocation.h"
 #include "Platform/ThreadSafety.h"
 
 #include <QList>
@@ -12,7 +13,6 @@
 #include <memory>
 #include <mutex>
 #include <optional>
-#include <source_location>
 
 /// Access to one phone, bound by its USB location.
 ///
@@ -179,10 +179,10 @@ private:
   bool isNode(const void* node, std::int32_t kind);
   _MTP_DEVICE_NODE* findDevice();
   std::uint32_t readDeviceName(NameOperation operation, _MTP_DEVICE_NODE* deviceNode, std::optional<QString>& name,
-                               const std::source_location& where);
+                               const platform::SourceLocation& where);
   // The two log as the operation `where` stands in.
-  bool connectForStorages(const std::source_location& where);
-  QList<MtpStorageInfo> collectStorages(const std::source_location& where);
+  bool connectForStorages(const platform::SourceLocation& where);
+  QList<MtpStorageInfo> collectStorages(const platform::SourceLocation& where);
   std::optional<MtpItemInfo> parentEntry(_MTP_FOLDER_NODE* folder, const QString& folderPath);
   void appendFiles(QList<MtpItemInfo>& items, _MTP_COMMON_NODE* commonNode, const QString& folderPath);
   // Each holds the nodes and calls visit(node) for every node of the list until it answers false.

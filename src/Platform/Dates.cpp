@@ -9,15 +9,19 @@
 #include <unicode/gregocal.h>
 #include <unicode/timezone.h>
 
-#include <cstdlib>
+#include <array>
 #include <memory>
+#include <sys/stat.h>
 
 namespace platform::dates {
 namespace {
 
+// What the formatter depends on. `zone` is TZ's value or a test's zone; where it is empty the system's zone counts,
+// which `stamp` tells apart: the inode and the change time of /etc/localtime.
 struct LocaleAndZone {
   QByteArray locale;
   QByteArray zone;
+  std::array<std::int64_t, 3> stamp{};
 
   friend bool operator==(const LocaleAndZone&, const LocaleAndZone&) = default;
 };
@@ -42,10 +46,17 @@ LocaleAndZone current() {
     if (g_override)
       return *g_override;
   }
-  return {userLocale(), QTimeZone::systemTimeZoneId()};
+  LocaleAndZone found{userLocale(), qgetenv("TZ")};
+  struct stat file {};
+  if (found.zone.isEmpty() && ::lstat("/etc/localtime", &file) == 0)
+    found.stamp = {std::int64_t(file.st_ino), file.st_ctim.tv_sec, file.st_ctim.tv_nsec};
+  return found;
 }
 
-std::unique_ptr<icu::TimeZone> makeZone(const QByteArray& id) {
+std::unique_ptr<icu::TimeZone> makeZone(const QByteArray& wanted) {
+  // Qt's reading of TZ knows its forms (":Europe/Berlin", a path).
+  const bool named = !wanted.isEmpty() && wanted != qgetenv("TZ");
+  const QByteArray id = named ? wanted : QTimeZone::systemTimeZoneId();
   std::unique_ptr<icu::TimeZone> zone(
       icu::TimeZone::createTimeZone(icu::UnicodeString::fromUTF8({id.constData(), int32_t(id.size())})));
   if (*zone != icu::TimeZone::getUnknown())
@@ -134,7 +145,7 @@ std::optional<Instant> parse(const QString& text) {
 
 ScopedLocaleAndZone::ScopedLocaleAndZone(const QString& locale, const QString& zone) {
   const Lock lock(g_mutex);
-  g_override = LocaleAndZone{locale.toLatin1(), zone.toLatin1()};
+  g_override = LocaleAndZone{locale.toLatin1(), zone.toLatin1(), {}};
 }
 
 ScopedLocaleAndZone::~ScopedLocaleAndZone() {

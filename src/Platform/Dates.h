@@ -4,8 +4,8 @@
 // The locale is the application's (QLocale::setDefault()) when one was set, else the environment's: the first of
 // LC_ALL, LC_TIME, LANG that is set. The zone is TZ or /etc/localtime. Both are looked at on every call, so that a
 // change takes effect at once. Every function may be called from any thread; none blocks (a thread's first call loads
-// the locale's data, about a millisecond). Formatting takes about a microsecond, parsing a few: sort many rows by
-// their instants, not by parsing their texts in the comparison.
+// the locale's data, some milliseconds). Formatting a date takes about 5 microseconds and parsing one 10: format only
+// the rows that are seen, and sort by moments, not by parsing texts.
 #include <QString>
 
 #include <chrono>

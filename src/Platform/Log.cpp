@@ -62,7 +62,7 @@ void logPlain(const char* format, ...) {
   emitLine(text.toUtf8());
 }
 
-void logLine(const std::source_location& where, const char* format, ...) {
+void logLine(const SourceLocation& where, const char* format, ...) {
   va_list args;
   va_start(args, format);
   const QString text = QString::vasprintf(format, args);

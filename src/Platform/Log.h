@@ -5,10 +5,11 @@
 // MTPB_LOG adds the program's prefix "[file:function-(line)] "; MTPB_LOG_PLAIN writes the message alone.
 // Control characters in a message are written as "\n" or "\x1b". Callable from any thread; lines of different threads
 // never mix. Never blocks on anything but the descriptor.
+#include "Platform/SourceLocation.h"
+
 #include <QString>
 
 #include <functional>
-#include <source_location>
 
 namespace platform {
 
@@ -20,12 +21,12 @@ void setLogSink(std::function<void(const QString& line)> sink);
 void logPlain(const char* format, ...) __attribute__((format(printf, 1, 2)));
 
 /// Writes one line in the program's form. Use MTPB_LOG, which supplies `where`. Any thread.
-void logLine(const std::source_location& where, const char* format, ...) __attribute__((format(printf, 2, 3)));
+void logLine(const SourceLocation& where, const char* format, ...) __attribute__((format(printf, 2, 3)));
 
 /// The name a log line gives a function: "Class::operation" or "function", cut from the compiler's full spelling.
 QString functionNameForLog(const char* prettyFunction);
 
 } // namespace platform
 
-#define MTPB_LOG(...) ::platform::logLine(std::source_location::current(), __VA_ARGS__)
+#define MTPB_LOG(...) ::platform::logLine(MTPB_HERE, __VA_ARGS__)
 #define MTPB_LOG_PLAIN(...) ::platform::logPlain(__VA_ARGS__)

@@ -45,7 +45,7 @@ bool isMainThread() {
   return application != nullptr && application->thread() == QThread::currentThread();
 }
 
-void assertMainThread(const std::source_location& where) {
+void assertMainThread(const SourceLocation& where) {
   if (isMainThread())
     return;
   logLine(where, "called off the main thread");

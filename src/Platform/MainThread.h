@@ -1,7 +1,8 @@
 #pragma once
 // Running work on the main thread: "perform on main thread" and "the main queue".
+#include "Platform/SourceLocation.h"
+
 #include <functional>
-#include <source_location>
 
 namespace platform {
 
@@ -10,7 +11,7 @@ bool isMainThread();
 
 /// Ends the process with a log line when the calling thread is not the main thread, in release builds too: a view
 /// touched from another thread corrupts memory later, far from its cause.
-void assertMainThread(const std::source_location& where = std::source_location::current());
+void assertMainThread(const SourceLocation& where = SourceLocation::current());
 
 /// Queues `work` on the main thread and returns at once. Dropped when the application has ended. Any thread.
 void runOnMain(std::function<void()> work);
