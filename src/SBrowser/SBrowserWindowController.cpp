@@ -349,8 +349,8 @@ void SBrowserWindowController::outlineViewRowDoubleClicked(const QModelIndex& cl
 bool SBrowserWindowController::handleKey(int keyWithModifiers) {
   // Alt and an arrow mean the direction on the keyboard, which right-to-left layouts turn round.
   const bool mirrored = m_layout->outlineView->isRightToLeft();
-  const int back = Qt::ALT | (mirrored ? Qt::Key_Right : Qt::Key_Left);
-  const int next = Qt::ALT | (mirrored ? Qt::Key_Left : Qt::Key_Right);
+  const int back = QKeyCombination(Qt::ALT, mirrored ? Qt::Key_Right : Qt::Key_Left).toCombined();
+  const int next = QKeyCombination(Qt::ALT, mirrored ? Qt::Key_Left : Qt::Key_Right).toCombined();
   if (keyWithModifiers == Qt::Key_Return || keyWithModifiers == Qt::Key_Enter) {
     outlineViewRowDoubleClicked(m_layout->outlineView->currentIndex());
     return true;

@@ -1,6 +1,8 @@
 #include "SBrowser/STransferItem.h"
 
 QString lastPathComponent(const QString& path) {
+  if (path.isEmpty())
+    return path;
   qsizetype end = path.size();
   while (end > 1 && path.at(end - 1) == u'/')
     --end;
