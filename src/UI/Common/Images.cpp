@@ -2,13 +2,15 @@
 
 #include "Platform/Log.h"
 #include "Platform/MainThread.h"
+#include "UI/Common/FileIcons.h"
 #include "UI/Common/SvgIconEngine.h"
 
 #include <QFile>
 #include <QGuiApplication>
 #include <QHash>
-#include <QMimeDatabase>
 #include <QPainter>
+#include <QSet>
+#include <QtMath>
 
 #include <array>
 
@@ -61,98 +63,6 @@ QIcon platformImage(const QString& name) {
   return QIcon::hasThemeIcon(name) ? QIcon::fromTheme(name) : QIcon();
 }
 
-/// Our own picture for a kind of file.
-QString fallbackImageName(const QMimeType& type) {
-  struct Rule {
-    QLatin1StringView inherited;
-    QLatin1StringView picture;
-  };
-  // The first that fits: the special kinds before those they descend from.
-  static constexpr std::array rules{
-      Rule{QLatin1StringView("application/vnd.android.package-archive"), QLatin1StringView("file_app")},
-      Rule{QLatin1StringView("application/pdf"), QLatin1StringView("file_pdf")},
-      Rule{QLatin1StringView("application/msword"), QLatin1StringView("file_document")},
-      Rule{QLatin1StringView("application/rtf"), QLatin1StringView("file_document")},
-      Rule{QLatin1StringView("application/epub+zip"), QLatin1StringView("file_document")},
-      Rule{QLatin1StringView("application/vnd.openxmlformats-officedocument.wordprocessingml.document"),
-           QLatin1StringView("file_document")},
-      Rule{QLatin1StringView("application/vnd.oasis.opendocument.text"), QLatin1StringView("file_document")},
-      Rule{QLatin1StringView("application/vnd.ms-excel"), QLatin1StringView("file_spreadsheet")},
-      Rule{QLatin1StringView("application/vnd.openxmlformats-officedocument.spreadsheetml.sheet"),
-           QLatin1StringView("file_spreadsheet")},
-      Rule{QLatin1StringView("application/vnd.oasis.opendocument.spreadsheet"), QLatin1StringView("file_spreadsheet")},
-      Rule{QLatin1StringView("text/csv"), QLatin1StringView("file_spreadsheet")},
-      Rule{QLatin1StringView("application/vnd.ms-powerpoint"), QLatin1StringView("file_presentation")},
-      Rule{QLatin1StringView("application/vnd.openxmlformats-officedocument.presentationml.presentation"),
-           QLatin1StringView("file_presentation")},
-      Rule{QLatin1StringView("application/vnd.oasis.opendocument.presentation"),
-           QLatin1StringView("file_presentation")},
-      Rule{QLatin1StringView("application/zip"), QLatin1StringView("file_archive")},
-      Rule{QLatin1StringView("application/gzip"), QLatin1StringView("file_archive")},
-      Rule{QLatin1StringView("application/x-tar"), QLatin1StringView("file_archive")},
-      Rule{QLatin1StringView("application/x-7z-compressed"), QLatin1StringView("file_archive")},
-      Rule{QLatin1StringView("application/vnd.rar"), QLatin1StringView("file_archive")},
-      Rule{QLatin1StringView("application/x-bzip2"), QLatin1StringView("file_archive")},
-      Rule{QLatin1StringView("application/x-bzip"), QLatin1StringView("file_archive")},
-      Rule{QLatin1StringView("application/x-xz"), QLatin1StringView("file_archive")},
-      Rule{QLatin1StringView("application/ogg"), QLatin1StringView("file_audio")},
-      Rule{QLatin1StringView("text/html"), QLatin1StringView("file_code")},
-      Rule{QLatin1StringView("application/xml"), QLatin1StringView("file_code")},
-      Rule{QLatin1StringView("application/json"), QLatin1StringView("file_code")},
-      Rule{QLatin1StringView("application/x-shellscript"), QLatin1StringView("file_code")},
-      Rule{QLatin1StringView("text/x-csrc"), QLatin1StringView("file_code")},
-      Rule{QLatin1StringView("text/x-python"), QLatin1StringView("file_code")},
-      Rule{QLatin1StringView("application/javascript"), QLatin1StringView("file_code")},
-      Rule{QLatin1StringView("text/plain"), QLatin1StringView("file_text")},
-  };
-  const QString name = type.name();
-  static constexpr std::array families{QLatin1StringView("image"), QLatin1StringView("audio"),
-                                       QLatin1StringView("video")};
-  for (const QLatin1StringView family : families) {
-    if (name.startsWith(family) && name.mid(family.size()).startsWith(u'/')) {
-      return QStringLiteral("file_") + family;
-    }
-  }
-  for (const Rule& rule : rules) {
-    if (type.inherits(rule.inherited)) {
-      return rule.picture;
-    }
-  }
-  return QStringLiteral("file_unknown");
-}
-
-/// The extension in the letter case of the cache; empty when there is none that could mean a kind of file.
-QString iconExtension(const QString& fileName) {
-  constexpr qsizetype longest = 16;
-  const qsizetype dot = fileName.lastIndexOf(u'.');
-  const qsizetype length = fileName.size() - dot - 1;
-  if (dot < 0 || length < 1 || length > longest) {
-    return {};
-  }
-  const QStringView extension = QStringView(fileName).mid(dot + 1);
-  for (const QChar c : extension) {
-    const bool isPlain = c.unicode() < 0x80 && (c.isLetterOrNumber() || c == u'_' || c == u'-' || c == u'+');
-    if (!isPlain) {
-      return {};
-    }
-  }
-  return extension.toString().toLower();
-}
-
-QIcon lookUpIcon(const QString& extension) {
-  const QMimeType type = extension.isEmpty() ? QMimeType()
-                                             : QMimeDatabase().mimeTypeForFile(QStringLiteral("x.") + extension,
-                                                                               QMimeDatabase::MatchExtension);
-  if (type.isValid()) {
-    for (const QString& name : {type.iconName(), type.genericIconName()}) {
-      if (QIcon::hasThemeIcon(name)) {
-        return QIcon::fromTheme(name);
-      }
-    }
-  }
-  return namedImage(fallbackImageName(type));
-}
-
 } // namespace
 
 QIcon namedImage(const QString& name) {
@@ -161,7 +71,9 @@ QIcon namedImage(const QString& name) {
   if (image.isNull()) {
     image = platformImage(name);
   }
-  if (image.isNull()) {
+  static QSet<QString> reported;
+  if (image.isNull() && !reported.contains(name)) {
+    reported.insert(name); // once: rows of a whole folder may ask for the same picture
     MTPB_LOG("no image named \"%s\"", qUtf8Printable(name));
   }
   return image;
@@ -211,20 +123,8 @@ QIcon iconForItem(int objectType, const QString& fileName) {
 
 QIcon iconForFileName(const QString& fileName) {
   platform::assertMainThread();
-  // A phone can hold any number of made-up extensions; the real ones are few.
-  constexpr qsizetype cacheLimit = 512;
-  static QHash<QString, QIcon> cache;
-  static QString cachedTheme;
-  if (cachedTheme != QIcon::themeName() || cache.size() >= cacheLimit) {
-    cachedTheme = QIcon::themeName();
-    cache.clear();
-  }
-  const QString extension = iconExtension(fileName);
-  auto known = cache.constFind(extension);
-  if (known == cache.constEnd()) {
-    known = cache.insert(extension, lookUpIcon(extension));
-  }
-  return *known;
+  static FileIcons icons;
+  return icons.icon(fileName);
 }
 
 } // namespace ui

@@ -12,9 +12,9 @@ class QPainter;
 namespace ui {
 
 /// The picture named `name`: first the program's own file of that name, else the named image of the platform (one given
-/// to registerNamedImage(), then one of the desktop's icon theme). A null icon, with a log line, when there is none.
-/// Pictures are vectors: sharp at every size and scale. The single-coloured ones are drawn in the colour "ItemText" of
-/// the moment of painting, so that they follow a change of the desktop's palette with the next paint.
+/// to registerNamedImage(), then one of the desktop's icon theme). A null icon, with a log line the first time, when
+/// there is none. Pictures are vectors: sharp at every size and scale. The single-coloured ones are drawn in the colour
+/// "ItemText" of the moment of painting, so that they follow a change of the desktop's palette with the next paint.
 QIcon namedImage(const QString& name);
 
 /// Makes `image` the platform's named image `name`, replacing an earlier one.

@@ -51,7 +51,8 @@ QSize SOutlineTextCell::sizeHint(const QStyleOptionViewItem&, const QModelIndex&
 }
 
 QRectF SOutlineTextCell::textRectForFrame(const QRectF& frame) const {
-  return {frame.left() + kTextInset, frame.top() + kTextInset, qMax<qreal>(0, frame.width()), kTextHeight};
+  const qreal left = frame.left() + (isRTL ? -kTextInset : kTextInset);
+  return {left, frame.top() + kTextInset, frame.width(), kTextHeight};
 }
 
 void SOutlineTextCell::drawText(const QRectF& rect, const QString& title, QPainter& painter,
@@ -80,8 +81,8 @@ QRectF QXBrowserFileFieldCell::imageRectForFrame(const QRectF& frame) const {
 }
 
 QRectF QXBrowserFileFieldCell::textRectForFrame(const QRectF& frame) const {
-  const QRectF rect = SOutlineTextCell::textRectForFrame(frame);
-  return isRTL ? rect.adjusted(0, 0, -qMin(kTextRoomRTL, rect.width()), 0) : rect;
+  return {frame.left() + kTextInset, frame.top() + kTextInset,
+          qMax<qreal>(0, frame.width() - (isRTL ? kTextRoomRTL : 0)), kTextHeight};
 }
 
 void QXBrowserFileFieldCell::drawWithFrame(const QRectF& frame, QPainter& painter, const QPalette& palette) const {

@@ -16,7 +16,8 @@ public:
 
   bool isRTL = false;
 
-  /// Where the text stands: 18 pixels high, 3 to the right of and below the corner of `frame`, as wide as it.
+  /// Where the text stands: 18 pixels high, as wide as `frame`, 3 below its top and 3 off the side it
+  /// starts at.
   virtual QRectF textRectForFrame(const QRectF& frame) const;
 
   void paint(QPainter* painter, const QStyleOptionViewItem& option, const QModelIndex& index) const override;
@@ -49,7 +50,7 @@ public:
 
   /// Where the icon stands, for the frame drawWithFrame() gets.
   QRectF imageRectForFrame(const QRectF& frame) const;
-  /// As the plain cell's, 28 narrower right to left.
+  /// 18 pixels high, 3 to the right of and below the corner of `frame`, as wide as it, 28 narrower right to left.
   QRectF textRectForFrame(const QRectF& frame) const override;
 
   /// `cellSize` The size of the title, 22 wider with an icon and 3 wider in any case.

@@ -18,6 +18,8 @@ SOutlineHeaderView::SOutlineHeaderView(QWidget* parent)
   setHighlightSections(false);
   setSortIndicatorShown(true);
   connect(this, &QHeaderView::sectionResized, this, &SOutlineHeaderView::keepWithinLimits);
+  // A model that is reset may take its columns away and bring them back.
+  connect(this, &QHeaderView::sectionCountChanged, this, &SOutlineHeaderView::applyColumns);
 }
 
 void SOutlineHeaderView::setColumns(std::vector<SOutlineColumn> columns) {
@@ -47,11 +49,6 @@ void SOutlineHeaderView::setWidthOfColumn(int section, int width) {
 
 QSize SOutlineHeaderView::sizeHint() const {
   return {QHeaderView::sizeHint().width(), kHeight};
-}
-
-void SOutlineHeaderView::setModel(QAbstractItemModel* model) {
-  QHeaderView::setModel(model);
-  applyColumns();
 }
 
 void SOutlineHeaderView::applyColumns() {

@@ -42,7 +42,6 @@ public:
   void setWidthOfColumn(int section, int width);
 
   QSize sizeHint() const override;
-  void setModel(QAbstractItemModel* model) override;
 
 protected:
   /// `drawRect:` White, the sections, then a line around each of them.
