@@ -119,6 +119,7 @@ QDateTime moment(int year, int month, int day, quint32 seed) {
 bool writePhone(const QString& root) {
   TreeWriter tree(root);
   quint32 seed = 1;
+  const auto next = [&seed] { return ++seed; };
   for (const char* name :
        {"Alarms", "Android/data", "Android/media", "Audiobooks", "Notifications", "Podcasts", "Recordings"})
     tree.folder(QLatin1String(name));
@@ -148,19 +149,19 @@ bool writePhone(const QString& root) {
     for (int i = 0; i < 4; ++i, ++seed)
       tree.file(QStringLiteral("Music/%1/%2 Track.wav").arg(QLatin1String(album)).arg(i + 1, 2, 10, QLatin1Char('0')),
                 tune(seed), moment(2019, 6 + i, 12, seed));
-  tree.file(QStringLiteral("Ringtones/Morning dew.wav"), tune(++seed), moment(2020, 3, 9, seed));
+  tree.file(QStringLiteral("Ringtones/Morning dew.wav"), tune(next()), moment(2020, 3, 9, seed));
   tree.file(QStringLiteral("Documents/Read me first.txt"), prose(QStringLiteral("Read me first"), 2),
-            moment(2024, 9, 1, ++seed));
+            moment(2024, 9, 1, next()));
   tree.file(QStringLiteral("Documents/Recipes/Grandmother's bread.md"), prose(QStringLiteral("# Bread"), 5),
-            moment(2018, 11, 23, ++seed));
-  tree.file(QStringLiteral("Documents/Рецепты.txt"), prose(QStringLiteral("Рецепты"), 1), moment(2022, 2, 14, ++seed));
+            moment(2018, 11, 23, next()));
+  tree.file(QStringLiteral("Documents/Рецепты.txt"), prose(QStringLiteral("Рецепты"), 1), moment(2022, 2, 14, next()));
   tree.file(QStringLiteral("Documents/家計簿 2024.csv"), "month,rent,food\n1,820,310\n2,820,295\n3,820,342\n",
-            moment(2024, 4, 1, ++seed));
+            moment(2024, 4, 1, next()));
   tree.file(QStringLiteral("Documents/Contracts/2023/Flat/Lease (signed).txt"), prose(QStringLiteral("Lease"), 12),
-            moment(2023, 5, 31, ++seed));
-  tree.file(QStringLiteral("Download/map-of-the-city.jpg"), photo(++seed, {800, 600}), moment(2024, 8, 17, seed));
-  tree.file(QStringLiteral("Download/.partial"), {}, moment(2024, 8, 17, ++seed));
-  tree.file(QStringLiteral("Movies/An empty reel.mp4"), {}, moment(2020, 12, 24, ++seed));
+            moment(2023, 5, 31, next()));
+  tree.file(QStringLiteral("Download/map-of-the-city.jpg"), photo(next(), {800, 600}), moment(2024, 8, 17, seed));
+  tree.file(QStringLiteral("Download/.partial"), {}, moment(2024, 8, 17, next()));
+  tree.file(QStringLiteral("Movies/An empty reel.mp4"), {}, moment(2020, 12, 24, next()));
   return tree.good();
 }
 

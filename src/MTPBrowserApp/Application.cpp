@@ -1,0 +1,133 @@
+#include "MTPBrowserApp/Application.h"
+
+#include "DeviceNotifier/BTVornDeviceNotifier.h"
+#include "MTPBrowser.h"
+#include "MTPBrowserApp/AppDelegate.h"
+#include "MTPBrowserApp/EmbeddedPhone.h"
+#include "MTPBrowserApp/PictureTaker.h"
+#include "Platform/CompositeDeviceRegistry.h"
+#include "Platform/DistributedNotifications.h"
+#include "Platform/Log.h"
+#include "Platform/MainThread.h"
+#include "Platform/Timers.h"
+#include "Platform/UdevDeviceRegistry.h"
+#include "Platform/VirtualDeviceRegistry.h"
+#include "Platform/Workers.h"
+#include "QXCaptureLog.h"
+#include "SBrowser/SBrowserWindowController.h"
+#include "TessalyMTPSdk/Engine.h"
+#include "TessalyMTPSdk/UsbDiscovery.h"
+#include "UI/Common/Images.h"
+
+#include <QApplication>
+#include <QDir>
+
+#include <chrono>
+
+namespace {
+
+using namespace std::chrono_literals;
+
+// How long after the start the embedded phone waits for a real one to be announced.
+constexpr auto realPhonesFirst = 1200ms;
+// How long the end waits for workers; the engine has ended their transactions before.
+constexpr auto workersLimit = 5000ms;
+
+class Notifier : public DeviceNotifierService {
+public:
+  explicit Notifier(BTVornDeviceNotifier::Parts parts)
+      : m_notifier(std::move(parts)) {}
+  void start() override { m_notifier.registerNotification(std::nullopt); }
+  void stop() override { m_notifier.unRegisterNotification(); }
+
+private:
+  BTVornDeviceNotifier m_notifier;
+};
+
+class CaptureLog : public CaptureLogService {
+public:
+  void start(const QString& path) override { QXCaptureLog::defaultCaptureLog(path).startCapture(); }
+  void stop(const QString& path) override { QXCaptureLog::defaultCaptureLog(path).stopCapture(); }
+};
+
+class SupportTool : public SupportToolChannel {
+public:
+  void observe(const QString& name, Handler handler) override {
+    m_observation = platform::DistributedNotificationCenter::defaultCenter().observe(
+        name, [handler = std::move(handler)](const platform::Notification& notification) {
+          handler(notification.name, notification.userInfo);
+        });
+  }
+
+private:
+  std::unique_ptr<platform::NotificationObservation> m_observation;
+};
+
+void sendEngineLogToOurs() {
+  const bool debug = qEnvironmentVariableIsSet("MTPBROWSER_DEBUG");
+  mtp::setLog([debug](mtp::LogLevel level, const std::string& line) {
+    if (level != mtp::LogLevel::Debug || debug)
+      MTPB_LOG_PLAIN("%s", line.c_str());
+  });
+}
+
+} // namespace
+
+int runApplication(int argc, char** argv) {
+  QApplication application(argc, argv);
+  QApplication::setApplicationName(QStringLiteral("MTPBrowser"));
+  QApplication::setApplicationDisplayName(QStringLiteral("MTP Browser"));
+  QApplication::setDesktopFileName(QStringLiteral("org.mtpbrowser.MTPBrowser"));
+  sendEngineLogToOurs();
+
+  const auto virtualDevices = std::make_shared<platform::VirtualDeviceRegistry>();
+  BTVornDeviceNotifier::Parts detection;
+  detection.identities = detection::loadDeviceIdentityTable();
+  detection.registry =
+      std::make_shared<platform::CompositeDeviceRegistry>(std::vector<std::shared_ptr<platform::DeviceRegistry>>{
+          std::make_shared<platform::UdevDeviceRegistry>(), virtualDevices});
+  detection.mtpProbe = [](std::uint32_t locationId) { return mtp::hasMtpInterface(locationId); };
+  // Of a product whose serial port is looked for only once: attaching it takes no time.
+  EmbeddedPhone embeddedPhone(*virtualDevices,
+                              {detection.identities.kPhoneVendorId, detection.identities.kPhoneProductIdLast});
+
+  ApplicationParts parts;
+  parts.createNotifier = [&detection] { return std::make_unique<Notifier>(detection); };
+  parts.createBrowser = [] {
+    return std::make_unique<MTPBrowser>([] { return std::make_unique<SBrowserWindowController>(); },
+                                        [] { QCoreApplication::quit(); });
+  };
+  parts.supportTool = std::make_shared<SupportTool>();
+  parts.captureLog = std::make_shared<CaptureLog>();
+  parts.mainQueue = [](std::function<void()> work) { platform::runOnMain(std::move(work)); };
+  parts.homeFolder = QDir::homePath();
+
+  int status = 0;
+  {
+    AppDelegate delegate(std::move(parts));
+    QApplication::setQuitOnLastWindowClosed(delegate.applicationShouldTerminateAfterLastWindowClosed());
+    delegate.applicationDidFinishLaunching();
+
+    const EmbeddedPhoneMode mode = embeddedPhoneMode();
+    std::unique_ptr<platform::Timer> embeddedStart;
+    if (mode != EmbeddedPhoneMode::Never)
+      embeddedStart =
+          platform::Timers::mainThread().oneShot(mode == EmbeddedPhoneMode::Always ? 0ms : realPhonesFirst, [&] {
+            if (mode == EmbeddedPhoneMode::Always || delegate.locationId().isNull())
+              embeddedPhone.attach(embeddedPhoneFolder());
+          });
+    const PictureTaker pictures(qEnvironmentVariable("MTPBROWSER_PICTURE"), delegate.browser());
+
+    status = QApplication::exec();
+
+    embeddedStart.reset();
+    delegate.applicationWillTerminate();
+    platform::refuseWaiting(true);
+    embeddedPhone.detach();
+    mtp::shutdown(); // ends the transactions that workers wait for
+    if (!platform::waitForWorkers(workersLimit))
+      MTPB_LOG("%d background threads did not end in time", platform::runningWorkers());
+  }
+  mtp::setLog({});
+  return status;
+}
