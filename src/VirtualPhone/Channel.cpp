@@ -14,7 +14,7 @@ constexpr std::size_t MaxDataset = 1 << 20;   // a host has no larger one to sen
 constexpr std::size_t MaxCommand = 32;        // a header and five parameters
 constexpr std::uint32_t UnknownLength = 0xFFFFFFFF;
 constexpr auto Forever = std::chrono::milliseconds(24h); // unplugging ends every wait
-constexpr auto ZeroLengthPacketWait = 2s;
+constexpr auto ZeroLengthPacketWait = 300ms; // one that comes later is taken for an empty command and ignored
 
 std::uint32_t number(std::span<const std::byte> bytes, std::size_t at, std::size_t size) {
   return size == 2 ? DatasetReader(bytes.subspan(at)).u16() : DatasetReader(bytes.subspan(at)).u32();
@@ -330,7 +330,13 @@ Received Channel::receiveStream(const std::function<bool(std::span<const std::by
   bool taking = true;
   bool endless = false;
   for (bool ended = false; !ended;) {
+    // The header first, then no more than it announces: a host that leaves out the zero-length packet must not be waited
+    // for with a buffer half full.
     auto room = TransferSize;
+    if (got == 0)
+      room = packet;
+    else if (!endless && got < declared)
+      room = std::size_t(std::min<std::uint64_t>(room, (declared - got + packet - 1) / packet * packet));
     if (fault) {
       auto until = fault->atByte - fault->atByte % packet;
       if (got >= until) {
