@@ -38,7 +38,7 @@ using Milliseconds = Transport::Milliseconds;
 constexpr std::size_t smallSize = 16 * 1024;
 // One large transfer costs the phone and the kernel far less than many small ones; usbfs lends 16 MiB to all programs.
 constexpr std::size_t largeSize = 1024 * 1024;
-constexpr std::size_t smallPending = 3; // data, an empty packet behind it, response
+constexpr std::size_t smallPending = 2; // data and response
 constexpr std::size_t largePending = 4;
 constexpr std::size_t outPending = 3;
 constexpr std::size_t eventsPending = 4;
@@ -200,6 +200,7 @@ private:
   std::vector<TransferPtr> m_freeSmall, m_freeLarge, m_freeOut;
   std::uint64_t m_expected = 0; // bytes of the current transfer not yet handed out, as far as known
   std::size_t m_largeIn = largeSize, m_largeOut = largeSize; // lowered when the kernel lends less
+  bool m_answerDue = false;                                  // nothing was read since the last write
   bool m_outOpen = false;                                    // a transfer to the phone has begun and not ended
 
   Queue m_eventTransfers;
@@ -453,6 +454,7 @@ IoStatus LibusbTransport::write(std::span<const std::byte> data, bool endsTransf
   }
   const bool zeroPacket = endsTransfer && (m_outOpen || !data.empty()) && data.size() % m_facts.bulkPacketSize == 0;
   m_outOpen = !endsTransfer && (m_outOpen || !data.empty());
+  m_answerDue = true;
 
   Queue queue;
   std::size_t submitted = 0, moved = 0;
@@ -589,7 +591,9 @@ ReadResult LibusbTransport::read(std::span<std::byte> buffer, Milliseconds idle)
     if (cancelled) {
       return {IoStatus::Timeout};
     }
-    if (const IoStatus status = fillIn(); status != IoStatus::Ok) {
+    // Some host controllers (emulated ones) look at a waiting transfer again only when another one joins it.
+    const IoStatus status = std::exchange(m_answerDue, false) ? submitIn(smallSize) : fillIn();
+    if (status != IoStatus::Ok) {
       return {status};
     }
     if (!pump(lock, deadline)) {
@@ -767,11 +771,25 @@ void LibusbTransport::close() {
   cancel(m_in, lock);
   cancel(m_eventTransfers, lock);
   m_gone = true;
+  // A transfer refers to its handle to the end, except one the kernel kept: that one is taken from it by the closing.
+  Queue kept;
+  for (auto* queue : {&m_in, &m_eventTransfers, &m_stuck}) {
+    for (auto& transfer : *queue) {
+      if (transfer->pending) {
+        kept.push_back(std::move(transfer));
+      }
+    }
+    queue->clear();
+  }
+  for (auto* store : {&m_freeSmall, &m_freeLarge, &m_freeOut}) {
+    store->clear();
+  }
   auto* const context = std::exchange(m_context, nullptr);
   auto* const handle = std::exchange(m_handle, nullptr);
   lock.unlock();
   libusb_release_interface(handle, m_facts.number);
   libusb_close(handle);
+  kept.clear();
   libusb_exit(context);
 }
 
