@@ -39,15 +39,6 @@ bool isNumber(const QVariant& value) {
   }
 }
 
-// Names come from the device: what would break a log line is taken out.
-QString printable(const QByteArray& name) {
-  QString text = QString::fromUtf8(name);
-  for (QChar& c : text)
-    if (!c.isPrint() && !c.isSurrogate())
-      c = u'?';
-  return text;
-}
-
 std::optional<QString> textOf(const QVariant& value) {
   return value.isValid() ? std::optional<QString>(value.toString()) : std::nullopt;
 }
@@ -124,7 +115,7 @@ void AddUSBNotifier::DeviceAdded(platform::ServiceIterator& iterator) {
 // False when the notifier is being torn down and no more services are to be handled.
 bool AddUSBNotifier::handleArrival(const Service& service) {
   auto record = std::make_unique<_connected_device>();
-  record->deviceName = printable(service->name());
+  record->deviceName = QString::fromUtf8(service->name());
   MTPB_LOG("deviceNameAsCFString name : %s", qUtf8Printable(*record->deviceName));
   record->usbSerialNumber = textOf(service->property(key::serialNumber));
   if (!readDevice(*service, *record)) {

@@ -1,0 +1,240 @@
+#include "DeviceNotifier/BTVornDeviceNotifier.h"
+#include "DeviceNotifier/DetectionTestSupport.h"
+#include "Platform/VirtualDeviceRegistry.h"
+#include "Platform/Workers.h"
+#include "support/ScriptedDeviceRegistry.h"
+
+#include <gmock/gmock.h>
+
+#include <atomic>
+#include <stdexcept>
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::SizeIs;
+
+namespace {
+
+// A bus whose devices cannot be listed until the test says so; then nothing is on it.
+class StuckRegistry : public platform::VirtualDeviceRegistry {
+public:
+  int services(platform::ServiceClass, std::vector<std::shared_ptr<platform::RegistryService>>&) override {
+    const platform::Lock lock(m_mutex);
+    m_entered = true;
+    while (!m_released)
+      m_changed.wait(m_mutex);
+    return 0;
+  }
+  bool entered() {
+    const platform::Lock lock(m_mutex);
+    return m_entered;
+  }
+  void release() {
+    const platform::Lock lock(m_mutex);
+    m_released = true;
+    m_changed.notify_all();
+  }
+
+private:
+  platform::Mutex m_mutex;
+  platform::Condition m_changed;
+  bool m_entered MTPB_GUARDED_BY(m_mutex) = false;
+  bool m_released MTPB_GUARDED_BY(m_mutex) = false;
+};
+
+class ThrowingRegistry : public platform::VirtualDeviceRegistry {
+public:
+  int connect() override { throw std::runtime_error("the bus is upside down"); }
+};
+
+class DeviceNotifier : public testing::Test {
+protected:
+  ~DeviceNotifier() override {
+    m_notifier.reset();
+    EXPECT_TRUE(platform::waitForWorkers(std::chrono::seconds(20)));
+    platform::resumeWorkers();
+    drainMainQueue();
+  }
+  BTVornDeviceNotifier& make(std::shared_ptr<platform::DeviceRegistry> registry) {
+    m_parts.registry = std::move(registry);
+    m_notifier = std::make_unique<BTVornDeviceNotifier>(m_parts);
+    return *m_notifier;
+  }
+  static platform::VirtualUsbDevice phone(std::uint16_t productId, std::uint32_t locationId = 0x14200000) {
+    platform::VirtualUsbDevice device;
+    device.locationId = locationId;
+    device.vendorId = detection::DeviceIdentityTable().kPhoneVendorId;
+    device.productId = productId;
+    device.product = QStringLiteral("Larkspur 5");
+    device.interfaces.clear();
+    return device;
+  }
+
+  LogLines m_log;
+  PostedNotifications m_posted;
+  BTVornDeviceNotifier::Parts m_parts;
+  std::shared_ptr<platform::VirtualDeviceRegistry> m_bus = std::make_shared<platform::VirtualDeviceRegistry>();
+  std::unique_ptr<BTVornDeviceNotifier> m_notifier;
+};
+
+constexpr std::uint16_t quickProduct = 0x4160; // its serial port is searched once
+constexpr std::uint16_t slowProduct = 0x4100;
+
+TEST_F(DeviceNotifier, MadeButNotRegisteredRunsNoThread) {
+  make(m_bus);
+  EXPECT_EQ(m_log.lines(), QStringList({QStringLiteral("ENTER"), QStringLiteral("EXIT")}));
+  EXPECT_FALSE(m_notifier->usbNotiThread());
+  EXPECT_FALSE(m_notifier->umsNotiThread());
+  EXPECT_TRUE(m_notifier->unRegisterNotification());
+}
+
+TEST_F(DeviceNotifier, RegistrationStartsTheUsbThreadAloneAndSaysWhatItWasGiven) {
+  make(m_bus);
+  EXPECT_TRUE(m_notifier->registerNotification(std::nullopt));
+  EXPECT_TRUE(m_log.has(QStringLiteral("devieInfo=[(null)]")));
+  EXPECT_TRUE(m_notifier->usbNotiThread());
+  EXPECT_FALSE(m_notifier->umsNotiThread());
+  EXPECT_FALSE(m_notifier->quitThread());
+  EXPECT_TRUE(eventually([this] { return m_log.has(QStringLiteral("CFRunLoopRun")); }));
+  EXPECT_TRUE(m_notifier->unRegisterNotification());
+  EXPECT_FALSE(m_notifier->usbNotiThread());
+  EXPECT_TRUE(m_notifier->quitThread());
+}
+
+TEST_F(DeviceNotifier, AnAttachedPhoneYieldsOneAttachOnTheMainThreadAndItsDepartureOneDetachOnAnother) {
+  make(m_bus).registerNotification(std::nullopt);
+  m_bus->attach(phone(quickProduct));
+  ASSERT_TRUE(eventually([this] { return m_posted.types() == std::vector<int>{1}; }));
+  EXPECT_TRUE(m_posted.take().front().onMainThread);
+  m_bus->detach(0x14200000);
+  ASSERT_TRUE(eventually([this] { return m_posted.all().size() == 2; }));
+  const auto all = m_posted.take();
+  EXPECT_EQ(all[0].type(), 2);
+  EXPECT_FALSE(all[0].onMainThread);
+  EXPECT_TRUE(all[1].isDetach());
+  EXPECT_FALSE(all[1].hasUserInfo);
+  m_notifier->unRegisterNotification();
+  drainMainQueue();
+  EXPECT_THAT(m_posted.all(), IsEmpty());
+}
+
+TEST_F(DeviceNotifier, AnAttachIsPostedAfterTheDetectorsCallbackHasReturned) {
+  // The phone's arrival is handled while its serial port is searched for; nothing is announced in between.
+  std::atomic<bool> asleep = false, wakeUp = false; // asleep: notifier thread to test; wakeUp: the other way
+  m_parts.sleep = [&](std::chrono::seconds) {
+    asleep = true;
+    while (!wakeUp)
+      std::this_thread::yield();
+    return true;
+  };
+  m_bus->attach(phone(quickProduct, 1));
+  m_bus->attach(phone(slowProduct, 2));
+  make(m_bus).registerNotification(std::nullopt);
+  ASSERT_TRUE(eventually([&] { return asleep.load(); }));
+  drainMainQueue();
+  EXPECT_THAT(m_posted.types(), ElementsAre(14)); // the first phone's attach waits for the callback of both to end
+  wakeUp = true;
+  ASSERT_TRUE(eventually([this] { return m_posted.types().size() == 3; }));
+  EXPECT_THAT(m_posted.types(), ElementsAre(14, 1, 1));
+  m_notifier->unRegisterNotification();
+}
+
+TEST_F(DeviceNotifier, APtpPhoneYieldsEvent12OnTheMainThread) {
+  m_bus->attach(phone(m_parts.identities.kPtpNoSearchProductIds.front()));
+  make(m_bus).registerNotification(std::nullopt);
+  ASSERT_TRUE(eventually([this] { return m_posted.types() == std::vector<int>{12}; }));
+  EXPECT_TRUE(m_posted.all().front().onMainThread);
+  m_notifier->unRegisterNotification();
+}
+
+TEST_F(DeviceNotifier, StoppingWakesAThreadThatWaitsForASerialPort) {
+  m_bus->attach(phone(slowProduct));
+  make(m_bus).registerNotification(std::nullopt);
+  ASSERT_TRUE(eventually([this] { return m_posted.types() == std::vector<int>{14}; }));
+  QElapsedTimer time;
+  time.start();
+  m_notifier->unRegisterNotification();
+  EXPECT_FALSE(m_notifier->usbNotiThread());
+  EXPECT_LT(time.elapsed(), 1900); // two seconds is what one wait takes
+  drainMainQueue();
+  EXPECT_THAT(m_posted.types(), ElementsAre(14));
+}
+
+TEST_F(DeviceNotifier, StoppingReturnsAfterAHundredSlicesWhenTheThreadNeverEnds) {
+  const auto stuck = std::make_shared<StuckRegistry>();
+  std::vector<int> slices;
+  m_parts.runMainLoop = [&slices](std::chrono::milliseconds limit, const std::function<bool()>& done) {
+    slices.push_back(int(limit.count()));
+    EXPECT_FALSE(done());
+  };
+  make(stuck).registerNotification(std::nullopt);
+  ASSERT_TRUE(eventually([&] { return stuck->entered(); }));
+  EXPECT_TRUE(m_notifier->unRegisterNotification());
+  EXPECT_EQ(slices, std::vector<int>(100, 100));
+  EXPECT_TRUE(m_notifier->usbNotiThread());
+  m_notifier.reset(); // the thread must do without it from here on
+  stuck->release();
+}
+
+TEST_F(DeviceNotifier, TheMainThreadHandlesEventsWhileItWaitsForTheThread) {
+  m_parts.sleep = [](std::chrono::seconds) {
+    // Ends only when the main thread comes to this call.
+    return platform::runOnMainAndWait([] {}) && false;
+  };
+  m_bus->attach(phone(slowProduct));
+  make(m_bus).registerNotification(std::nullopt);
+  m_notifier->unRegisterNotification();
+  EXPECT_FALSE(m_notifier->usbNotiThread());
+}
+
+TEST_F(DeviceNotifier, RegisteringAgainAfterAStopStartsAFreshThreadThatAnnouncesWhatIsAttached) {
+  m_bus->attach(phone(quickProduct));
+  make(m_bus).registerNotification(std::nullopt);
+  ASSERT_TRUE(eventually([this] { return m_posted.types().size() == 1; }));
+  m_notifier->unRegisterNotification();
+  EXPECT_TRUE(m_notifier->registerNotification(QVariantList{QStringLiteral("a"), 2}));
+  EXPECT_TRUE(m_log.has(QStringLiteral("devieInfo=[a, 2]")));
+  EXPECT_FALSE(m_notifier->quitThread());
+  ASSERT_TRUE(eventually([this] { return m_posted.types().size() == 2; }));
+  m_notifier->unRegisterNotification();
+}
+
+TEST_F(DeviceNotifier, RegisteringTwiceLeavesOneThreadWatching) {
+  make(m_bus).registerNotification(std::nullopt);
+  m_notifier->registerNotification(std::nullopt);
+  ASSERT_TRUE(eventually([] { return platform::runningWorkers() == 1; }));
+  m_bus->attach(phone(quickProduct));
+  ASSERT_TRUE(eventually([this] { return !m_posted.types().empty(); }));
+  m_notifier->unRegisterNotification();
+  drainMainQueue();
+  EXPECT_THAT(m_posted.types(), ElementsAre(1));
+}
+
+TEST_F(DeviceNotifier, AnExceptionEndsTheThreadWithALogLine) {
+  make(std::make_shared<ThrowingRegistry>()).registerNotification(std::nullopt);
+  ASSERT_TRUE(eventually([this] { return !m_notifier->usbNotiThread(); }));
+  EXPECT_TRUE(m_log.has(QStringLiteral("NSException : the bus is upside down")));
+  EXPECT_TRUE(m_notifier->unRegisterNotification());
+}
+
+TEST_F(DeviceNotifier, AnotherMakersMtpDeviceIsAnnouncedWhenItsInterfaceComes) {
+  m_parts.identities.AcceptAnyMtpDevice = true;
+  make(m_bus).registerNotification(std::nullopt);
+  auto other = phone(1);
+  other.vendorId = 0x1234;
+  m_bus->attach(other);
+  ASSERT_TRUE(eventually([this] { return m_log.has(QStringLiteral("CONTINUE")); }));
+  EXPECT_THAT(m_posted.all(), IsEmpty());
+  other.interfaces = {platform::VirtualUsbDevice::Interface{}};
+  m_bus->change(other);
+  ASSERT_TRUE(eventually([this] { return m_posted.types() == std::vector<int>{1}; }));
+  m_notifier->unRegisterNotification();
+}
+
+TEST_F(DeviceNotifier, DestroyedWhileRegisteredEndsItsThread) {
+  make(m_bus).registerNotification(std::nullopt);
+  m_notifier.reset();
+  EXPECT_TRUE(eventually([] { return platform::runningWorkers() == 0; }));
+}
+
+} // namespace

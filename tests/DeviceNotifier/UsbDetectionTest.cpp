@@ -1,0 +1,186 @@
+// From a mocked USB through the real libudev to the posted notifications. Needs umockdev's wrapper.
+#include "DeviceNotifier/BTVornDeviceNotifier.h"
+#include "DeviceNotifier/DetectionTestSupport.h"
+#include "Platform/UdevDeviceRegistry.h"
+#include "Platform/Workers.h"
+
+#include <gmock/gmock.h>
+#include <umockdev.h>
+
+#include <cstdlib>
+#include <string>
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+namespace {
+
+class UsbDetection : public testing::TestWithParam<platform::UdevDeviceRegistry::Source> {
+protected:
+  void SetUp() override {
+    const char* preloaded = std::getenv("LD_PRELOAD");
+    ASSERT_THAT(std::string(preloaded == nullptr ? "" : preloaded), testing::HasSubstr("umockdev"))
+        << "run this program under umockdev-wrapper";
+    m_bed = umockdev_testbed_new();
+  }
+  void TearDown() override {
+    if (m_notifier) {
+      m_notifier->unRegisterNotification();
+      EXPECT_FALSE(m_notifier->usbNotiThread());
+    }
+    m_notifier.reset();
+    EXPECT_TRUE(eventually([] { return platform::runningWorkers() == 0; }));
+    if (m_bed != nullptr)
+      g_object_unref(m_bed);
+  }
+  void start(bool acceptAny = false) {
+    BTVornDeviceNotifier::Parts parts;
+    parts.registry = std::make_shared<platform::UdevDeviceRegistry>(GetParam());
+    parts.identities.AcceptAnyMtpDevice = acceptAny;
+    m_notifier = std::make_unique<BTVornDeviceNotifier>(std::move(parts));
+    m_notifier->registerNotification(std::nullopt);
+    ASSERT_TRUE(eventually([this] { return m_log.has(QStringLiteral("CFRunLoopRun")); }));
+  }
+  std::string plug(const char* vendorId, const char* productId) {
+    return take(umockdev_testbed_add_device(m_bed, "usb", "20-2", nullptr, "idVendor", vendorId, "idProduct", productId,
+                                            "bcdDevice", "0404", "busnum", "20", "devpath", "2", "serial", "LS0001",
+                                            nullptr, "DEVTYPE", "usb_device", "DEVNUM", "007", nullptr));
+  }
+  std::string addInterface(const std::string& device, const char* classCode) {
+    return take(umockdev_testbed_add_device(m_bed, "usb", "20-2:1.0", device.c_str(), "bInterfaceClass", classCode,
+                                            "bInterfaceSubClass", "01", "bInterfaceProtocol", "01", nullptr, "DEVTYPE",
+                                            "usb_interface", nullptr));
+  }
+  void addSerialPort(const std::string& interface) {
+    take(umockdev_testbed_add_device(m_bed, "tty", "ttyACM0", interface.c_str(), nullptr, "DEVNAME", "/dev/ttyACM0",
+                                     nullptr));
+  }
+  void unplug(const std::string& device) {
+    umockdev_testbed_uevent(m_bed, device.c_str(), "remove");
+    umockdev_testbed_remove_device(m_bed, device.c_str());
+  }
+  bool announced(const std::vector<int>& types) {
+    return eventually([&] { return m_posted.types() == types; });
+  }
+  // Lets the notifier handle a marker device, so that everything told before has been handled, too.
+  void settle() {
+    const QStringList before = m_log.lines();
+    take(umockdev_testbed_add_device(m_bed, "usb", ("20-9." + std::to_string(++m_markers)).c_str(), nullptr, "product",
+                                     "marker", nullptr, "DEVTYPE", "usb_device", nullptr));
+    ASSERT_TRUE(
+        eventually([&] { return m_log.count(QStringLiteral("deviceNameAsCFString name : marker")) == m_markers; }));
+    drainMainQueue();
+  }
+
+  UMockdevTestbed* m_bed = nullptr;
+  int m_markers = 0;
+  LogLines m_log;
+  PostedNotifications m_posted;
+  std::unique_ptr<BTVornDeviceNotifier> m_notifier;
+
+private:
+  static std::string take(gchar* path) {
+    const std::string result = path == nullptr ? "" : path;
+    g_free(path);
+    EXPECT_FALSE(result.empty());
+    return result;
+  }
+};
+
+TEST_P(UsbDetection, APhonePluggedInAndOutIsAttachedAndDetachedOnce) {
+  start();
+  const std::string device = plug("7e55", "4160");
+  ASSERT_TRUE(announced({1}));
+  const Posted attach = m_posted.all().front();
+  EXPECT_EQ(attach.text("LocationId"), QStringLiteral("14200000"));
+  EXPECT_EQ(attach.userInfo.value(QStringLiteral("Vid")), QVariant(0x7e55));
+  EXPECT_EQ(attach.userInfo.value(QStringLiteral("Pid")), QVariant(0x4160));
+  EXPECT_EQ(attach.userInfo.value(QStringLiteral("BCD")), QVariant(0x0404));
+  EXPECT_EQ(attach.text("USB_SERIAL_NUMBER"), QStringLiteral("LS0001"));
+  EXPECT_TRUE(attach.onMainThread);
+  unplug(device);
+  ASSERT_TRUE(announced({1, 2}));
+  settle();
+  EXPECT_THAT(m_posted.types(), ElementsAre(1, 2));
+}
+
+TEST_P(UsbDetection, APhonesSerialPortIsItsSerialPath) {
+  BTVornDeviceNotifier::Parts parts;
+  parts.registry = std::make_shared<platform::UdevDeviceRegistry>(GetParam());
+  std::string device;
+  parts.sleep = [&](std::chrono::seconds) {
+    addSerialPort(addInterface(device, "02")); // comes while it is looked for
+    return true;
+  };
+  m_notifier = std::make_unique<BTVornDeviceNotifier>(std::move(parts));
+  m_notifier->registerNotification(std::nullopt);
+  ASSERT_TRUE(eventually([this] { return m_log.has(QStringLiteral("CFRunLoopRun")); }));
+  // The message is sent when the device is complete; its path is known beforehand.
+  device = "/sys/devices/20-2";
+  EXPECT_EQ(plug("7e55", "4100"), device);
+  ASSERT_TRUE(announced({14, 1}));
+  EXPECT_EQ(m_posted.all().back().text("SerialPath"), QStringLiteral("/dev/ttyACM0"));
+}
+
+TEST_P(UsbDetection, AnotherMakersDeviceIsIgnoredWhereNoneIsAccepted) {
+  start();
+  addInterface(plug("1234", "0001"), "06");
+  settle();
+  EXPECT_THAT(m_posted.all(), IsEmpty());
+}
+
+TEST_P(UsbDetection, AnotherMakersMtpDeviceIsAnnouncedOnceWhenItsInterfacesComeAfterIt) {
+  start(true);
+  const std::string device = plug("1234", "0001");
+  settle(); // the device has been looked at without interfaces
+  EXPECT_THAT(m_posted.all(), IsEmpty());
+  addInterface(device, "06");
+  umockdev_testbed_uevent(m_bed, device.c_str(), "bind");
+  ASSERT_TRUE(announced({1}));
+  settle();
+  EXPECT_THAT(m_posted.types(), ElementsAre(1));
+  unplug(device);
+  ASSERT_TRUE(announced({1, 2}));
+}
+
+TEST_P(UsbDetection, AMemoryStickIsNeverAnnounced) {
+  start(true);
+  const std::string device = plug("1234", "0001");
+  addInterface(device, "08");
+  umockdev_testbed_uevent(m_bed, device.c_str(), "bind");
+  unplug(device);
+  settle();
+  EXPECT_THAT(m_posted.all(), IsEmpty());
+}
+
+TEST_P(UsbDetection, ADeviceWhoseNumbersCannotBeReadIsSkippedWithTheReason) {
+  start();
+  plug("zzzz", "4160");
+  settle();
+  EXPECT_TRUE(m_log.has(QStringLiteral("GetDeviceVendor returned 0x%1.").arg(EINVAL, 8, 16, QLatin1Char('0'))));
+  EXPECT_THAT(m_posted.all(), IsEmpty());
+}
+
+INSTANTIATE_TEST_SUITE_P(Sources, UsbDetection,
+                         testing::Values(platform::UdevDeviceRegistry::Source::Udev,
+                                         platform::UdevDeviceRegistry::Source::Kernel),
+                         [](const auto& info) {
+                           return info.param == platform::UdevDeviceRegistry::Source::Udev ? "AfterRules"
+                                                                                           : "FromTheKernel";
+                         });
+
+// Devices that are there at the start: the test bed has no device database, so only the kernel's view lists them.
+class UsbAtStart : public UsbDetection {};
+
+TEST_P(UsbAtStart, APhoneAttachedAlreadyIsAnnouncedOnce) {
+  const std::string device = plug("7e55", "4160");
+  start();
+  ASSERT_TRUE(announced({1}));
+  umockdev_testbed_uevent(m_bed, device.c_str(), "add"); // announced again: nothing new
+  settle();
+  EXPECT_THAT(m_posted.types(), ElementsAre(1));
+}
+
+INSTANTIATE_TEST_SUITE_P(FromTheKernel, UsbAtStart, testing::Values(platform::UdevDeviceRegistry::Source::Kernel));
+
+} // namespace
