@@ -11,7 +11,8 @@ using namespace std::chrono_literals;
 
 constexpr std::size_t TransferSize = 1 << 20; // of one bulk transfer where data flows
 constexpr std::size_t MaxDataset = 1 << 20;   // a host has no larger one to send
-constexpr std::size_t MaxCommand = 32;        // a header and five parameters
+constexpr std::size_t CommandTransfer = 16384;
+constexpr std::size_t MaxCommand = 32; // a header and five parameters
 constexpr std::uint32_t UnknownLength = 0xFFFFFFFF;
 constexpr auto Forever = std::chrono::milliseconds(24h); // unplugging ends every wait
 constexpr auto ZeroLengthPacketWait = 300ms; // one that comes later is taken for an empty command and ignored
@@ -241,7 +242,7 @@ Command Channel::receiveCommand() {
     bool ended = true;
     try {
       if (early_.empty()) {
-        size = read(buffer_, Forever, ended);
+        size = read(std::span(buffer_).first(CommandTransfer), Forever, ended);
       } else {
         size = early_.size();
         std::copy(early_.begin(), early_.end(), buffer_.begin());
@@ -330,8 +331,8 @@ Received Channel::receiveStream(const std::function<bool(std::span<const std::by
   bool taking = true;
   bool endless = false;
   for (bool ended = false; !ended;) {
-    // The header first, then no more than it announces: a host that leaves out the zero-length packet must not be waited
-    // for with a buffer half full.
+    // The header first, then no more than it announces: a host that leaves out the zero-length packet must not be
+    // waited for with a buffer half full.
     auto room = TransferSize;
     if (got == 0)
       room = packet;
