@@ -13,14 +13,24 @@ SFont& SFont::sharedInstance() {
   return instance;
 }
 
-QFont SFont::fontWithPixelSize(double pixelSize, bool bold) const {
+QFont SFont::fontWithPixelSize(double pixelSize, bool bold) {
   platform::assertMainThread();
-  QFont font;
-  // "HelveticaNeue-Bold" is the bold face of the same family here: families and weights are chosen apart.
-  font.setFamilies({QStringLiteral("HelveticaNeue"), QStringLiteral("Helvetica Neue"),
-                    QFontDatabase::systemFont(QFontDatabase::GeneralFont).family(), QStringLiteral("Inter"),
-                    QStringLiteral("Noto Sans"), QStringLiteral("DejaVu Sans")});
-  font.setPixelSize(std::isfinite(pixelSize) ? int(std::lround(std::clamp(pixelSize, 1.0, 1000.0))) : 12);
-  font.setBold(bold);
-  return font;
+  const QString desktopFamily = QFontDatabase::systemFont(QFontDatabase::GeneralFont).family();
+  if (m_desktopFamily != desktopFamily) {
+    m_desktopFamily = desktopFamily;
+    m_fonts.clear();
+  }
+  const int pixels = std::isfinite(pixelSize) ? int(std::lround(std::clamp(pixelSize, 1.0, 1000.0))) : 12;
+  // A font that is kept keeps its faces too; to look them up anew for every cell would be most of a paint's work.
+  auto known = m_fonts.constFind({pixels, bold});
+  if (known == m_fonts.constEnd()) {
+    QFont font;
+    // "HelveticaNeue-Bold" is the bold face of the same family here: families and weights are chosen apart.
+    font.setFamilies({QStringLiteral("HelveticaNeue"), QStringLiteral("Helvetica Neue"), desktopFamily,
+                      QStringLiteral("Inter"), QStringLiteral("Noto Sans"), QStringLiteral("DejaVu Sans")});
+    font.setPixelSize(pixels);
+    font.setBold(bold);
+    known = m_fonts.insert({pixels, bold}, font);
+  }
+  return *known;
 }

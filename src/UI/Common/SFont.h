@@ -1,6 +1,10 @@
 #pragma once
 // The one source of the program's typeface. Main thread.
 #include <QFont>
+#include <QHash>
+#include <QString>
+
+#include <utility>
 
 class SFont {
 public:
@@ -10,11 +14,14 @@ public:
   /// `fontWithPixelSize:bold:` The program's typeface, HelveticaNeue, at `pixelSize` device-independent pixels (at
   /// least 1, rounded to whole ones), bold or not. Where the typeface is not installed the desktop's own interface font
   /// stands in, then faces of a like width.
-  QFont fontWithPixelSize(double pixelSize, bool bold) const;
+  QFont fontWithPixelSize(double pixelSize, bool bold);
 
   SFont(const SFont&) = delete;
   SFont& operator=(const SFont&) = delete;
 
 private:
   SFont() = default;
+
+  QHash<std::pair<int, bool>, QFont> m_fonts;
+  QString m_desktopFamily;
 };
