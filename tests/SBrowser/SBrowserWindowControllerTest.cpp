@@ -184,6 +184,18 @@ TEST_F(SBrowserWindowControllerTest, ADetachWhileConnectingEndsIt) {
   expectWelcome();
 }
 
+TEST_F(SBrowserWindowControllerTest, ADetachAtTheVeryEndOfConnectingEndsItToo) {
+  addPhone();
+  Gate gate;
+  sdk->setHook(Operation::GetFriendlyName, [&] { gate.pass(); }); // the storages are known by then
+  controller->connectDevice(QStringLiteral("14200000"));
+  ASSERT_TRUE(waitUntil([&] { return gate.waiting() == 1; }));
+  controller->deviceDisconnected();
+  gate.open();
+  ASSERT_TRUE(settle());
+  expectWelcome();
+}
+
 TEST_F(SBrowserWindowControllerTest, ConnectingAgainStartsAnew) {
   connectPhone();
   enter(QStringLiteral("DCIM"));
