@@ -56,7 +56,7 @@ void EventThread::setCallback(const void* node, mtpDextEventCallback callback, v
   else
     m_callbacks.erase(node);
   if (m_thread.get_id() != std::this_thread::get_id())
-    m_called.wait(lock, [&] { return m_calling != node; });
+    m_called.wait(lock, [&] { return !m_calling || m_calling != node; });
 }
 
 void EventThread::run() {
