@@ -1,0 +1,148 @@
+// What the user waits for: 100,000 files in one folder of the virtual phone, through responder, wire, engine, access
+// layer and window, until the first rows are painted; sorting them by each column; what one listed entry costs in
+// resident memory. Prints one line a figure.
+#include "MTPCore/MTPDextSDKWrapper.h"
+#include "Platform/Log.h"
+#include "Platform/Workers.h"
+#include "SBrowser/SBrowserOutlineModel.h"
+#include "SBrowser/SBrowserWindowController.h"
+#include "SBrowser/WindowLayout.h"
+#include "TessalyMTPSdk/Engine.h"
+#include "UI/Controls/SOutlineView.h"
+#include "VirtualPhone/VirtualPhone.h"
+
+#include <QApplication>
+#include <QDir>
+#include <QElapsedTimer>
+#include <QEventLoop>
+#include <QFile>
+#include <QMainWindow>
+#include <QTemporaryDir>
+#include <QTimer>
+
+#include <array>
+#include <cstdio>
+
+namespace {
+
+constexpr int patience = 120'000; // ms; a bench that hangs ends
+
+long residentBytes() {
+  QFile file(QStringLiteral("/proc/self/statm"));
+  if (!file.open(QIODevice::ReadOnly))
+    return 0;
+  return file.readAll().split(' ').value(1).toLong() * 4096;
+}
+
+// Ends when something in the viewport has been painted.
+class PaintWatch : public QObject {
+public:
+  explicit PaintWatch(QEventLoop& loop)
+      : m_loop(loop) {}
+  bool eventFilter(QObject*, QEvent* event) override {
+    if (event->type() == QEvent::Paint)
+      QMetaObject::invokeMethod(&m_loop, &QEventLoop::quit, Qt::QueuedConnection);
+    return false;
+  }
+
+private:
+  QEventLoop& m_loop;
+};
+
+bool waitForFolder(SBrowserWindowController& controller) {
+  QEventLoop loop;
+  bool shown = false;
+  const auto connection = QObject::connect(&controller, &SBrowserWindowController::folderShown, &loop, [&] {
+    shown = true;
+    loop.quit();
+  });
+  QTimer::singleShot(patience, &loop, &QEventLoop::quit);
+  loop.exec();
+  QObject::disconnect(connection);
+  return shown;
+}
+
+void waitForPaint(QWidget& viewport) {
+  QEventLoop loop;
+  PaintWatch watch(loop);
+  viewport.installEventFilter(&watch);
+  viewport.update();
+  QTimer::singleShot(patience, &loop, &QEventLoop::quit);
+  loop.exec();
+}
+
+int measure(int files) {
+  QTemporaryDir folder;
+  const QString many = folder.filePath(QStringLiteral("Many"));
+  QDir().mkpath(many);
+  for (int i = 0; i < files; ++i) {
+    QFile file(QStringLiteral("%1/IMG_20240229_%2.jpg").arg(many).arg((i * 7919) % files, 6, 10, QLatin1Char('0')));
+    file.open(QIODevice::WriteOnly);
+    file.setFileTime(QDateTime(QDate(2001 + i % 20, 1 + i % 12, 1 + i % 28), QTime(i % 24, i % 60, i % 60)),
+                     QFileDevice::FileModificationTime);
+  }
+  vphone::Options options;
+  options.locationId = 0x14200000;
+  options.storages = {{.folder = folder.path().toStdString(), .description = "Phone"}};
+  vphone::VirtualPhone phone(options);
+  phone.plug();
+  mtp::addProvider(phone.provider());
+  {
+    SBrowserWindowController controller;
+    controller.showWindow();
+    controller.connectDevice(QStringLiteral("14200000"));
+    if (!waitForFolder(controller))
+      return 1;
+    SOutlineView& outline = *controller.layout().outlineView;
+    waitForPaint(*outline.viewport());
+
+    const long before = residentBytes();
+    const auto transactions = mtp::counters().transactions;
+    QElapsedTimer clock;
+    clock.start();
+    controller.outlineViewRowDoubleClicked(outline.model()->index(0, 0));
+    if (!waitForFolder(controller))
+      return 1;
+    waitForPaint(*outline.viewport());
+    const auto opened = clock.elapsed();
+    std::printf("%7d files: first rows painted %6lld ms after entering, %llu transactions\n", files,
+                static_cast<long long>(opened),
+                static_cast<unsigned long long>(mtp::counters().transactions - transactions));
+    if (outline.model()->rowCount() != files) {
+      std::printf("only %d rows\n", outline.model()->rowCount());
+      return 1;
+    }
+    while (platform::runningWorkers() > 0)
+      QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
+    if (files >= 10'000)
+      std::printf(
+          "%7d files: %ld bytes of resident memory an entry (the phone's own included: it lives in this process)\n",
+          files, (residentBytes() - before) / files);
+    constexpr std::array columns{"name", "date", "size"};
+    for (int column = 0; column < 3; ++column) {
+      clock.start();
+      outline.sortByColumn(column, Qt::DescendingOrder);
+      waitForPaint(*outline.viewport());
+      std::printf("%7d files: sorted by %s and painted in %lld ms\n", files, columns[std::size_t(column)],
+                  static_cast<long long>(clock.elapsed()));
+    }
+  }
+  mtp::shutdown();
+  platform::waitForWorkers(std::chrono::seconds(30));
+  platform::resumeWorkers();
+  return 0;
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+  qputenv("QT_QPA_PLATFORM", "offscreen");
+  QApplication application(argc, argv);
+  platform::setLogSink([](const QString&) {});
+  mtp::setLog([](mtp::LogLevel, const std::string&) {});
+  mtp::setUsbEnabled(false);
+  for (const int files : {100, 1'000, 10'000, 100'000})
+    if (const int status = measure(files); status != 0)
+      return status;
+  return 0;
+}
