@@ -240,6 +240,7 @@ Command Channel::receiveCommand() {
   for (;;) {
     std::size_t size = 0;
     bool ended = true;
+    std::array<std::byte, MaxCommand> head{};
     try {
       if (early_.empty()) {
         size = read(std::span(buffer_).first(CommandTransfer), Forever, ended);
@@ -248,12 +249,13 @@ Command Channel::receiveCommand() {
         std::copy(early_.begin(), early_.end(), buffer_.begin());
         early_.clear();
       }
+      std::copy_n(buffer_.begin(), std::min(size, head.size()), head.begin());
       if (!ended)
         swallowTransfer();
     } catch (const TransactionEnded&) { // a cancel request when there is nothing to cancel
       continue;
     }
-    auto bytes = std::span<const std::byte>(buffer_).first(size);
+    auto bytes = std::span<const std::byte>(head).first(std::min(size, head.size()));
     if (bytes.empty())
       continue;
     auto type = size < HeaderSize ? 0 : number(bytes, 4, 2);
