@@ -126,10 +126,10 @@ qint64 SOutlineView::rowOfIndex(const QModelIndex& index) const {
 
 QModelIndex SOutlineView::indexAtRow(qint64 row) const {
   platform::assertMainThread();
-  const qint64 top = row * kRowHeight - verticalOffset();
   if (row < 0 || row > std::numeric_limits<int>::max() / kRowHeight || m_header->count() == 0) {
     return {};
   }
+  const qint64 top = row * kRowHeight - verticalOffset();
   // Any column will do, but a point beyond the last one belongs to no index.
   const QModelIndex index = indexAt(QPoint(columnViewportPosition(kFileName) + 1, int(top)));
   return index.siblingAtColumn(kFileName);
