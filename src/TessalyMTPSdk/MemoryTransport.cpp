@@ -148,6 +148,9 @@ public:
     auto deadline = after(idle);
     auto taken = pipe.head();
     for (bool ended = false;;) {
+      // What the device has taken is written, even if it halted the pipe right after.
+      if (ended && !wire_->unplugged && pipe.drainedTo(pipe.tail()))
+        return IoStatus::Ok;
       if (auto s = initiatorStatus(pipe); s != IoStatus::Ok)
         return withdraw(s);
       auto moved = pipe.put(data);
