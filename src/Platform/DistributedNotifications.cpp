@@ -55,7 +55,8 @@ QVariantMap acceptedInfo(const QDBusArgument& argument) {
     if (const QVariant accepted = acceptedValue(value.variant()); accepted.isValid() && key.size() <= kMaxText)
       info.insert(key, accepted);
   }
-  return info; // what is left unread goes with the message
+  argument.endMap(); // also with entries left: the reader is released here
+  return info;
 }
 
 } // namespace

@@ -7,7 +7,9 @@
 #include <QThread>
 
 #include <cstdlib>
+#include <deque>
 #include <memory>
+#include <utility>
 
 namespace platform {
 namespace {
@@ -38,6 +40,68 @@ struct QueuedCall {
   std::shared_ptr<Call> call;
 };
 
+using Work = std::function<void()>;
+
+// The queued work, handed over under a mutex of our own: ThreadSanitizer does not see into Qt's event queue and would
+// take every hand-over for a race. Qt's queue carries one event for each work, so that works keep their place among the
+// events. Exists as long as the application object.
+class MainQueue : public QObject {
+  Q_OBJECT
+
+public:
+  static void start();
+  static void stop();
+  // Drops `work` when there is no application.
+  static void add(Work work);
+
+private:
+  Q_SLOT void runNext();
+
+  static Mutex s_mutex;
+  static MainQueue* s_queue MTPB_GUARDED_BY(s_mutex);
+  std::deque<Work> m_works MTPB_GUARDED_BY(s_mutex);
+};
+
+Mutex MainQueue::s_mutex;
+MainQueue* MainQueue::s_queue = nullptr;
+
+void MainQueue::start() {
+  qAddPostRoutine(&MainQueue::stop);
+  const Lock lock(s_mutex);
+  s_queue = new MainQueue;
+}
+
+void MainQueue::stop() {
+  std::unique_ptr<MainQueue> stopped; // its works go without having run, outside the lock: they may hold anything
+  const Lock lock(s_mutex);
+  stopped.reset(std::exchange(s_queue, nullptr));
+}
+
+void MainQueue::add(Work work) {
+  const Lock lock(s_mutex);
+  if (s_queue == nullptr)
+    return;
+  s_queue->m_works.push_back(std::move(work));
+  QMetaObject::invokeMethod(s_queue, "runNext", Qt::QueuedConnection);
+}
+
+void MainQueue::runNext() {
+  Work work;
+  {
+    const Lock lock(s_mutex);
+    if (m_works.empty())
+      return;
+    work = std::move(m_works.front());
+    m_works.pop_front();
+  }
+  work();
+}
+
+void startMainQueue() {
+  MainQueue::start();
+}
+Q_COREAPP_STARTUP_FUNCTION(startMainQueue)
+
 } // namespace
 
 bool isMainThread() {
@@ -53,8 +117,7 @@ void assertMainThread(const SourceLocation& where) {
 }
 
 void runOnMain(std::function<void()> work) {
-  if (QCoreApplication* application = QCoreApplication::instance())
-    QMetaObject::invokeMethod(application, std::move(work), Qt::QueuedConnection);
+  MainQueue::add(std::move(work));
 }
 
 bool runOnMainAndWait(std::function<void()> work) {
@@ -66,7 +129,7 @@ bool runOnMainAndWait(std::function<void()> work) {
   call->work = std::move(work);
   {
     const Lock lock(g_mutex);
-    if (g_refuse || QCoreApplication::instance() == nullptr)
+    if (g_refuse)
       return false;
   }
   runOnMain([queued = std::make_shared<QueuedCall>(call)] {
@@ -100,3 +163,5 @@ void refuseWaiting(bool refuse) {
 }
 
 } // namespace platform
+
+#include "MainThread.moc"
