@@ -10,6 +10,7 @@
 #include <QEventLoop>
 #include <QVariantMap>
 
+#include <algorithm>
 #include <memory>
 #include <vector>
 
@@ -66,35 +67,43 @@ public:
     platform::setLogSink([this](const QString& line) {
       const platform::Lock lock(m_mutex);
       const qsizetype end = line.startsWith(u'[') ? line.indexOf(QLatin1String(")] ")) : -1;
-      m_lines.append(end < 0 ? line : line.mid(end + 3));
-      m_prefixed.append(end >= 0);
+      m_lines.push_back({end < 0 ? line : line.mid(end + 3), end < 0});
     });
   }
   ~LogLines() { platform::setLogSink({}); }
 
+  // A list of its own, not a shared one: the writers go on.
   QStringList lines() const {
     const platform::Lock lock(m_mutex);
-    return m_lines;
+    QStringList result;
+    for (const Line& line : m_lines)
+      result.append(line.text);
+    return result;
   }
-  int count(const QString& line) const { return int(lines().count(line)); }
-  bool has(const QString& line) const { return count(line) > 0; }
-  /// Whether the line was written without the prefix.
-  bool isPlain(const QString& line) const {
+  int count(const QString& text) const {
     const platform::Lock lock(m_mutex);
-    const qsizetype at = m_lines.indexOf(line);
-    return at >= 0 && !m_prefixed.at(at);
+    return int(std::count_if(m_lines.begin(), m_lines.end(), [&](const Line& line) { return line.text == text; }));
   }
+  bool has(const QString& text) const { return count(text) > 0; }
+  /// Whether the line was written without the prefix.
+  bool isPlain(const QString& text) const {
+    const platform::Lock lock(m_mutex);
+    return std::any_of(m_lines.begin(), m_lines.end(),
+                       [&](const Line& line) { return line.plain && line.text == text; });
+  }
+  QStringList containing(const QString& part) const { return lines().filter(part); }
   void clear() {
     const platform::Lock lock(m_mutex);
     m_lines.clear();
-    m_prefixed.clear();
   }
-  QStringList containing(const QString& part) const { return lines().filter(part); }
 
 private:
+  struct Line {
+    QString text;
+    bool plain;
+  };
   mutable platform::Mutex m_mutex;
-  QStringList m_lines MTPB_GUARDED_BY(m_mutex);
-  QList<bool> m_prefixed MTPB_GUARDED_BY(m_mutex);
+  std::vector<Line> m_lines MTPB_GUARDED_BY(m_mutex);
 };
 
 /// Handles the main thread's events until `condition` holds; false when it does not within a time that only a broken
