@@ -15,15 +15,14 @@ void EventThread::start() {
   const std::lock_guard lock(m_mutex);
   if (m_thread.joinable())
     return;
-  m_quit = false;
-  m_thread = std::thread([this] { run(); });
+  m_thread = std::thread([this, turn = ++m_turn] { run(turn); });
 }
 
 void EventThread::stop() {
   std::thread thread;
   {
     const std::lock_guard lock(m_mutex);
-    m_quit = true;
+    ++m_turn;
     m_waiting.clear();
     m_callbacks.clear();
     thread = std::move(m_thread);
@@ -59,11 +58,11 @@ void EventThread::setCallback(const void* node, mtpDextEventCallback callback, v
     m_called.wait(lock, [&] { return !m_calling || m_calling != node; });
 }
 
-void EventThread::run() {
+void EventThread::run(std::uint64_t turn) {
   std::unique_lock lock(m_mutex);
   for (;;) {
-    m_wake.wait(lock, [this] { return m_quit || !m_waiting.empty(); });
-    if (m_quit)
+    m_wake.wait(lock, [&] { return m_turn != turn || !m_waiting.empty(); });
+    if (m_turn != turn)
       return;
     const Event event = std::move(m_waiting.front());
     m_waiting.pop_front();
@@ -75,7 +74,7 @@ void EventThread::run() {
     }
     lock.lock();
     const auto found = m_callbacks.find(event.node);
-    if (m_quit || found == m_callbacks.end())
+    if (m_turn != turn || found == m_callbacks.end())
       continue;
     const Callback callback = found->second;
     m_calling = event.node;

@@ -53,7 +53,7 @@ private:
     void* context = nullptr;
   };
 
-  void run();
+  void run(std::uint64_t turn);
 
   const Handler m_handler;
   std::mutex m_mutex; // guards all below
@@ -62,7 +62,7 @@ private:
   std::deque<Event> m_waiting;
   std::unordered_map<const void*, Callback> m_callbacks; // by device record
   const void* m_calling = nullptr;                       // the record whose callback runs
-  bool m_quit = false;
+  std::uint64_t m_turn = 0; // counts starts and stops: a thread whose turn is over ends, even if another has started
   std::thread m_thread;
 };
 

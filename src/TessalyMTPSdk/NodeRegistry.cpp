@@ -97,7 +97,10 @@ void NodeRegistry::unhold() {
 }
 
 std::size_t NodeRegistry::bytesInUse() const {
-  return m_chunks.size() * ChunkSize;
+  std::size_t bytes = 0;
+  for (const auto& [number, chunk] : m_chunks)
+    bytes += chunk.used;
+  return bytes;
 }
 
 NodeRegistry::Chunk* NodeRegistry::newChunk(bool text) {

@@ -75,7 +75,7 @@ public:
   void hold() { ++m_holds; }
   void unhold();
 
-  /// Bytes of memory in chunks that have not gone back.
+  /// Bytes of records and text in chunks that have not gone back.
   std::size_t bytesInUse() const;
 
 private:
