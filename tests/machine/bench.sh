@@ -7,4 +7,4 @@ set -euo pipefail
 here=$(dirname "$(readlink -f "$0")")
 bench=$(readlink -f "$1") phone=${2:-umtprd} files=${3:-5000} rounds=${4:-3}
 [ "$phone" = umtprd ] || phone=$(readlink -f "$phone")
-exec "$here/usbvm" -t 1800 "$here/guest/bench.sh" "$bench" "$phone" "$files" "$rounds"
+exec "$here/usbvm" -t 3600 "$here/guest/bench.sh" "$bench" "$phone" "$files" "$rounds"

@@ -9,7 +9,7 @@ within 20 plugged || exit 1
 sleep 1
 for _ in $(seq "$rounds"); do
   for how in engine bare libmtp; do
-    timeout 600 "$bench" $how Folder 2>>/tmp/bench.log || { echo "$how failed"; tail -20 /tmp/bench.log; }
+    timeout 1500 "$bench" $how Folder 2>>/tmp/bench.log || { echo "$how failed"; tail -20 /tmp/bench.log; }
   done
 done | tee /tmp/bench.out
 awk -F '\t' -v phone="$(basename "$phone")" '
