@@ -51,7 +51,7 @@ QIcon bundleImage(const QString& name) {
   if (!file.open(QIODevice::ReadOnly)) {
     return {};
   }
-  const QIcon icon(new SvgIconEngine(file.readAll(), name));
+  QIcon icon(new SvgIconEngine(file.readAll(), name));
   loaded.insert(name, icon);
   return icon;
 }

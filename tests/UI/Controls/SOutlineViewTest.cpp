@@ -432,6 +432,29 @@ TEST_F(Outline, MarksTheRowBelowThePointerAndOnlyIt) {
   EXPECT_EQ(m_view.viewport()->grab().toImage(), before);
 }
 
+TEST_F(Outline, IndentsEachLevelAndMarksOnlyWhatCanBeExpanded) {
+  m_view.expand(m_dcim->index());
+  m_view.clearSelection();
+  m_view.setCurrentIndex({});
+  const QImage image = m_view.viewport()->grab().toImage();
+  // The leftmost ink of a row: its chevron, or its text where it has none.
+  const auto leftmost = [&](const QStandardItem* item) {
+    const int top = m_view.visualRect(item->index()).top();
+    for (int x = 0; x < image.width(); ++x) {
+      for (int y = top; y < top + SOutlineView::kRowHeight; ++y) {
+        if (image.pixelColor(x, y).lightness() < 160) {
+          return x;
+        }
+      }
+    }
+    return image.width();
+  };
+  EXPECT_LT(leftmost(m_dcim), m_view.indentation());
+  const int text = m_view.indentation() + 25 + 3;
+  EXPECT_NEAR(leftmost(m_folder), text, 3);
+  EXPECT_NEAR(leftmost(m_nested), text + m_view.indentation(), 3);
+}
+
 TEST_F(Outline, IsSafeWithoutAModel) {
   SOutlineView view;
   view.awakeFromNib();
