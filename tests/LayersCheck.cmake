@@ -1,4 +1,5 @@
 # Fails when a source includes a header of a folder that its own library may not use (cmake/Layers.cmake).
+cmake_minimum_required(VERSION 3.25)
 include(${ROOT}/cmake/Layers.cmake)
 set(folders Platform stringDefine TessalyMTPSdk VirtualPhone MTPCore DeviceNotifier UI SBrowser MTPBrowserApp)
 set(libraries platform stringdefine tessalymtpsdk virtualphone mtpcore devicenotifier ui sbrowser app)
