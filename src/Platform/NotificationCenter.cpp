@@ -13,8 +13,8 @@ namespace {
 struct Observer {
   QString name;
   NotificationCenter::Handler handler;
-  bool ended = false;                       // under State::mutex
-  std::vector<std::thread::id> callingNow;  // under State::mutex
+  bool ended = false;                      // under State::mutex
+  std::vector<std::thread::id> callingNow; // under State::mutex
 };
 
 } // namespace
@@ -35,7 +35,8 @@ struct NotificationCenter::State {
   }
 };
 
-NotificationCenter::NotificationCenter() : m_state(std::make_shared<State>()) {}
+NotificationCenter::NotificationCenter()
+    : m_state(std::make_shared<State>()) {}
 NotificationCenter::~NotificationCenter() = default;
 
 NotificationCenter& NotificationCenter::defaultCenter() {
@@ -50,7 +51,8 @@ std::unique_ptr<NotificationObservation> NotificationCenter::observe(const QStri
   class Observation : public NotificationObservation {
   public:
     Observation(std::shared_ptr<State> state, std::shared_ptr<Observer> observer)
-        : m_state(std::move(state)), m_observer(std::move(observer)) {}
+        : m_state(std::move(state))
+        , m_observer(std::move(observer)) {}
     ~Observation() override { m_state->end(m_observer); }
 
   private:
@@ -64,8 +66,12 @@ std::unique_ptr<NotificationObservation> NotificationCenter::observe(const QStri
   return std::make_unique<Observation>(m_state, std::move(observer));
 }
 
-void NotificationCenter::post(const QString& name) { deliver({name, {}, false}); }
-void NotificationCenter::post(const QString& name, const QVariantMap& userInfo) { deliver({name, userInfo, true}); }
+void NotificationCenter::post(const QString& name) {
+  deliver({name, {}, false});
+}
+void NotificationCenter::post(const QString& name, const QVariantMap& userInfo) {
+  deliver({name, userInfo, true});
+}
 
 void NotificationCenter::deliver(const Notification& notification) {
   const std::shared_ptr<State> state = m_state; // outlives a handler that ends the centre

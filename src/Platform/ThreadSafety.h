@@ -33,7 +33,10 @@ private:
 /// Holds a Mutex for a scope.
 class MTPB_SCOPED_CAPABILITY Lock {
 public:
-  explicit Lock(Mutex& mutex) MTPB_ACQUIRE(mutex) : m_mutex(mutex) { m_mutex.lock(); }
+  explicit Lock(Mutex& mutex) MTPB_ACQUIRE(mutex)
+      : m_mutex(mutex) {
+    m_mutex.lock();
+  }
   ~Lock() MTPB_RELEASE() { m_mutex.unlock(); }
   Lock(const Lock&) = delete;
   Lock& operator=(const Lock&) = delete;
