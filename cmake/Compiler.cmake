@@ -1,8 +1,14 @@
 # Warnings, sanitizers and the compiler cache, the same for every target of the project.
 find_program(MTPB_CCACHE ccache)
 if(MTPB_CCACHE AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
+  # Precompiled headers are rewritten with every build folder: ccache must not look at their times and macros.
   set(CMAKE_C_COMPILER_LAUNCHER ${MTPB_CCACHE})
-  set(CMAKE_CXX_COMPILER_LAUNCHER ${MTPB_CCACHE})
+  set(CMAKE_CXX_COMPILER_LAUNCHER ${CMAKE_COMMAND} -E env
+                                  CCACHE_SLOPPINESS=pch_defines,time_macros,include_file_mtime,include_file_ctime
+                                  ${MTPB_CCACHE})
+  if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+    add_compile_options($<$<COMPILE_LANGUAGE:CXX>:-fpch-preprocess>)
+  endif()
 endif()
 
 add_compile_options(-Wall -Wextra -Werror)

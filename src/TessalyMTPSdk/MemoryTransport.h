@@ -7,9 +7,9 @@
 
 namespace mtp {
 
-/// The phone's end of a wire. Used by one responder thread, except writeEvent(), which may have a thread of its own, and
-/// close() and plugged(), which any thread may call.
-/// Implemented by the memory wire and, for a phone on a real bus, by a USB gadget.
+/// The phone's end of a wire. Used by one responder thread, except writeEvent(), which may have a thread of its own,
+/// and close() and plugged(), which any thread may call. Implemented by the memory wire and, for a phone on a real bus,
+/// by a USB gadget.
 class DeviceEnd {
 public:
   using Milliseconds = std::chrono::milliseconds;
