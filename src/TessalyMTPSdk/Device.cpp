@@ -208,6 +208,8 @@ Status Device::fetch(const std::shared_ptr<Listing>& listing, std::unique_lock<s
           return listing->known;
         },
         folder);
+    log(LogLevel::Debug, "listed %zu objects in folder 0x%08x of storage 0x%08x: status 0x%08x", folder.objects.size(),
+        listing->parent, listing->storage, status);
     lock.lock();
     if (!listing->known)
       status = isGone() ? DGSTATUS_NO_DEVICE_ATTACHED : DGSTATUS_NODE_IS_NOT_EXISTED;
