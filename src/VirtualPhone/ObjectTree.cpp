@@ -278,7 +278,9 @@ void ObjectTree::tell(const Object& object, mtp::Event code) {
 
 void ObjectTree::appeared(Object& folder, const std::string& name) {
   auto fd = open(folder);
-  auto facts = fd ? disk::facts(fd.get(), name) : std::nullopt;
+  std::optional<disk::Facts> facts;
+  if (fd)
+    facts = disk::facts(fd.get(), name);
   auto* known = child(folder, name);
   if (known && facts && facts->folder != known->folder()) {
     tell(*known, mtp::Event::ObjectRemoved);
