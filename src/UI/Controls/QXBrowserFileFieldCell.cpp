@@ -43,7 +43,8 @@ SOutlineTextCell::SOutlineTextCell(QObject* parent)
     , isRTL(ui::isRTLLayout()) {}
 
 void SOutlineTextCell::paint(QPainter* painter, const QStyleOptionViewItem& option, const QModelIndex& index) const {
-  drawText(textRectForFrame(cellBounds(option)), index.data(Qt::DisplayRole).toString(), *painter, option.palette);
+  // A text may run on into the spacing: the largest size needs it.
+  drawText(textRectForFrame(QRectF(option.rect)), index.data(Qt::DisplayRole).toString(), *painter, option.palette);
 }
 
 QSize SOutlineTextCell::sizeHint(const QStyleOptionViewItem&, const QModelIndex& index) const {
@@ -51,8 +52,8 @@ QSize SOutlineTextCell::sizeHint(const QStyleOptionViewItem&, const QModelIndex&
 }
 
 QRectF SOutlineTextCell::textRectForFrame(const QRectF& frame) const {
-  const qreal left = frame.left() + (isRTL ? -kTextInset : kTextInset);
-  return {left, frame.top() + kTextInset, frame.width(), kTextHeight};
+  const qreal left = isRTL ? frame.left() : frame.left() + kTextInset;
+  return {left, frame.top() + kTextInset, qMax<qreal>(0, frame.width() - kTextInset), kTextHeight};
 }
 
 void SOutlineTextCell::drawText(const QRectF& rect, const QString& title, QPainter& painter,

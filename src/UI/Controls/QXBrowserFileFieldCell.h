@@ -16,8 +16,7 @@ public:
 
   bool isRTL = false;
 
-  /// Where the text stands: 18 pixels high, as wide as `frame`, 3 below its top and 3 off the side it
-  /// starts at.
+  /// Where the text stands: 18 pixels high, `frame` less 3 at its top and 3 at the side the text starts from.
   virtual QRectF textRectForFrame(const QRectF& frame) const;
 
   void paint(QPainter* painter, const QStyleOptionViewItem& option, const QModelIndex& index) const override;

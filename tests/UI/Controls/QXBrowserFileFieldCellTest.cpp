@@ -3,6 +3,8 @@
 #include "Platform/UserDefaults.h"
 #include "UI/Common/Images.h"
 #include "UI/Common/SFont.h"
+#include "UI/Common/SizeText.h"
+#include "UI/Controls/SOutlineHeaderView.h"
 
 #include <QFontMetrics>
 #include <QLineEdit>
@@ -12,6 +14,8 @@
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
+
+#include <limits>
 
 namespace {
 
@@ -206,7 +210,11 @@ TEST(TextCell, DrawsInsideItsColumnOnEitherSide) {
 }
 
 TEST(TextCell, ShowsTheLargestSizeWholeInItsColumn) {
-  // 2^64 - 1 bytes.
-  EXPECT_LE(QFontMetrics(SFont::sharedInstance().fontWithPixelSize(12, false)).horizontalAdvance("16,777,216.00TB"),
-            95);
+  const QString largest = ui::convertFileSizeFromInt(std::numeric_limits<quint64>::max());
+  const qreal width = QFontMetricsF(SFont::sharedInstance().fontWithPixelSize(12, false)).horizontalAdvance(largest);
+  SOutlineTextCell cell;
+  const QRectF section(0, 0, 95 + SOutlineHeaderView::kColumnSpacing, 22);
+  EXPECT_GE(cell.textRectForFrame(section).width(), width);
+  cell.isRTL = true;
+  EXPECT_GE(cell.textRectForFrame(section).width(), width);
 }
