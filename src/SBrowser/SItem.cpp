@@ -1,6 +1,7 @@
 #include "SBrowser/SItem.h"
 
 #include "Platform/Dates.h"
+#include "SBrowser/LocalDays.h"
 #include "SBrowser/SItemArray.h"
 #include "UI/Common/NSStringPredicate.h"
 #include "UI/Common/SizeText.h"
@@ -149,24 +150,18 @@ void SItem::setMtpDate(const QString& mtpDateTime) {
   setAside(&Aside::dateModified, QString());
 }
 
-SItem::DateOrder SItem::dateOrder() const {
-  std::optional<platform::dates::Instant> moment;
-  switch (m_date) {
-  case kUnknownDate:
+SItem::DateOrder SItem::dateOrder(LocalDays& days) const {
+  std::optional<std::int64_t> moment;
+  if (m_date == kUnknownDate)
     return {DateOrder::Unknown, 0};
-  case kNoDate:
-    break;
-  case kDateText:
-    moment = ui::dateFromString(aside(&Aside::dateModified));
-    break;
-  default: {
+  if (m_date == kDateText) {
+    if (const auto date = ui::dateFromString(aside(&Aside::dateModified)))
+      moment = date->time_since_epoch().count();
+  } else if (m_date != kNoDate) {
     const std::int64_t date = m_date / kTimeDigits;
     const std::int64_t time = m_date % kTimeDigits;
-    moment = platform::dates::fromFields(
-        {date / 10'000, date % 10'000 / 100, date % 100, time / 10'000, time % 10'000 / 100, time % 100});
+    moment =
+        days.moment({date / 10'000, date % 10'000 / 100, date % 100, time / 10'000, time % 10'000 / 100, time % 100});
   }
-  }
-  if (!moment)
-    return {DateOrder::NoDate, 0};
-  return {DateOrder::Date, moment->time_since_epoch().count()};
+  return moment ? DateOrder{DateOrder::Date, *moment} : DateOrder{DateOrder::NoDate, 0};
 }

@@ -8,6 +8,7 @@
 #include <memory>
 #include <optional>
 
+class LocalDays;
 class SItem;
 class SItemArray;
 
@@ -48,7 +49,7 @@ public:
     enum Rank : int { Unknown, NoDate, Date } rank = NoDate;
     std::int64_t moment = 0; ///< milliseconds since 1970 UTC
   };
-  DateOrder dateOrder() const;
+  DateOrder dateOrder(LocalDays& days) const;
 
   /// True once the children were fetched from the phone.
   bool isListed() const { return m_isListed; }

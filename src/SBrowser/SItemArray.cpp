@@ -1,5 +1,7 @@
 #include "SBrowser/SItemArray.h"
 
+#include "SBrowser/LocalDays.h"
+
 #include <QLocale>
 
 #include <unicode/ucol.h>
@@ -93,10 +95,11 @@ void sortByName(Order& order, const Items& items, bool ascending) {
 }
 
 void sortByDate(Order& order, const Items& items, bool ascending) {
+  LocalDays days;
   std::vector<SItem::DateOrder> dates;
   dates.reserve(items.size());
   for (const SItemArray::Pointer& item : items)
-    dates.push_back(item->dateOrder());
+    dates.push_back(item->dateOrder(days));
   sortOrder(order, ascending, [&](std::uint32_t a, std::uint32_t b) {
     return dates[a].rank != dates[b].rank ? dates[a].rank < dates[b].rank : dates[a].moment < dates[b].moment;
   });
