@@ -52,7 +52,7 @@ QString shortVersion(const Plist& list) {
     return QStringLiteral("(null)");
   char* text = nullptr;
   plist_get_string_val(value, &text);
-  const QString version = QString::fromUtf8(text);
+  QString version = QString::fromUtf8(text);
   std::free(text);
   return version;
 }

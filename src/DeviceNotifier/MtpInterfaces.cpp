@@ -22,9 +22,11 @@ bool isMtp(const RegistryService& interface) {
 } // namespace
 
 bool hasMtpInterface(const RegistryService& device) {
+  const auto children = device.children();
+  if (children.empty())
+    return false; // not set up yet: nobody could talk to it
   if (device.property(key::mtpDevice).toString() == QLatin1String("1"))
     return true;
-  const auto children = device.children();
   return std::any_of(children.begin(), children.end(), [](const auto& child) { return isMtp(*child); });
 }
 

@@ -464,7 +464,7 @@ std::optional<QList<MtpItemInfo>> MTPDextSDKWrapper::getFoldersAtFolder(_MTP_FOL
   getMTPFolderListHead(folder, currentStorage, &head, nullptr, nullptr);
   walkFolders(head, [&](_MTP_FOLDER_NODE* child) {
     items.append(folderItem(*child, folderPath));
-    return !isDetached();
+    return true;
   });
   if (isDetached())
     return std::nullopt;

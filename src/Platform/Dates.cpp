@@ -35,7 +35,7 @@ QByteArray userLocale() {
     return application.name().toLatin1();
   // QLocale::system() answers for all of a user's locale settings at once and is named after LC_NUMERIC.
   for (const char* variable : {"LC_ALL", "LC_TIME", "LANG"})
-    if (const QByteArray value = qgetenv(variable); !value.isEmpty())
+    if (QByteArray value = qgetenv(variable); !value.isEmpty())
       return value;
   return "C";
 }

@@ -10,7 +10,7 @@
 namespace platform {
 namespace {
 
-constexpr qint64 kMaxFile = 64 * 1024;
+constexpr qint64 kMaxFile = qint64(64) * 1024;
 
 Mutex g_mutex;
 std::optional<std::optional<SystemVersion>> g_override MTPB_GUARDED_BY(g_mutex);

@@ -13,7 +13,8 @@ struct SystemVersion {
   long minor = 0;
   long patch = 0;
 
-  friend auto operator<=>(const SystemVersion&, const SystemVersion&) = default;
+  // clang-tidy takes the 0 that a defaulted comparison is made of for a pointer.
+  friend auto operator<=>(const SystemVersion&, const SystemVersion&) = default; // NOLINT(modernize-use-nullptr)
 };
 
 /// The running system's version: VERSION_ID of /etc/os-release, else of /usr/lib/os-release ("12" is 12.0.0, "22.04" is

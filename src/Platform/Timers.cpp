@@ -22,7 +22,8 @@ public:
     m_timer->setTimerType(Qt::PreciseTimer);
     m_timer->setSingleShot(once);
     QObject::connect(m_timer.get(), &QTimer::timeout, m_timer.get(), [kept = m_state] {
-      const auto state = kept; // the function may destroy the timer, and with it this closure
+      // The function may destroy the timer, and with it this closure.
+      const auto state = kept; // NOLINT(performance-unnecessary-copy-initialization)
       state->firing = true;
       state->fire();
       state->firing = false;

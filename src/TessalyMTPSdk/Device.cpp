@@ -75,7 +75,7 @@ Device::Device(std::unique_ptr<Transport> transport, const DeviceCandidate& cand
     , m_attachment(candidate.attachment)
     , m_locationId(candidate.locationId)
     , m_session(std::move(transport), limits)
-    , m_store(registry, *this) {}
+    , m_store(registry, this) {}
 
 Device::~Device() {
   m_session.close();

@@ -123,7 +123,12 @@ bool EngineState::open(const Source& source) {
   } catch (const std::exception& error) {
     log(LogLevel::Warning, "opening a phone failed: %s", error.what());
   }
+  std::shared_ptr<Device> unwanted; // let go after the lock
+  const std::lock_guard settings(m_settings);
   const std::lock_guard lock(m_registry.mutex);
+  // The provider may have been taken away meanwhile, and its phones with it.
+  if (source.provider != m_usb && std::ranges::find(m_providers, source.provider) == m_providers.end())
+    unwanted = std::move(device);
   if (!device) {
     m_registry.retire(node);
     return false;

@@ -44,7 +44,7 @@ Node*& headOf(Listing& listing, const Node& node) {
 
 } // namespace
 
-ObjectStore::ObjectStore(NodeRegistry& registry, Device& device)
+ObjectStore::ObjectStore(NodeRegistry& registry, Device* device)
     : m_registry(registry)
     , m_device(device) {}
 
@@ -62,7 +62,7 @@ void ObjectStore::setStorages(const std::vector<ListedStorage>& storages) {
     } else {
       storage.id = listed.id;
       storage.topLevel = std::make_shared<Listing>();
-      storage.topLevel->device = &m_device;
+      storage.topLevel->device = m_device;
       storage.topLevel->storage = listed.id;
     }
     now.push_back(std::move(storage));
@@ -102,7 +102,7 @@ std::shared_ptr<Listing> ObjectStore::listingOf(Node& parent) {
   std::shared_ptr<Listing>& listing = m_folders[&parent];
   if (!listing) {
     listing = std::make_shared<Listing>();
-    listing->device = &m_device;
+    listing->device = m_device;
     listing->storage = parent.listing->storage;
     listing->parent = parent.common.nodeId;
     listing->parentNode = &parent;

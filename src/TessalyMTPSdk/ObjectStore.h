@@ -48,7 +48,8 @@ struct ListedStorage {
 
 class ObjectStore {
 public:
-  ObjectStore(NodeRegistry& registry, Device& device);
+  /// `device` is what its listings say they belong to.
+  ObjectStore(NodeRegistry& registry, Device* device);
 
   /// Takes over the phone's storages, in their order. A storage that stays keeps everything below it; where only its
   /// numbers changed a new record is made, and the older one keeps naming the same storage until the list is released.
@@ -95,7 +96,7 @@ private:
   static void markStale(Listing& listing);
 
   NodeRegistry& m_registry;
-  Device& m_device;
+  Device* const m_device;
   NodeRegistry::Arena m_arena;
   bool m_closed = false;
   std::vector<Storage> m_storages; // in the phone's order

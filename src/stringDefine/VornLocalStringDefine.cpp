@@ -75,8 +75,9 @@ QString VornLocalStringDefine::QX_LocalizedStringWithKey(const QString& key) {
 
 QString VornLocalStringDefine::loadTables(const QLocale& locale) {
   const auto mainTable = loadTable(locale, QStringLiteral("main"));
-  const QString language = mainTable->language();
-  use({lookupIn(mainTable), lookupIn(loadTable(locale, QStringLiteral("DefaultLocalizable")))});
+  const auto defaultLocalizable = loadTable(locale, QStringLiteral("DefaultLocalizable"));
+  QString language = mainTable->language();
+  use({lookupIn(mainTable), lookupIn(defaultLocalizable)});
   return language;
 }
 

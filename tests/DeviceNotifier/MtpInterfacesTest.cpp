@@ -51,9 +51,11 @@ TEST(MtpInterfaces, PropertiesThatAreNoNumbersAreNoClass) {
   EXPECT_FALSE(offersMtp({interface(QStringLiteral("6"), 1, 1)}));
 }
 
-TEST(MtpInterfaces, ADeviceTheDatabaseKnowsNeedsNoInterface) {
+TEST(MtpInterfaces, ADeviceTheDatabaseKnowsNeedsAnInterfaceButNoMtpOne) {
   scripted::Service device("device");
   device.properties[key::mtpDevice] = QStringLiteral("1");
+  EXPECT_FALSE(hasMtpInterface(device)) << "its interfaces are still to come";
+  device.below = {interface(0xff, 0x42, 1)};
   EXPECT_TRUE(hasMtpInterface(device));
   device.properties[key::mtpDevice] = QStringLiteral("0");
   EXPECT_FALSE(hasMtpInterface(device));

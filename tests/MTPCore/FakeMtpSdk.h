@@ -41,7 +41,9 @@ public:
     GetFileListHead,
     GetNextFileNode,
     RequestEventNotifyEx,
-    LibIsExist
+    LibIsExist,
+    HoldNodes,  // hook only
+    GetNodeKind // hook only, run behind the answer: what the caller learnt may be out of date when it acts on it
   };
   using Handle = std::size_t; ///< Names an object of the test's phones for good.
 
@@ -360,6 +362,7 @@ public:
   }
 
   void holdNodes() override {
+    enter(Operation::HoldNodes);
     const std::lock_guard lock(m_mutex);
     ++m_holds;
   }
@@ -372,12 +375,16 @@ public:
     m_retiredButHeld.clear();
   }
   std::uint32_t getNodeKind(const void* address, std::int32_t* kind) override {
-    const std::lock_guard lock(m_mutex);
-    const auto it = m_known.find(address);
-    if (it == m_known.end())
-      return NotExisting;
-    *kind = m_objects[it->second].kind;
-    return 0;
+    std::uint32_t status = NotExisting;
+    {
+      const std::lock_guard lock(m_mutex);
+      if (const auto it = m_known.find(address); it != m_known.end()) {
+        *kind = m_objects[it->second].kind;
+        status = 0;
+      }
+    }
+    enter(Operation::GetNodeKind);
+    return status;
   }
 
 private:

@@ -348,6 +348,45 @@ TEST_F(MTPDextSDKWrapperListing, ANodeForgottenInTheMiddleOfAWalkEndsTheListAndI
   EXPECT_EQ(sdk->holds(), 0);
 }
 
+TEST_F(MTPDextSDKWrapperListing, ANodeForgottenRightAfterItWasCheckedIsStillReadWhole) {
+  const auto forgetAllOnce = [&] {
+    sdk->setHook(Operation::GetNodeKind, {});
+    sdk->releaseDeviceList(sdk->deviceNode(device));
+  };
+  _MTP_FILE_NODE* const file = sdk->fileNode(aJpg);
+  sdk->setHook(Operation::GetNodeKind, forgetAllOnce);
+  EXPECT_EQ(wrapper.getFileNodeInfo(file, "/p")->FileName, QString("a.jpg"));
+  _MTP_FOLDER_NODE* const folder = sdk->folderNode(dcim);
+  sdk->setHook(Operation::GetNodeKind, forgetAllOnce);
+  EXPECT_EQ(wrapper.getFolderNodeInfo(folder, "/p")->FileName, QString("DCIM"));
+  _MTP_COMMON_NODE* const parent = sdk->commonNode(dcim);
+  sdk->setHook(Operation::GetNodeKind, forgetAllOnce);
+  EXPECT_THAT(names(wrapper.contentsOfFileInfo(parent, "/p")), ElementsAre("a.jpg"));
+  sdk->setHook(Operation::GetNodeKind, forgetAllOnce);
+  EXPECT_THAT(names(wrapper.getFoldersAtFolder(nullptr, sdk->storageNode(card), "/p", false)), ElementsAre("DCIM"));
+  _MTP_STORAGE_NODE* first = sdk->storageNode(phone);
+  sdk->setHook(Operation::GetNodeKind, forgetAllOnce);
+  EXPECT_EQ(wrapper.getStorageNode(deviceNode, &first, "Phone"), first);
+}
+
+TEST_F(MTPDextSDKWrapperListing, AListForgottenBeforeItsFirstNodeIsReadIsEmpty) {
+  const auto forgetAllOnce = [&] {
+    sdk->setHook(Operation::HoldNodes, {});
+    sdk->releaseDeviceList(sdk->deviceNode(device));
+  };
+  _MTP_COMMON_NODE* const parent = sdk->commonNode(dcim);
+  sdk->setHook(Operation::HoldNodes, forgetAllOnce);
+  EXPECT_THAT(names(wrapper.contentsOfFileInfo(parent, "/p")), IsEmpty());
+  sdk->setHook(Operation::HoldNodes, forgetAllOnce);
+  EXPECT_THAT(names(wrapper.getFoldersAtFolder(nullptr, sdk->storageNode(card), "/p", false)), IsEmpty());
+  _MTP_STORAGE_NODE* first = sdk->storageNode(phone);
+  sdk->setHook(Operation::HoldNodes, forgetAllOnce);
+  EXPECT_EQ(wrapper.getStorageNode(deviceNode, &first, "Phone"), nullptr);
+  _MTP_FILE_NODE* const file = sdk->fileNode(aJpg);
+  sdk->setHook(Operation::HoldNodes, forgetAllOnce);
+  EXPECT_FALSE(wrapper.getFileNodeInfo(file, "/p"));
+}
+
 // ---- Node identifiers ----
 
 TEST_F(MTPDextSDKWrapperListing, ANodeIdentifierIsReadBackWithAndWithoutPrefixInAnyCase) {

@@ -1,6 +1,7 @@
 #include "UI/Common/NSStringPredicate.h"
 
 #include <algorithm>
+#include <compare>
 #include <vector>
 
 namespace ui {
@@ -71,7 +72,8 @@ struct SortKey {
   Rank rank;
   platform::dates::Instant date;
 
-  friend auto operator<=>(const SortKey&, const SortKey&) = default;
+  // clang-tidy takes the 0 that a defaulted comparison is made of for a pointer.
+  friend auto operator<=>(const SortKey&, const SortKey&) = default; // NOLINT(modernize-use-nullptr)
 };
 
 SortKey sortKey(const QString& text) {
@@ -106,7 +108,7 @@ bool isExistInArray(const QString& receiver, const std::optional<QStringList>& a
 
 int compareDateFormatString(const QString& receiver, const QString& other) {
   const auto order = sortKey(receiver) <=> sortKey(other);
-  return order < 0 ? -1 : order > 0 ? 1 : 0;
+  return std::is_lt(order) ? -1 : std::is_gt(order) ? 1 : 0;
 }
 
 std::optional<platform::dates::Instant> dateFromString(const QString& text) {
