@@ -54,7 +54,7 @@ void EventThread::setCallback(const void* node, mtpDextEventCallback callback, v
     m_callbacks[node] = {callback, context};
   else
     m_callbacks.erase(node);
-  if (m_thread.get_id() != std::this_thread::get_id())
+  if (m_caller != std::this_thread::get_id())
     m_called.wait(lock, [&] { return !m_calling || m_calling != node; });
 }
 
@@ -78,10 +78,12 @@ void EventThread::run(std::uint64_t turn) {
       continue;
     const Callback callback = found->second;
     m_calling = event.node;
+    m_caller = std::this_thread::get_id();
     lock.unlock();
     callback.function(event.event.code, event.event.parameters[0], event.event.parameters[1], callback.context);
     lock.lock();
     m_calling = nullptr;
+    m_caller = {};
     m_called.notify_all();
   }
 }

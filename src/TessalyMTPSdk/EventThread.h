@@ -62,6 +62,7 @@ private:
   std::deque<Event> m_waiting;
   std::unordered_map<const void*, Callback> m_callbacks; // by device record
   const void* m_calling = nullptr;                       // the record whose callback runs
+  std::thread::id m_caller; // the thread it runs on; asked instead of m_thread, which stop() takes before it waits
   std::uint64_t m_turn = 0; // counts starts and stops: a thread whose turn is over ends, even if another has started
   std::thread m_thread;
 };
