@@ -10,7 +10,11 @@
 #include <QStandardPaths>
 
 #include <algorithm>
+#include <cerrno>
+#include <cstring>
 #include <map>
+#include <sys/stat.h>
+#include <utility>
 
 namespace detection {
 namespace {
@@ -76,35 +80,60 @@ const char* assign(DeviceIdentityTable& table, const QByteArray& key, const QByt
   return "there is no such key";
 }
 
-// Whether the values fit together, judged when all are known; else why not.
-const char* contradiction(const DeviceIdentityTable& table) {
+// Why values do not fit together, and the keys whose values they are.
+struct Contradiction {
+  const char* problem;
+  std::vector<QByteArray> keys;
+};
+
+// Judged when all values are known; nothing when they fit together.
+std::optional<Contradiction> contradiction(const DeviceIdentityTable& table) {
+  const QByteArray first = "kPhoneProductIdFirst";
+  const QByteArray last = "kPhoneProductIdLast";
   if (table.kPhoneProductIdFirst > table.kPhoneProductIdLast)
-    return "kPhoneProductIdFirst is above kPhoneProductIdLast";
+    return Contradiction{"kPhoneProductIdFirst is above kPhoneProductIdLast", {first, last}};
   const auto outside = [&table](std::uint16_t id) {
     return id < table.kPhoneProductIdFirst || id > table.kPhoneProductIdLast;
   };
   if (outside(table.kSingleSearchProductIdFrom))
-    return "kSingleSearchProductIdFrom is not a product of the maker's phones";
-  const auto ptp = table.kPtpProductIds();
-  if (std::any_of(ptp.begin(), ptp.end(), outside))
-    return "a PTP product ID is not a product of the maker's phones";
+    return Contradiction{"kSingleSearchProductIdFrom is not a product of the maker's phones",
+                         {"kSingleSearchProductIdFrom", first, last}};
+  const QByteArray noSearch = "kPtpNoSearchProductIds";
+  const QByteArray skipSearch = "kPtpSkipSearchProductIds";
+  for (const auto& [key, ids] :
+       {std::pair(noSearch, table.kPtpNoSearchProductIds), std::pair(skipSearch, table.kPtpSkipSearchProductIds)})
+    if (std::any_of(ids.begin(), ids.end(), outside))
+      return Contradiction{"a PTP product ID is not a product of the maker's phones", {key, first, last}};
   for (const std::uint16_t id : table.kPtpNoSearchProductIds)
     if (contains(table.kPtpSkipSearchProductIds, id))
-      return "a product ID stands in both PTP lists";
-  return nullptr;
+      return Contradiction{"a product ID stands in both PTP lists", {noSearch, skipSearch}};
+  return std::nullopt;
 }
 
 // A table file's text; nothing when it is absent or, with a log line, cannot be read.
 std::optional<QByteArray> textOf(const QString& path) {
-  if (path.isEmpty() || !QFileInfo::exists(path))
+  if (path.isEmpty())
     return std::nullopt;
-  QFile file(path);
-  if (QFileInfo(path).isDir() || !file.open(QIODevice::ReadOnly)) {
+  const auto unreadable = [&path](const QString& reason) {
     MTPB_LOG("device table %s, row 1: cannot be read (%s); the defaults are used", qUtf8Printable(path),
-             file.error() == QFileDevice::NoError ? "it is a folder" : qUtf8Printable(file.errorString()));
+             qUtf8Printable(reason));
     return std::nullopt;
+  };
+  struct stat status {};
+  if (::stat(QFile::encodeName(path).constData(), &status) != 0) {
+    const int error = errno;
+    const bool absent = (error == ENOENT || error == ENOTDIR) && !QFileInfo(path).isSymLink();
+    return absent ? std::nullopt : unreadable(QString::fromLocal8Bit(std::strerror(error)));
   }
+  // Others have no end, or hold up whoever opens them.
+  if (!S_ISREG(status.st_mode))
+    return unreadable(QStringLiteral("it is no regular file"));
+  QFile file(path);
+  if (!file.open(QIODevice::ReadOnly))
+    return unreadable(file.errorString());
   QByteArray text = file.read(largestTable + 1);
+  if (file.error() != QFileDevice::NoError)
+    return unreadable(file.errorString());
   if (text.size() > largestTable) {
     MTPB_LOG("device table %s, row %d: the file is too large (more than 64 KiB); the defaults are used",
              qUtf8Printable(path), int(text.count('\n')) + 1);
@@ -183,11 +212,12 @@ std::optional<DeviceIdentityTable> parseDeviceIdentityTable(const QByteArray& te
       return std::nullopt;
     }
   }
-  if (const char* problem = contradiction(table)) {
+  if (const auto found = contradiction(table)) {
     int last = 1;
-    for (const auto& [key, at] : rows)
-      last = std::max(last, at);
-    mistake = {last, QString::fromLatin1(problem)};
+    for (const QByteArray& key : found->keys)
+      if (const auto at = rows.find(key); at != rows.end())
+        last = std::max(last, at->second);
+    mistake = {last, QString::fromLatin1(found->problem)};
     return std::nullopt;
   }
   return table;

@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <random>
 #include <set>
+#include <sys/stat.h>
 #include <unistd.h>
 
 using namespace detection;
@@ -112,6 +113,15 @@ TEST(DeviceIdentityTable, RefusesValuesThatDoNotFitTogether) {
   EXPECT_EQ(badRow("kPtpSkipSearchProductIds = 0x4165"), 1);
 }
 
+TEST(DeviceIdentityTable, NamesTheRowOfAKeyInvolvedNotTheFilesLastOne) {
+  EXPECT_EQ(badRow("kPhoneProductIdFirst = 0x5000\nAcceptAnyMtpDevice = true"), 1);
+  EXPECT_EQ(badRow("AcceptAnyMtpDevice = true\nkSingleSearchProductIdFrom = 1\nkPhoneVendorId = 1"), 2);
+  EXPECT_EQ(badRow("kPtpNoSearchProductIds = 1\nkPtpSkipSearchProductIds = 0x4122"), 1);
+  EXPECT_EQ(badRow("kPtpNoSearchProductIds = 0x4122\nkPtpSkipSearchProductIds = 0x4122\nkPhoneVendorId = 1"), 2);
+  // Fine in themselves, but the range leaves the shipped products outside.
+  EXPECT_EQ(badRow("kPhoneVendorId = 1\nkPhoneProductIdLast = 0x4120\nAcceptAnyMtpDevice = true"), 2);
+}
+
 TEST(DeviceIdentityTable, TakesAnyBytesWithoutHarm) {
   std::mt19937 random(1);
   for (int round = 0; round < 2000; ++round) {
@@ -157,6 +167,35 @@ TEST_F(TableFiles, ABadSystemTableStillLetsTheUsersCount) {
 TEST_F(TableFiles, ATableThatCannotBeReadIsLoggedAndTheDefaultsCount) {
   EXPECT_EQ(loadDeviceIdentityTable({QString(), m_folder.path()}), shipped());
   EXPECT_EQ(m_log.containing(m_folder.path()).size(), 1);
+}
+
+TEST_F(TableFiles, ATableWhoseReadingFailsIsLoggedAndTheDefaultsCount) {
+  const QString path = QStringLiteral("/proc/self/mem"); // opens, but has nothing to read at its beginning
+  EXPECT_EQ(loadDeviceIdentityTable({QString(), path}), shipped());
+  ASSERT_EQ(m_log.containing(path).size(), 1);
+  EXPECT_TRUE(m_log.containing(path).front().contains(QStringLiteral("row 1")));
+}
+
+TEST_F(TableFiles, APipeInATablesPlaceDoesNotHoldUpTheStart) {
+  const QString path = m_folder.filePath(QStringLiteral("pipe"));
+  ASSERT_EQ(::mkfifo(qPrintable(path), 0600), 0);
+  EXPECT_EQ(loadDeviceIdentityTable({path, QString()}), shipped());
+  EXPECT_EQ(m_log.containing(path).size(), 1);
+}
+
+TEST_F(TableFiles, ALinkThatLeadsNowhereIsLoggedAndTheDefaultsCount) {
+  const QString path = m_folder.filePath(QStringLiteral("link"));
+  ASSERT_TRUE(QFile::link(m_folder.filePath(QStringLiteral("nowhere")), path));
+  EXPECT_EQ(loadDeviceIdentityTable({QString(), path}), shipped());
+  EXPECT_EQ(m_log.containing(path).size(), 1);
+}
+
+TEST_F(TableFiles, ATablePathThatCannotBeFollowedIsLoggedAndTheDefaultsCount) {
+  const QString loop = m_folder.filePath(QStringLiteral("loop"));
+  ASSERT_TRUE(QFile::link(loop, loop));
+  const QString path = loop + QStringLiteral("/devices.conf");
+  EXPECT_EQ(loadDeviceIdentityTable({QString(), path}), shipped());
+  EXPECT_EQ(m_log.containing(path).size(), 1);
 }
 
 TEST_F(TableFiles, AnOversizedTableIsLoggedAndTheDefaultsCount) {
