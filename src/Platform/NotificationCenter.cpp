@@ -2,6 +2,8 @@
 
 #include "Platform/ThreadSafety.h"
 
+#include <QScopeGuard>
+
 #include <algorithm>
 #include <thread>
 #include <vector>
@@ -89,11 +91,14 @@ void NotificationCenter::deliver(const Notification& notification) {
         continue;
       observer->callingNow.push_back(std::this_thread::get_id());
     }
+    // Also when the handler throws: the call must not be waited for for ever.
+    const auto countDown = qScopeGuard([&] {
+      const Lock lock(state->mutex);
+      observer->callingNow.erase(
+          std::find(observer->callingNow.begin(), observer->callingNow.end(), std::this_thread::get_id()));
+      state->callEnded.notify_all();
+    });
     observer->handler(notification);
-    const Lock lock(state->mutex);
-    observer->callingNow.erase(
-        std::find(observer->callingNow.begin(), observer->callingNow.end(), std::this_thread::get_id()));
-    state->callEnded.notify_all();
   }
 }
 

@@ -157,13 +157,15 @@ QVariant UdevService::property(const char* key) const {
   return textProperty(udev_device_get_property_value(device, key));
 }
 
-std::vector<std::string> scan(udev_enumerate* enumerate) {
+// The paths of the devices found. The scan reports an error also when a single entry cannot be read: what was found
+// counts all the same, and there is an error (errno in `error`) only when that is nothing.
+std::vector<std::string> scan(udev_enumerate* enumerate, int& error) {
   std::vector<std::string> paths;
-  if (udev_enumerate_scan_devices(enumerate) < 0)
-    return paths;
+  const int result = udev_enumerate_scan_devices(enumerate);
   for (udev_list_entry* entry = udev_enumerate_get_list_entry(enumerate); entry != nullptr;
        entry = udev_list_entry_get_next(entry))
     paths.emplace_back(udev_list_entry_get_name(entry));
+  error = result < 0 && paths.empty() ? -result : 0;
   return paths;
 }
 
@@ -173,7 +175,8 @@ std::vector<std::shared_ptr<RegistryService>> UdevService::children() const {
   const Enumerate enumerate(udev_enumerate_new(context));
   if (enumerate == nullptr || udev_enumerate_add_match_parent(enumerate.get(), m_device.get()) < 0)
     return found;
-  for (const std::string& path : scan(enumerate.get())) { // everything below, in the order of the paths
+  int error = 0;
+  for (const std::string& path : scan(enumerate.get(), error)) { // everything below, in the order of the paths
     Device device(udev_device_new_from_syspath(context, path.c_str()));
     udev_device* parent = device == nullptr ? nullptr : udev_device_get_parent(device.get());
     if (parent != nullptr && text(udev_device_get_syspath(parent)) == text(udev_device_get_syspath(m_device.get())))
@@ -263,7 +266,8 @@ int UdevDeviceRegistry::services(ServiceClass serviceClass, std::vector<std::sha
     udev_enumerate_add_match_sysname(enumerate.get(), "ttyACM*");
     udev_enumerate_add_match_sysname(enumerate.get(), "ttyUSB*");
   }
-  for (const std::string& path : scan(enumerate.get())) {
+  int error = 0;
+  for (const std::string& path : scan(enumerate.get(), error)) {
     Device device(udev_device_new_from_syspath(m_udev, path.c_str()));
     if (device == nullptr)
       continue; // gone meanwhile
@@ -271,7 +275,7 @@ int UdevDeviceRegistry::services(ServiceClass serviceClass, std::vector<std::sha
       continue; // the daemon has not finished with it: the monitor will report it
     found.push_back(std::make_shared<UdevService>(std::move(device)));
   }
-  return 0;
+  return error;
 }
 
 std::unique_ptr<RegistryMonitor> UdevDeviceRegistry::monitor(int& error) {

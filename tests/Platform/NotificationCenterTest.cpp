@@ -6,6 +6,7 @@
 
 #include <atomic>
 #include <future>
+#include <stdexcept>
 #include <thread>
 
 using platform::Notification;
@@ -84,6 +85,14 @@ TEST(NotificationCenter, EndingWaitsForACallOnAnotherThread) {
   leave.set_value();
   EXPECT_TRUE(ended.get()); // the handler had returned when the destructor did
   poster.join();
+}
+
+TEST(NotificationCenter, ACallThatThrowsOnAnotherThreadIsNotWaitedFor) {
+  NotificationCenter center;
+  auto observation = center.observe(QStringLiteral("A"), [](const Notification&) { throw std::runtime_error("no"); });
+  std::thread poster([&] { EXPECT_THROW(center.post(QStringLiteral("A")), std::runtime_error); });
+  poster.join();
+  observation.reset(); // returns
 }
 
 TEST(NotificationCenter, AnObservationMayOutliveItsCenter) {

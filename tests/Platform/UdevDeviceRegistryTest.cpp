@@ -230,6 +230,15 @@ TEST_F(UdevRegistry, AnInterfaceIsAChildOfItsDeviceAndNoDevice) {
   }
 }
 
+TEST_F(UdevRegistry, AnEntryThatCannotBeReadDoesNotHideTheOthers) {
+  addDevice("2", "007");
+  gchar* root = umockdev_testbed_get_root_dir(m_bed);
+  const std::string entry = std::string(root) + "/sys/bus/usb/devices/20-1";
+  g_free(root);
+  std::filesystem::create_symlink(entry, entry); // leads round in a circle
+  EXPECT_THAT(list(ServiceClass::UsbDevice), SizeIs(1));
+}
+
 TEST_F(UdevRegistry, TheDeviceDatabasesMarkIsAProperty) {
   addDevice("2", "007", {}, {"ID_MTP_DEVICE", "1"});
   EXPECT_EQ(onlyDevice()->property(registryKey::mtpDevice), QVariant(QStringLiteral("1")));
