@@ -45,6 +45,7 @@ QString textOf(const std::optional<QVariantList>& list) {
 struct BTVornDeviceNotifier::Run {
   std::atomic<bool> quitThread = false; // written by the main thread, read by the notifier threads
   detection::AddUSBNotifier::Parts parts;
+  std::shared_ptr<platform::Mutex> registryInUse;
 
   platform::Mutex mutex;
   platform::Condition changed;
@@ -89,7 +90,8 @@ BTVornDeviceNotifier::BTVornDeviceNotifier()
 
 BTVornDeviceNotifier::BTVornDeviceNotifier(Parts parts)
     : m_parts(std::move(parts))
-    , m_events(std::make_shared<detection::DeviceEvents>()) {
+    , m_events(std::make_shared<detection::DeviceEvents>())
+    , m_registryInUse(std::make_shared<platform::Mutex>()) {
   MTPB_LOG("ENTER");
   MTPB_LOG("EXIT");
 }
@@ -111,6 +113,7 @@ bool BTVornDeviceNotifier::registerNotification(const std::optional<QVariantList
   m_run->parts.identities = m_parts.identities;
   m_run->parts.events = m_events;
   m_run->parts.mtpProbe = m_parts.mtpProbe;
+  m_run->registryInUse = m_registryInUse;
   // Not the shared pointer: the thread that holds it is the one that sleeps.
   m_run->parts.sleep =
       m_parts.sleep ? m_parts.sleep : [run = m_run.get()](std::chrono::seconds time) { return run->sleep(time); };
@@ -123,6 +126,7 @@ bool BTVornDeviceNotifier::registerNotification(const std::optional<QVariantList
 void BTVornDeviceNotifier::deviceUSBNotifierThread(Run& run) {
   try {
     MTPB_LOG("ENTER");
+    const platform::Lock turn(*run.registryInUse);
     const auto runLoop = platform::RunLoop::current();
     run.setRunLoop(runLoop);
     detection::AddUSBNotifier usb(run.parts);

@@ -2,6 +2,7 @@
 // The one object through which the application starts and stops device detection.
 #include "DeviceNotifier/DeviceIdentityTable.h"
 #include "Platform/DeviceRegistry.h"
+#include "Platform/ThreadSafety.h"
 
 #include <QVariantList>
 
@@ -42,7 +43,8 @@ public:
   BTVornDeviceNotifier& operator=(const BTVornDeviceNotifier&) = delete;
 
   /// `registerNotification:`. Starts the USB notifier thread and returns true at once. `devices` is kept until
-  /// unRegisterNotification() and not read. A thread still running from before is asked to end.
+  /// unRegisterNotification() and not read. A thread still running from before is asked to end; the new one waits for
+  /// it, as the registry serves one thread at a time.
   bool registerNotification(const std::optional<QVariantList>& devices);
   /// `unRegisterNotification`. Asks the threads to end and waits for them, the main thread's events being handled
   /// meanwhile, for at most about 10 seconds; true also when one has not ended by then.
@@ -63,6 +65,7 @@ private:
 
   const Parts m_parts;
   const std::shared_ptr<detection::DeviceEvents> m_events;
+  const std::shared_ptr<platform::Mutex> m_registryInUse; // held by the thread whose turn it is
   std::optional<QVariantList> notificationDevice;
   std::shared_ptr<Run> m_run; // the latest registration's; shared with its thread
 };

@@ -47,6 +47,31 @@ public:
   int connect() override { throw std::runtime_error("the bus is upside down"); }
 };
 
+// Counts the threads that use it: from reaching it to letting go of its monitor.
+class CountingRegistry : public platform::VirtualDeviceRegistry {
+public:
+  std::unique_ptr<platform::RegistryMonitor> monitor(int& error) override {
+    class Monitor : public platform::RegistryMonitor {
+    public:
+      Monitor(std::unique_ptr<platform::RegistryMonitor> real, std::atomic<int>& users)
+          : m_real(std::move(real))
+          , m_users(users) {}
+      ~Monitor() override { --m_users; }
+      int fd() const override { return m_real->fd(); }
+      std::vector<platform::RegistryChange> take(bool& lost) override { return m_real->take(lost); }
+
+    private:
+      const std::unique_ptr<platform::RegistryMonitor> m_real;
+      std::atomic<int>& m_users;
+    };
+    if (++users > 1)
+      ++overlaps;
+    ++turns;
+    return std::make_unique<Monitor>(VirtualDeviceRegistry::monitor(error), users);
+  }
+  std::atomic<int> users = 0, overlaps = 0, turns = 0; // written by the notifier threads, read by the test
+};
+
 class DeviceNotifier : public testing::Test {
 protected:
   ~DeviceNotifier() override {
@@ -208,6 +233,19 @@ TEST_F(DeviceNotifier, RegisteringTwiceLeavesOneThreadWatching) {
   m_notifier->unRegisterNotification();
   drainMainQueue();
   EXPECT_THAT(m_posted.types(), ElementsAre(1));
+}
+
+TEST_F(DeviceNotifier, RegisteringAgainAndAgainNeverHasTwoThreadsUseTheRegistry) {
+  const auto bus = std::make_shared<CountingRegistry>();
+  make(bus);
+  for (int turn = 1; turn <= 20; ++turn) {
+    m_notifier->registerNotification(std::nullopt);
+    ASSERT_TRUE(eventually([&] { return bus->turns == turn; }));
+  }
+  m_notifier->unRegisterNotification();
+  ASSERT_TRUE(eventually([] { return platform::runningWorkers() == 0; }));
+  EXPECT_EQ(bus->overlaps, 0);
+  EXPECT_EQ(bus->users, 0);
 }
 
 TEST_F(DeviceNotifier, AnExceptionEndsTheThreadWithALogLine) {
