@@ -18,6 +18,7 @@
 namespace {
 
 constexpr std::uint32_t LongestDeviceName = 64 * 1024; // bytes; MTP strings end at 510
+
 // The end of a list, and success: everything else is worth a log line.
 bool isListFailure(std::uint32_t status) {
   return (status & ~std::uint32_t(DGSTATUS_NO_MORE_DATA)) != 0;
@@ -436,14 +437,14 @@ template <class Visit> void MTPDextSDKWrapper::walkFolders(_MTP_FOLDER_NODE* hea
       });
 }
 
-template <class Visit> void MTPDextSDKWrapper::walkFiles(_MTP_FILE_NODE* head, Visit visit) {
+template <class Visit> void MTPDextSDKWrapper::walkFiles(_MTP_FILE_NODE* head, FailedStep failedStep, Visit visit) {
   const NodeHold hold(*m_sdk);
   walkList(
       head, [&](_MTP_FILE_NODE* file) { return isNode(file, MTPDEXT_NODE_FILE) && visit(file); },
       [&](_MTP_FILE_NODE* file) {
         _MTP_FILE_NODE* next = nullptr;
-        getMTPNextFile(file, &next); // without a next file the list ends, whatever the status
-        return next;
+        const std::uint32_t status = getMTPNextFile(file, &next);
+        return status == DGSTATUS_SUCCESS || failedStep == FailedStep::GoesOn ? next : nullptr;
       });
 }
 
@@ -524,7 +525,7 @@ void MTPDextSDKWrapper::appendFiles(QList<MtpItemInfo>& items, _MTP_COMMON_NODE*
   _MTP_FILE_NODE* head = nullptr;
   if (isListFailure(getMTPFileListHead(commonNode, &head, nullptr, nullptr)))
     return;
-  walkFiles(head, [&](_MTP_FILE_NODE* file) {
+  walkFiles(head, FailedStep::GoesOn, [&](_MTP_FILE_NODE* file) {
     items.append(fileItem(*file, folderPath));
     return true;
   });
@@ -546,6 +547,8 @@ std::optional<MtpItemInfo> MTPDextSDKWrapper::getFolderNodeInfo(_MTP_FOLDER_NODE
 }
 
 std::uint32_t MTPDextSDKWrapper::wildcharLength(const char16_t* text, std::uint32_t dataSize) {
+  if (text == nullptr)
+    return 0;
   const char16_t* const end = std::char_traits<char16_t>::find(text, dataSize, u'\0');
   return end != nullptr ? std::uint32_t(end - text) : dataSize;
 }
@@ -633,7 +636,7 @@ _MTP_FILE_NODE* MTPDextSDKWrapper::getFileNode(_MTP_COMMON_NODE* commonNode, con
   if (status != DGSTATUS_SUCCESS && status != 0x10000014)
     return nullptr;
   _MTP_FILE_NODE* found = nullptr;
-  walkFiles(head, [&](_MTP_FILE_NODE* file) {
+  walkFiles(head, FailedStep::Ends, [&](_MTP_FILE_NODE* file) {
     if (isNamed(file->name, file->nameSize, name))
       found = file;
     return found == nullptr;

@@ -38,7 +38,8 @@ public:
   // ---- Device and storage session ----
 
   /// setLocationID: Binds to the phone at this USB location (hexadecimal text, "0x" allowed) and clears isDetached().
-  /// A location that no phone has binds as deviceWithLocationId() says. Blocks.
+  /// A location that no phone has binds as deviceWithLocationId() says. While isDetached() no phone is found: bind once
+  /// more, or let storageInfoLists() look for it. Blocks.
   void setLocationID(const QString& locationID);
   /// setLocationID:rootPath: The same, and keeps the browser's root path. Blocks.
   void setLocationID(const QString& locationID, const QString& rootPath);
@@ -50,7 +51,8 @@ public:
   /// getMTPFriendlyName:name: The same of any device; `name` is written on status 0 only. Blocks.
   std::uint32_t getMTPFriendlyName(_MTP_DEVICE_NODE* deviceNode, std::optional<QString>& name);
   /// getMTPModelName:name: The model name as device paths begin with it: the maker's prefix and all characters that
-  /// file names must not have are removed. `name` is written on status 0 only. Blocks.
+  /// file names must not have are removed. On any status but 0 `name` stays what it was, cleaned in the same way.
+  /// Blocks.
   std::uint32_t getMTPModelName(_MTP_DEVICE_NODE* deviceNode, std::optional<QString>& name);
 
   /// storageInfoLists The phone's storages worth showing, internal ones first, at most one of each disk type; nothing
@@ -94,7 +96,7 @@ public:
 
   /// isDetached Whether the phone is known to be gone.
   bool isDetached() const { return m_isDetached.load(); }
-  /// setIsDetached:
+  /// setIsDetached: True from the moment the phone is known to be gone. Calls under way end with their next step.
   void setIsDetached(bool isDetached) { m_isDetached.store(isDetached); }
 
   // ---- Folders, files, paths ----
@@ -168,7 +170,7 @@ public:
 
   // ---- Texts of records; the caller holds the nodes ----
 
-  /// wildcharLength:dataSize: The number of units before the first zero unit, at most `dataSize`.
+  /// wildcharLength:dataSize: The number of units before the first zero unit, at most `dataSize`; 0 for null.
   static std::uint32_t wildcharLength(const char16_t* text, std::uint32_t dataSize);
   /// getLabelFromMtpString:dataSize: The name so long; nothing for a null pointer.
   static std::optional<QString> getLabelFromMtpString(const char16_t* text, std::uint32_t dataSize);
@@ -188,7 +190,8 @@ private:
   // Each holds the nodes and calls visit(node) for every node of the list until it answers false.
   template <class Visit> void walkStorages(_MTP_STORAGE_NODE* head, Visit visit);
   template <class Visit> void walkFolders(_MTP_FOLDER_NODE* head, Visit visit);
-  template <class Visit> void walkFiles(_MTP_FILE_NODE* head, Visit visit);
+  enum class FailedStep { GoesOn, Ends }; // GoesOn: with the file it gives all the same, if any
+  template <class Visit> void walkFiles(_MTP_FILE_NODE* head, FailedStep failedStep, Visit visit);
 
   const std::shared_ptr<MtpSdk> m_sdk;
 

@@ -58,8 +58,8 @@ public:
   /// Records stay readable between the two, which nest. Use NodeHold.
   virtual void holdNodes() = 0;
   virtual void unholdNodes() = 0;
-  /// The kind (MTPDEXT_NODE_…) of the record at this address: 0; 0x10000004 for an address the SDK does not know. Never
-  /// follows the address; never blocks.
+  /// The kind (MTPDEXT_NODE_…) of the record at this address: 0; 0x10000004 for an address the SDK does not know,
+  /// 0x12000001 for the device record of a phone that is gone. Never follows the address; never blocks.
   virtual std::uint32_t getNodeKind(const void* address, std::int32_t* kind) = 0;
 };
 

@@ -165,6 +165,12 @@ TEST_F(MTPDextSDKWrapperListing, WithoutAFolderTheStoragesTopLevelIsListedWithou
               ElementsAre("DCIM", "Music", "readme.txt"));
 }
 
+TEST_F(MTPDextSDKWrapperListing, DetachingDuringAFileWalkKeepsWhatWasCollected) {
+  sdk->setHook(Operation::GetFileListHead, [&] { wrapper.setIsDetached(true); });
+  EXPECT_THAT(names(wrapper.getFilesAtFolder(sdk->folderNode(dcim), cardNode, "/M/Card/DCIM")),
+              ElementsAre("Camera", "a.jpg"));
+}
+
 TEST_F(MTPDextSDKWrapperListing, AFailingFileHeadGivesNothingAndIsLogged) {
   sdk->setStatus(Operation::GetFileListHead, 0x13100000);
   EXPECT_FALSE(wrapper.contentsOfFileInfo(sdk->commonNode(dcim), "/M/Card/DCIM"));
@@ -269,6 +275,7 @@ TEST_F(MTPDextSDKWrapperListing, TheLengthOfATextStopsAtZeroAndAtTheSize) {
   EXPECT_EQ(MTPDextSDKWrapper::wildcharLength(text, 5), 2u);
   EXPECT_EQ(MTPDextSDKWrapper::wildcharLength(text, 1), 1u);
   EXPECT_EQ(MTPDextSDKWrapper::wildcharLength(text, 0), 0u);
+  EXPECT_EQ(MTPDextSDKWrapper::wildcharLength(nullptr, 0xFFFFFFFF), 0u);
   EXPECT_FALSE(MTPDextSDKWrapper::getLabelFromMtpString(nullptr, 0xFFFFFFFF));
 }
 
@@ -521,6 +528,56 @@ TEST_F(MTPDextSDKWrapperListing, ASearchForAFileFailsWithTheListAndWithAStep) {
   EXPECT_EQ(wrapper.getFileNode(sdk->commonNode(dcim), "b.jpg"), nullptr);
   sdk->setStatusAt(Operation::GetNextSiblingFolderNode, 1, 0x13100000);
   EXPECT_EQ(wrapper.getFolderNode("Music", cardNode, nullptr), nullptr);
+}
+
+namespace {
+
+// An SDK whose file operations answer a status and hand out a node with it.
+class NodesWithStatusSdk : public FakeMtpSdk {
+public:
+  std::uint32_t headStatus = 0;
+  std::uint32_t stepStatus = 0;
+
+  std::uint32_t getFileListHead(_MTP_COMMON_NODE* parent, _MTP_FILE_NODE** head, mtpDextProgressCallback callback,
+                                void* context) override {
+    const std::uint32_t status = FakeMtpSdk::getFileListHead(parent, head, callback, context);
+    return status == 0 ? headStatus : status;
+  }
+  std::uint32_t getNextFileNode(_MTP_FILE_NODE* file, _MTP_FILE_NODE** next) override {
+    const std::uint32_t status = FakeMtpSdk::getNextFileNode(file, next);
+    return status == 0 ? stepStatus : status;
+  }
+};
+
+} // namespace
+
+TEST(MTPDextSDKWrapperNodesWithStatus, AFileIsSoughtBehindAHeadOfStatusZeroOr0x10000014Only) {
+  const CapturedLog log;
+  const auto sdk = std::make_shared<NodesWithStatusSdk>();
+  const Handle folder = sdk->addFolder(sdk->addStorage(sdk->addDevice(1, "M"), 0x00010001, "Phone"), "DCIM");
+  const Handle file = sdk->addFile(folder, "a.jpg");
+  MTPDextSDKWrapper wrapper(sdk);
+  for (const std::uint32_t status : {0u, 0x10000014u}) {
+    sdk->headStatus = status;
+    EXPECT_EQ(wrapper.getFileNode(sdk->commonNode(folder), "a.jpg"), sdk->fileNode(file)) << status;
+  }
+  for (const std::uint32_t status : {1u, 2u, 0x10000004u, 0x13100000u}) {
+    sdk->headStatus = status;
+    EXPECT_EQ(wrapper.getFileNode(sdk->commonNode(folder), "a.jpg"), nullptr) << status;
+  }
+}
+
+TEST(MTPDextSDKWrapperNodesWithStatus, AFailedStepThatGivesAFileEndsASearchButNoListing) {
+  const CapturedLog log;
+  const auto sdk = std::make_shared<NodesWithStatusSdk>();
+  const Handle folder = sdk->addFolder(sdk->addStorage(sdk->addDevice(1, "M"), 0x00010001, "Phone"), "DCIM");
+  const Handle first = sdk->addFile(folder, "a.jpg");
+  sdk->addFile(folder, "b.jpg");
+  MTPDextSDKWrapper wrapper(sdk);
+  sdk->stepStatus = 0x13100000;
+  EXPECT_EQ(wrapper.getFileNode(sdk->commonNode(folder), "a.jpg"), sdk->fileNode(first));
+  EXPECT_EQ(wrapper.getFileNode(sdk->commonNode(folder), "b.jpg"), nullptr);
+  EXPECT_THAT(names(wrapper.contentsOfFileInfo(sdk->commonNode(folder), "/p")), ElementsAre("a.jpg", "b.jpg"));
 }
 
 TEST_F(MTPDextSDKWrapperListing, TheParentOfATopLevelFolderIsTheCurrentStorageAndOfAnErrorNone) {

@@ -125,6 +125,17 @@ TEST_F(MTPDextSDKWrapperSession, BindingClearsDetachedAndKeepsTheStorageHead) {
   EXPECT_EQ(wrapper.getCurrentRootPath(), "/A/Phone");
 }
 
+TEST_F(MTPDextSDKWrapperSession, BindingWhileDetachedFindsNoPhoneButTheNextLookDoes) {
+  const Handle device = sdk->addDevice(Location, "A");
+  sdk->addStorage(device, 0x00010001, "Phone");
+  wrapper.setIsDetached(true);
+  wrapper.setLocationID("14200000");
+  EXPECT_FALSE(wrapper.isDetached());
+  EXPECT_EQ(wrapper.getCurrentDeviceNode(), nullptr);
+  EXPECT_THAT(shown(), ElementsAre("/A/Phone:1"));
+  EXPECT_EQ(wrapper.getCurrentDeviceNode(), sdk->deviceNode(device));
+}
+
 TEST_F(MTPDextSDKWrapperSession, BindingAloneKeepsTheRootPath) {
   wrapper.setLocationID("14200000", "/A/Phone");
   wrapper.setLocationID("14200000");
@@ -375,6 +386,20 @@ TEST_F(MTPDextSDKWrapperSession, AStorageEntryTellsSpaceIndexAndNode) {
   EXPECT_EQ(storages->at(1).diskIndex, 0u);
 }
 
+TEST_F(MTPDextSDKWrapperSession, AStorageThatTakesAnothersPlaceCountsThatOneInItsIndex) {
+  const Handle device = sdk->addDevice(Location, "M");
+  sdk->addStorage(device, 0x00010001, "Phone");
+  sdk->addStorage(device, 0x00020001, "Card");
+  sdk->addStorage(device, 0x00010003, "Tablet");
+  wrapper.setLocationID("14200000");
+  const auto storages = wrapper.storageInfoLists();
+  ASSERT_TRUE(storages);
+  ASSERT_EQ(storages->size(), 2);
+  EXPECT_EQ(storages->at(0).volumePath, QString("/M/Tablet"));
+  EXPECT_EQ(storages->at(0).diskIndex, 2u);
+  EXPECT_EQ(storages->at(1).diskIndex, 1u);
+}
+
 TEST_F(MTPDextSDKWrapperSession, TheUsedSizeOfAFullStorageIs500MiB) {
   sdk->addStorage(sdk->addDevice(Location, "M"), 0x00010001, "Phone", 1000, 0);
   wrapper.setLocationID("14200000");
@@ -427,6 +452,14 @@ TEST_F(MTPDextSDKWrapperSession, APhoneThatIsNotReadyYetIsListedOnceItIs) {
   EXPECT_TRUE(log.has("failed to connect, " + pointerText(sdk->deviceNode(device)) + ", " + pointerText(nullptr)));
   sdk->addStorage(device, 0x00010001, "Phone");
   EXPECT_THAT(shown(), ElementsAre("/M/Phone:1"));
+}
+
+TEST_F(MTPDextSDKWrapperSession, AListingThatCannotConnectStillLogsItsEnd) {
+  sdk->addStorage(sdk->addDevice(Location, "M"), 0x00010001, "Phone");
+  wrapper.setIsDetached(true);
+  EXPECT_FALSE(wrapper.storageInfoLists());
+  EXPECT_THAT(log.messages(),
+              ElementsAre("ENTER", "failed to connect, " + pointerText(nullptr) + ", " + pointerText(nullptr), "EXIT"));
 }
 
 TEST_F(MTPDextSDKWrapperSession, WithoutAModelNameThereAreNoStorages) {
