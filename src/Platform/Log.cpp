@@ -21,11 +21,16 @@ std::function<void(const QString&)> g_sink MTPB_GUARDED_BY(g_mutex);
 QByteArray onOneLine(const QByteArray& message) {
   QByteArray line;
   line.reserve(message.size());
-  for (const char c : message) {
+  const auto escape = [&line](char c) { line += "\\x" + QByteArray(1, c).toHex(); };
+  for (qsizetype i = 0; i < message.size(); ++i) {
+    const char c = message[i];
+    const auto byte = static_cast<unsigned char>(c);
     if (c == '\n')
       line += "\\n";
-    else if ((static_cast<unsigned char>(c) < 0x20 && c != '\t') || c == 0x7f)
-      line += "\\x" + QByteArray(1, c).toHex();
+    else if ((byte < 0x20 && c != '\t') || byte == 0x7f)
+      escape(c);
+    else if (byte == 0xc2 && i + 1 < message.size() && static_cast<unsigned char>(message[i + 1]) < 0xa0)
+      escape(message[++i]); // U+0080 to U+009F: U+009B begins escape sequences, too
     else
       line += c;
   }

@@ -71,6 +71,8 @@ TEST(Log, AMessageWithLineEndsAndEscapesStaysOneHarmlessLine) {
   const QByteArray written = standardErrorDuring([] { MTPB_LOG_PLAIN("a\nforged\x1b[2J\x7f\tb"); });
   EXPECT_TRUE(written.endsWith("a\\nforged\\x1b[2J\\x7f\tb\n")) << written.constData();
   EXPECT_EQ(written.count('\n'), 1);
+  const QByteArray eightBit = standardErrorDuring([] { MTPB_LOG_PLAIN("\u009b2J\u0080\u00a0\u00c2\u0b5b"); });
+  EXPECT_TRUE(eightBit.endsWith("\\x9b2J\\x80\u00a0\u00c2\u0b5b\n")) << eightBit.constData();
 }
 
 TEST(Log, TextsInAnyScriptAndOfAnyLengthArrive) {
