@@ -20,12 +20,12 @@
     </message>
     <message id="MNU_DateOfModify">
         <source></source>
-        <extracomment>Column heading.</extracomment>
+        <extracomment>Column heading; at most some 125 pixels wide in a bold face of 12 pixels.</extracomment>
         <translation>Date Modified</translation>
     </message>
     <message id="MSG_FileSize">
         <source></source>
-        <extracomment>Column heading.</extracomment>
+        <extracomment>Column heading; at most some 70 pixels wide in a bold face of 12 pixels.</extracomment>
         <translation>Size</translation>
     </message>
     <message id="MNU_CheckboxText">
@@ -60,9 +60,214 @@
     </message>
     <message id="MSG_WelcomToVBX2">
         <source></source>
-        <extracomment>The window while no phone is attached.</extracomment>
+        <extracomment>The window while no phone is attached. “File transfer” is what Android calls this choice in your language.</extracomment>
         <translation>Connect your phone with a USB cable.
 Then unlock it and choose “File transfer” in its USB notification.</translation>
+    </message>
+    <message id="menu_file">
+        <source></source>
+        <extracomment>Menu bar. “&amp;” stands before the letter that opens the menu with Alt.</extracomment>
+        <translation>&amp;File</translation>
+    </message>
+    <message id="menu_file_new_folder">
+        <source></source>
+        <extracomment>File menu.</extracomment>
+        <translation>&amp;New Folder…</translation>
+    </message>
+    <message id="menu_file_upload">
+        <source></source>
+        <extracomment>File menu: copies files of the computer to the phone.</extracomment>
+        <translation>&amp;Upload…</translation>
+    </message>
+    <message id="menu_file_copy_to">
+        <source></source>
+        <extracomment>File menu: copies the selected items from the phone to a folder of the computer.</extracomment>
+        <translation>&amp;Copy to…</translation>
+    </message>
+    <message id="menu_file_cancel_transfer">
+        <source></source>
+        <extracomment>File menu, while files are copied.</extracomment>
+        <translation>Cancel &amp;Transfer</translation>
+    </message>
+    <message id="menu_file_quit">
+        <source></source>
+        <extracomment>File menu.</extracomment>
+        <translation>&amp;Quit</translation>
+    </message>
+    <message id="menu_edit">
+        <source></source>
+        <extracomment>Menu bar.</extracomment>
+        <translation>&amp;Edit</translation>
+    </message>
+    <message id="menu_edit_rename">
+        <source></source>
+        <extracomment>Edit menu.</extracomment>
+        <translation>&amp;Rename…</translation>
+    </message>
+    <message id="menu_edit_delete">
+        <source></source>
+        <extracomment>Edit menu.</extracomment>
+        <translation>&amp;Delete</translation>
+    </message>
+    <message id="menu_edit_select_all">
+        <source></source>
+        <extracomment>Edit menu.</extracomment>
+        <translation>Select &amp;All</translation>
+    </message>
+    <message id="menu_go">
+        <source></source>
+        <extracomment>Menu bar.</extracomment>
+        <translation>&amp;Go</translation>
+    </message>
+    <message id="menu_go_open">
+        <source></source>
+        <extracomment>Go menu: enters the selected folder.</extracomment>
+        <translation>&amp;Open</translation>
+    </message>
+    <message id="menu_go_back">
+        <source></source>
+        <extracomment>Go menu: to the parent folder.</extracomment>
+        <translation>&amp;Back</translation>
+    </message>
+    <message id="menu_go_next">
+        <source></source>
+        <extracomment>Go menu: undoes Back.</extracomment>
+        <translation>&amp;Forward</translation>
+    </message>
+    <message id="menu_go_storage_1">
+        <source></source>
+        <extracomment>Go menu: the first storage of the phone. %1 is its name.</extracomment>
+        <translation>Storage &amp;1 (%1)</translation>
+    </message>
+    <message id="menu_go_storage_2">
+        <source></source>
+        <extracomment>Go menu: the second storage of the phone. %1 is its name.</extracomment>
+        <translation>Storage &amp;2 (%1)</translation>
+    </message>
+    <message id="menu_view">
+        <source></source>
+        <extracomment>Menu bar.</extracomment>
+        <translation>&amp;View</translation>
+    </message>
+    <message id="menu_view_reload">
+        <source></source>
+        <extracomment>View menu: lists the folder anew.</extracomment>
+        <translation>&amp;Reload</translation>
+    </message>
+    <message id="menu_view_sort">
+        <source></source>
+        <extracomment>View menu; its entries are the columns' headings.</extracomment>
+        <translation>&amp;Sort By</translation>
+    </message>
+    <message id="menu_view_expand">
+        <source></source>
+        <extracomment>View menu: shows what the selected folder holds, in place.</extracomment>
+        <translation>&amp;Expand</translation>
+    </message>
+    <message id="menu_view_collapse">
+        <source></source>
+        <extracomment>View menu: undoes Expand.</extracomment>
+        <translation>&amp;Collapse</translation>
+    </message>
+    <message id="menu_view_last_transfer">
+        <source></source>
+        <extracomment>View menu: lists what became of each file of the last copy.</extracomment>
+        <translation>&amp;Last Transfer</translation>
+    </message>
+    <message id="menu_help">
+        <source></source>
+        <extracomment>Menu bar.</extracomment>
+        <translation>&amp;Help</translation>
+    </message>
+    <message id="menu_help_debug_log">
+        <source></source>
+        <extracomment>Help menu.</extracomment>
+        <translation>Show &amp;Debug Log</translation>
+    </message>
+    <message id="menu_help_about">
+        <source></source>
+        <extracomment>Help menu.</extracomment>
+        <translation>&amp;About MTP Browser</translation>
+    </message>
+    <message id="about_description">
+        <source></source>
+        <extracomment>About box.</extracomment>
+        <translation>Browse the files on your Android phone over USB.</translation>
+    </message>
+    <message id="about_version">
+        <source></source>
+        <extracomment>About box. %1 is a version number.</extracomment>
+        <translation>Version %1</translation>
+    </message>
+    <message id="accessible_back">
+        <source></source>
+        <extracomment>Toolbar button.</extracomment>
+        <translation>Back</translation>
+    </message>
+    <message id="accessible_next">
+        <source></source>
+        <extracomment>Toolbar button.</extracomment>
+        <translation>Forward</translation>
+    </message>
+    <message id="accessible_toolbar">
+        <source></source>
+        <extracomment>What a screen reader calls the row of buttons.</extracomment>
+        <translation>Toolbar</translation>
+    </message>
+    <message id="accessible_path">
+        <source></source>
+        <extracomment>What a screen reader calls the line with the folder's path.</extracomment>
+        <translation>Path</translation>
+    </message>
+    <message id="accessible_files">
+        <source></source>
+        <extracomment>What a screen reader calls the tree.</extracomment>
+        <translation>Files and folders</translation>
+    </message>
+    <message id="accessible_columns">
+        <source></source>
+        <extracomment>What a screen reader calls the tree's header.</extracomment>
+        <translation>Column headings</translation>
+    </message>
+    <message id="accessible_folder">
+        <source></source>
+        <extracomment>What a screen reader says of a row.</extracomment>
+        <translation>Folder</translation>
+    </message>
+    <message id="accessible_file">
+        <source></source>
+        <extracomment>What a screen reader says of a row.</extracomment>
+        <translation>File</translation>
+    </message>
+    <message id="accessible_sorted_ascending">
+        <source></source>
+        <extracomment>What a screen reader says of a column's heading.</extracomment>
+        <translation>Sorted ascending</translation>
+    </message>
+    <message id="accessible_sorted_descending">
+        <source></source>
+        <extracomment>What a screen reader says of a column's heading.</extracomment>
+        <translation>Sorted descending</translation>
+    </message>
+    <message id="accessible_progress_panel">
+        <source></source>
+        <extracomment>What a screen reader calls the progress panel.</extracomment>
+        <translation>Transfer</translation>
+    </message>
+    <message id="accessible_progress_bar">
+        <source></source>
+        <extracomment>What a screen reader calls the bar.</extracomment>
+        <translation>Transfer progress</translation>
+    </message>
+    <message id="accessible_cancel_transfer">
+        <source></source>
+        <extracomment>Button of the progress panel, which shows a picture only.</extracomment>
+        <translation>Cancel transfer</translation>
+    </message>
+    <message id="accessible_loading">
+        <source></source>
+        <extracomment>What a screen reader says while a folder is listed.</extracomment>
+        <translation>Loading</translation>
     </message>
 </context>
 </TS>

@@ -18,9 +18,13 @@
 #include "TessalyMTPSdk/Engine.h"
 #include "TessalyMTPSdk/UsbDiscovery.h"
 #include "UI/Common/Images.h"
+#include "UI/Common/LayoutDirection.h"
+#include "stringDefine/VornLocalStringDefine.h"
 
 #include <QApplication>
 #include <QDir>
+#include <QLibraryInfo>
+#include <QTranslator>
 
 #include <chrono>
 
@@ -80,6 +84,13 @@ int runApplication(int argc, char** argv) {
   QApplication::setDesktopFileName(QStringLiteral("org.mtpbrowser.MTPBrowser"));
   sendEngineLogToOurs();
 
+  // Qt's dialogs and standard menus speak the language of our texts, as far as Qt's translations are installed.
+  QTranslator qtTexts;
+  if (qtTexts.load(QStringLiteral("qtbase_") + VornLocalStringDefine::language(),
+                   QLibraryInfo::path(QLibraryInfo::TranslationsPath)))
+    QCoreApplication::installTranslator(&qtTexts);
+  ui::applyLayoutDirection();
+
   const auto virtualDevices = std::make_shared<platform::VirtualDeviceRegistry>();
   BTVornDeviceNotifier::Parts detection;
   detection.identities = detection::loadDeviceIdentityTable();
@@ -95,7 +106,8 @@ int runApplication(int argc, char** argv) {
   parts.createNotifier = [&detection] { return std::make_unique<Notifier>(detection); };
   parts.createBrowser = [] {
     return std::make_unique<MTPBrowser>([] { return std::make_unique<SBrowserWindowController>(); },
-                                        [] { QCoreApplication::quit(); });
+                                        // Not quit(): that asks every window first, and one may refuse.
+                                        [] { QCoreApplication::exit(0); });
   };
   parts.supportTool = std::make_shared<SupportTool>();
   parts.captureLog = std::make_shared<CaptureLog>();

@@ -62,8 +62,7 @@ QWidget* makeSpace(QWidget* parent) {
 WindowLayout::WindowLayout(platform::Timers& timers)
     : m_window(std::make_unique<QMainWindow>()) {
   platform::assertMainThread();
-  if (ui::isRTLLayout())
-    m_window->setLayoutDirection(Qt::RightToLeft);
+  m_window->setLayoutDirection(ui::isRTLLayout() ? Qt::RightToLeft : Qt::LeftToRight);
   m_window->setWindowIcon(ui::namedImage(QStringLiteral("mtpbrowser")));
   m_window->setContextMenuPolicy(Qt::NoContextMenu); // no menu that hides the toolbar for good
   m_window->resize(kWindowSize);
@@ -100,6 +99,7 @@ SToolbarButton* WindowLayout::addStorageButton(const QString& identifier, const 
 
 void WindowLayout::buildToolbar() {
   toolbar = new QToolBar(m_window.get());
+  toolbar->setAccessibleName(localized("accessible_toolbar"));
   toolbar->setMovable(false);
   toolbar->setFloatable(false);
   toolbar->layout()->setSpacing(6);
@@ -109,10 +109,10 @@ void WindowLayout::buildToolbar() {
   const bool mirrored = ui::isRTLLayout();
   const QString towardsStart = QStringLiteral("toolbar_back");
   const QString towardsEnd = QStringLiteral("toolbar_next");
-  btn_Previous =
-      addNavigationButton(QStringLiteral("btn_back"), mirrored ? towardsEnd : towardsStart, tr("Back"), nullptr);
-  btn_Next =
-      addNavigationButton(QStringLiteral("btn_next"), mirrored ? towardsStart : towardsEnd, tr("Forward"), nullptr);
+  btn_Previous = addNavigationButton(QStringLiteral("btn_back"), mirrored ? towardsEnd : towardsStart,
+                                     localized("accessible_back"), nullptr);
+  btn_Next = addNavigationButton(QStringLiteral("btn_next"), mirrored ? towardsStart : towardsEnd,
+                                 localized("accessible_next"), nullptr);
   for (NavigationButton* const button : {btn_Previous, btn_Next})
     connect(button, &NavigationButton::hovered, this, &WindowLayout::navigationHovered);
   toolbar->addSeparator();
@@ -140,12 +140,12 @@ void WindowLayout::buildContent(platform::Timers& timers) {
   paths->setFont(SFont::sharedInstance().fontWithPixelSize(12, false));
   paths->setTextMargins(10, 4, 10, 4);
   paths->setFocusPolicy(Qt::ClickFocus); // the keyboard belongs to the tree
-  paths->setAccessibleName(tr("Path"));
+  paths->setAccessibleName(localized("accessible_path"));
   column->addWidget(paths);
 
   outlineView = new SOutlineView(contentView);
   outlineView->awakeFromNib();
-  outlineView->setAccessibleName(tr("Files and folders"));
+  outlineView->setAccessibleName(localized("accessible_files"));
   scrollViewBrowser = outlineView;
   column->addWidget(outlineView, 1);
 

@@ -3,7 +3,10 @@
 #include "Platform/Log.h"
 #include "Platform/SystemVersion.h"
 #include "Platform/ThreadSafety.h"
+#include "Platform/UserDefaults.h"
 
+#include <QDir>
+#include <QLocale>
 #include <QTranslator>
 
 #include <memory>
@@ -13,7 +16,16 @@ namespace {
 struct Tables {
   VornLocalStringDefine::Table mainTable;
   VornLocalStringDefine::Table defaultLocalizable;
+  QString language;
 };
+
+QString tablesFolder() {
+  return QStringLiteral(":/strings");
+}
+
+QString english() {
+  return QStringLiteral("en");
+}
 
 platform::Mutex g_mutex;
 std::shared_ptr<const Tables> g_tables MTPB_GUARDED_BY(g_mutex);
@@ -35,16 +47,37 @@ std::shared_ptr<const Tables> tablesInUse() {
   return g_tables;
 }
 
-std::shared_ptr<QTranslator> loadTable(const QLocale& locale, const QString& name) {
-  const QString folder = QStringLiteral(":/strings");
+VornLocalStringDefine::Table loadTable(const QString& name, const QString& language) {
   auto table = std::make_shared<QTranslator>();
-  if (!table->load(locale, name, QStringLiteral("_"), folder) && !table->load(name + QStringLiteral("_en"), folder))
-    MTPB_LOG("no string table %s", qUtf8Printable(name));
-  return table;
+  if (!table->load(name + u'_' + language, tablesFolder()))
+    MTPB_LOG("no string table %s_%s", qUtf8Printable(name), qUtf8Printable(language));
+  return [table = std::move(table)](const QString& key) { return table->translate("", key.toUtf8().constData()); };
 }
 
-VornLocalStringDefine::Table lookupIn(std::shared_ptr<QTranslator> table) {
-  return [table = std::move(table)](const QString& key) { return table->translate("", key.toUtf8().constData()); };
+/// The tables' language for what somebody wants to read; an empty name when none fits.
+QString languageFitting(const QString& wanted, const QStringList& languages) {
+  const QLocale locale(wanted);
+  QString fitting;
+  if (locale.language() == QLocale::C) // also what no locale is called
+    return fitting;
+  for (const QString& language : languages) {
+    const QLocale candidate(language);
+    if (candidate.language() != locale.language() || candidate.script() != locale.script())
+      continue;
+    if (candidate.territory() == locale.territory())
+      return language;
+    if (fitting.isEmpty())
+      fitting = language;
+  }
+  return fitting;
+}
+
+QString firstLanguageFitting(const QStringList& wanted) {
+  const QStringList languages = VornLocalStringDefine::languages();
+  for (const QString& name : wanted)
+    if (const QString language = languageFitting(name, languages); !language.isEmpty())
+      return language;
+  return english();
 }
 
 bool namesTheOldSource(const QString& key) {
@@ -73,42 +106,44 @@ QString VornLocalStringDefine::QX_LocalizedStringWithKey(const QString& key) {
   return text;
 }
 
-QString VornLocalStringDefine::loadTables(const QLocale& locale) {
-  const auto mainTable = loadTable(locale, QStringLiteral("main"));
-  const auto defaultLocalizable = loadTable(locale, QStringLiteral("DefaultLocalizable"));
-  QString language = mainTable->language();
-  use({lookupIn(mainTable), lookupIn(defaultLocalizable)});
+QString VornLocalStringDefine::loadTables(const QStringList& languages) {
+  const QString main = QStringLiteral("main");
+  const QString second = QStringLiteral("DefaultLocalizable");
+  Tables tables;
+  tables.language = firstLanguageFitting(languages);
+  tables.mainTable = loadTable(main, tables.language);
+  tables.defaultLocalizable = loadTable(second, tables.language);
+  if (tables.language != english())
+    tables.defaultLocalizable = [own = std::move(tables.defaultLocalizable), englishMain = loadTable(main, english()),
+                                 englishSecond = loadTable(second, english())](const QString& key) {
+      for (const Table& table : {std::cref(own), std::cref(englishMain)})
+        if (QString text = table(key); !text.isEmpty())
+          return text;
+      return englishSecond(key);
+    };
+  QString language = tables.language;
+  use(std::move(tables));
   return language;
 }
 
-void VornLocalStringDefine::useTables(Table mainTable, Table defaultLocalizable) {
-  use({std::move(mainTable), std::move(defaultLocalizable)});
+QStringList VornLocalStringDefine::preferredLanguages() {
+  QStringList languages = QLocale::system().uiLanguages();
+  if (QString chosen = platform::userDefaults::stringForKey(QStringLiteral("Language")); !chosen.isEmpty())
+    languages.prepend(std::move(chosen));
+  return languages;
 }
 
-const QStringList& VornLocalStringDefine::keys() {
-  static const QStringList all = {QStringLiteral("BTUI_Delet_Window_Close"),
-                                  QStringLiteral("FUS_MNU_Cancel"),
-                                  QStringLiteral("MNU_AddNewFolder"),
-                                  QStringLiteral("MNU_CheckboxText"),
-                                  QStringLiteral("MNU_Confirm"),
-                                  QStringLiteral("MNU_DateOfModify"),
-                                  QStringLiteral("MNU_Delete"),
-                                  QStringLiteral("MNU_DuplicateTransferMTP"),
-                                  QStringLiteral("MNU_EditName"),
-                                  QStringLiteral("MNU_FileName"),
-                                  QStringLiteral("MNU_PrepareToSomething"),
-                                  QStringLiteral("MNU_Replace"),
-                                  QStringLiteral("MNU_ReplaceAll"),
-                                  QStringLiteral("MNU_RestoreFromThirdParty4"),
-                                  QStringLiteral("MNU_Skip"),
-                                  QStringLiteral("MSG_BnRTransfering"),
-                                  QStringLiteral("MSG_DeleteFile"),
-                                  QStringLiteral("MSG_DuplicateTransferMTPDescription"),
-                                  QStringLiteral("MSG_FileSize"),
-                                  QStringLiteral("MSG_FoundiTunesData"),
-                                  QStringLiteral("MSG_FoundiTunesData2"),
-                                  QStringLiteral("MSG_RestoreCompletediTunesVBQ"),
-                                  QStringLiteral("MSG_RestoreGuideForiTunes3"),
-                                  QStringLiteral("MSG_WelcomToVBX2")};
-  return all;
+QStringList VornLocalStringDefine::languages() {
+  QStringList names = QDir(tablesFolder()).entryList({QStringLiteral("main_*.qm")}, QDir::Files, QDir::Name);
+  for (QString& name : names)
+    name = name.chopped(3).sliced(5);
+  return names;
+}
+
+QString VornLocalStringDefine::language() {
+  return tablesInUse()->language;
+}
+
+void VornLocalStringDefine::useTables(Table mainTable, Table defaultLocalizable) {
+  use({std::move(mainTable), std::move(defaultLocalizable), english()});
 }

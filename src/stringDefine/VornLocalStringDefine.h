@@ -3,7 +3,10 @@
 //
 // A language has two tables, embedded as Qt translations keyed by id: the main table and "DefaultLocalizable", which is
 // asked for what the main one lacks. A text that equals its key (in any case) counts as missing from the main table.
-#include <QLocale>
+// What neither table of a language has is looked up in the English two.
+//
+// To add a language, add its two tables, main_<language>.ts and DefaultLocalizable_<language>.ts, to resources/strings
+// and build: no code names the languages. docs/TRANSLATING.md tells how to write them and what the tests ask of them.
 #include <QString>
 #include <QStringList>
 
@@ -18,13 +21,22 @@ public:
   /// call loads the tables of the user's language. Any thread; does not block.
   static QString QX_LocalizedStringWithKey(const QString& key);
 
-  /// Loads the tables that fit `locale`'s languages best, else the English ones, and uses them from now on. Returns the
-  /// name of the main table's language ("en", "pt_BR"). Any thread.
-  static QString loadTables(const QLocale& locale = QLocale::system());
+  /// Loads the tables of the first of `languages` that there are any of, else the English ones, and uses them from now
+  /// on. A language is a locale's name in any usual form ("de", "pt-BR", "zh_Hant_HK"); one that is written in the same
+  /// script stands in for another of its kind (Brazilian for European Portuguese, never simplified for traditional
+  /// Chinese). Returns the language now in use, as language() does. Any thread.
+  static QString loadTables(const QStringList& languages = preferredLanguages());
 
-  /// Uses these tables from now on; for tests. loadTables() brings the embedded ones back. Any thread.
+  /// What the user wants to read, best first: the user default "Language" where it is set, then the desktop's
+  /// languages. Any thread.
+  static QStringList preferredLanguages();
+
+  /// The languages there are tables of, as their files are named ("en", "pt_BR", "zh_TW"), sorted. Any thread.
+  static QStringList languages();
+
+  /// The language in use, one of languages(). Loads the tables when nothing has yet. Any thread.
+  static QString language();
+
+  /// Uses these tables from now on, as English ones; for tests. loadTables() brings the embedded ones back. Any thread.
   static void useTables(Table mainTable, Table defaultLocalizable);
-
-  /// Every key the program knows.
-  static const QStringList& keys();
 };

@@ -1,8 +1,11 @@
 #include "UI/Common/LayoutDirection.h"
 
+#include "Platform/MainThread.h"
 #include "Platform/UserDefaults.h"
+#include "stringDefine/VornLocalStringDefine.h"
 
 #include <QGuiApplication>
+#include <QLocale>
 
 namespace ui {
 
@@ -11,7 +14,12 @@ bool isRTLLayout() {
   if (platform::userDefaults::value(key)) {
     return platform::userDefaults::boolForKey(key);
   }
-  return QGuiApplication::layoutDirection() == Qt::RightToLeft;
+  return QLocale(VornLocalStringDefine::language()).textDirection() == Qt::RightToLeft;
+}
+
+void applyLayoutDirection() {
+  platform::assertMainThread();
+  QGuiApplication::setLayoutDirection(isRTLLayout() ? Qt::RightToLeft : Qt::LeftToRight);
 }
 
 } // namespace ui

@@ -1,0 +1,274 @@
+<?xml version="1.0" encoding="utf-8"?>
+<!DOCTYPE TS>
+<TS version="2.1" language="it" sourcelanguage="en">
+<context>
+    <name></name>
+    <message id="MNU_AddNewFolder">
+        <source>New Folder</source>
+        <extracomment>Menu entry, and the heading of the name panel.</extracomment>
+        <translation>Nuova cartella</translation>
+    </message>
+    <message id="MNU_EditName">
+        <source>Rename</source>
+        <extracomment>Menu entry, and the heading of the name panel.</extracomment>
+        <translation>Rinomina</translation>
+    </message>
+    <message id="MNU_FileName">
+        <source>Name</source>
+        <extracomment>Column heading.</extracomment>
+        <translation>Nome</translation>
+    </message>
+    <message id="MNU_DateOfModify">
+        <source>Date Modified</source>
+        <extracomment>Column heading; at most some 125 pixels wide in a bold face of 12 pixels.</extracomment>
+        <translation>Ultima modifica</translation>
+    </message>
+    <message id="MSG_FileSize">
+        <source>Size</source>
+        <extracomment>Column heading; at most some 70 pixels wide in a bold face of 12 pixels.</extracomment>
+        <translation>Dimensione</translation>
+    </message>
+    <message id="MNU_CheckboxText">
+        <source>Don’t ask me again</source>
+        <extracomment>Check box in the question before deleting.</extracomment>
+        <translation>Non chiedere più</translation>
+    </message>
+    <message id="MSG_DeleteFile">
+        <source>The selected items will be deleted from your phone. This can’t be undone.</source>
+        <extracomment>Question before deleting; the heading is MNU_Delete.</extracomment>
+        <translation>Gli elementi selezionati verranno eliminati dal telefono. L’operazione non può essere annullata.</translation>
+    </message>
+    <message id="MNU_DuplicateTransferMTP">
+        <source>%1 already exists here.</source>
+        <extracomment>Question when a name is taken. %1 is the name, already in quotation marks.</extracomment>
+        <translation>%1 esiste già qui.</translation>
+    </message>
+    <message id="MSG_DuplicateTransferMTPDescription">
+        <source>Do you want to replace it with the one you’re copying?</source>
+        <extracomment>Below MNU_DuplicateTransferMTP; the buttons are Replace, Replace All and Skip.</extracomment>
+        <translation>Sostituirlo con l’elemento che stai copiando?</translation>
+    </message>
+    <message id="MNU_PrepareToSomething">
+        <source>Getting ready…</source>
+        <extracomment>Progress panel, before the first file.</extracomment>
+        <translation>Preparazione…</translation>
+    </message>
+    <message id="MSG_BnRTransfering">
+        <source>Copying</source>
+        <extracomment>Progress panel, between the counter and the file's name: “3/12 Copying photo.jpg”.</extracomment>
+        <translation>Copia di</translation>
+    </message>
+    <message id="MSG_WelcomToVBX2">
+        <source>Connect your phone with a USB cable.
+Then unlock it and choose “File transfer” in its USB notification.</source>
+        <extracomment>The window while no phone is attached. “File transfer” is what Android calls this choice in your language.</extracomment>
+        <translation>Collega il telefono con un cavo USB.
+Poi sbloccalo e scegli “Trasferimento file” nella notifica USB.</translation>
+    </message>
+    <message id="menu_file">
+        <source>&amp;File</source>
+        <extracomment>Menu bar. “&amp;” stands before the letter that opens the menu with Alt.</extracomment>
+        <translation>&amp;File</translation>
+    </message>
+    <message id="menu_file_new_folder">
+        <source>&amp;New Folder…</source>
+        <extracomment>File menu.</extracomment>
+        <translation>&amp;Nuova cartella…</translation>
+    </message>
+    <message id="menu_file_upload">
+        <source>&amp;Upload…</source>
+        <extracomment>File menu: copies files of the computer to the phone.</extracomment>
+        <translation>&amp;Carica sul telefono…</translation>
+    </message>
+    <message id="menu_file_copy_to">
+        <source>&amp;Copy to…</source>
+        <extracomment>File menu: copies the selected items from the phone to a folder of the computer.</extracomment>
+        <translation>C&amp;opia in…</translation>
+    </message>
+    <message id="menu_file_cancel_transfer">
+        <source>Cancel &amp;Transfer</source>
+        <extracomment>File menu, while files are copied.</extracomment>
+        <translation>&amp;Annulla il trasferimento</translation>
+    </message>
+    <message id="menu_file_quit">
+        <source>&amp;Quit</source>
+        <extracomment>File menu.</extracomment>
+        <translation>&amp;Esci</translation>
+    </message>
+    <message id="menu_edit">
+        <source>&amp;Edit</source>
+        <extracomment>Menu bar.</extracomment>
+        <translation>&amp;Modifica</translation>
+    </message>
+    <message id="menu_edit_rename">
+        <source>&amp;Rename…</source>
+        <extracomment>Edit menu.</extracomment>
+        <translation>&amp;Rinomina…</translation>
+    </message>
+    <message id="menu_edit_delete">
+        <source>&amp;Delete</source>
+        <extracomment>Edit menu.</extracomment>
+        <translation>&amp;Elimina</translation>
+    </message>
+    <message id="menu_edit_select_all">
+        <source>Select &amp;All</source>
+        <extracomment>Edit menu.</extracomment>
+        <translation>&amp;Seleziona tutto</translation>
+    </message>
+    <message id="menu_go">
+        <source>&amp;Go</source>
+        <extracomment>Menu bar.</extracomment>
+        <translation>&amp;Vai</translation>
+    </message>
+    <message id="menu_go_open">
+        <source>&amp;Open</source>
+        <extracomment>Go menu: enters the selected folder.</extracomment>
+        <translation>&amp;Apri</translation>
+    </message>
+    <message id="menu_go_back">
+        <source>&amp;Back</source>
+        <extracomment>Go menu: to the parent folder.</extracomment>
+        <translation>&amp;Indietro</translation>
+    </message>
+    <message id="menu_go_next">
+        <source>&amp;Forward</source>
+        <extracomment>Go menu: undoes Back.</extracomment>
+        <translation>A&amp;vanti</translation>
+    </message>
+    <message id="menu_go_storage_1">
+        <source>Storage &amp;1 (%1)</source>
+        <extracomment>Go menu: the first storage of the phone. %1 is its name.</extracomment>
+        <translation>Memoria &amp;1 (%1)</translation>
+    </message>
+    <message id="menu_go_storage_2">
+        <source>Storage &amp;2 (%1)</source>
+        <extracomment>Go menu: the second storage of the phone. %1 is its name.</extracomment>
+        <translation>Memoria &amp;2 (%1)</translation>
+    </message>
+    <message id="menu_view">
+        <source>&amp;View</source>
+        <extracomment>Menu bar.</extracomment>
+        <translation>Vi&amp;sualizza</translation>
+    </message>
+    <message id="menu_view_reload">
+        <source>&amp;Reload</source>
+        <extracomment>View menu: lists the folder anew.</extracomment>
+        <translation>&amp;Ricarica</translation>
+    </message>
+    <message id="menu_view_sort">
+        <source>&amp;Sort By</source>
+        <extracomment>View menu; its entries are the columns' headings.</extracomment>
+        <translation>&amp;Ordina per</translation>
+    </message>
+    <message id="menu_view_expand">
+        <source>&amp;Expand</source>
+        <extracomment>View menu: shows what the selected folder holds, in place.</extracomment>
+        <translation>&amp;Espandi</translation>
+    </message>
+    <message id="menu_view_collapse">
+        <source>&amp;Collapse</source>
+        <extracomment>View menu: undoes Expand.</extracomment>
+        <translation>&amp;Contrai</translation>
+    </message>
+    <message id="menu_view_last_transfer">
+        <source>&amp;Last Transfer</source>
+        <extracomment>View menu: lists what became of each file of the last copy.</extracomment>
+        <translation>Ultimo &amp;trasferimento</translation>
+    </message>
+    <message id="menu_help">
+        <source>&amp;Help</source>
+        <extracomment>Menu bar.</extracomment>
+        <translation>&amp;Aiuto</translation>
+    </message>
+    <message id="menu_help_debug_log">
+        <source>Show &amp;Debug Log</source>
+        <extracomment>Help menu.</extracomment>
+        <translation>Mostra il registro di &amp;debug</translation>
+    </message>
+    <message id="menu_help_about">
+        <source>&amp;About MTP Browser</source>
+        <extracomment>Help menu.</extracomment>
+        <translation>&amp;Informazioni su MTP Browser</translation>
+    </message>
+    <message id="about_description">
+        <source>Browse the files on your Android phone over USB.</source>
+        <extracomment>About box.</extracomment>
+        <translation>Esplora i file del telefono Android tramite USB.</translation>
+    </message>
+    <message id="about_version">
+        <source>Version %1</source>
+        <extracomment>About box. %1 is a version number.</extracomment>
+        <translation>Versione %1</translation>
+    </message>
+    <message id="accessible_back">
+        <source>Back</source>
+        <extracomment>Toolbar button.</extracomment>
+        <translation>Indietro</translation>
+    </message>
+    <message id="accessible_next">
+        <source>Forward</source>
+        <extracomment>Toolbar button.</extracomment>
+        <translation>Avanti</translation>
+    </message>
+    <message id="accessible_toolbar">
+        <source>Toolbar</source>
+        <extracomment>What a screen reader calls the row of buttons.</extracomment>
+        <translation>Barra degli strumenti</translation>
+    </message>
+    <message id="accessible_path">
+        <source>Path</source>
+        <extracomment>What a screen reader calls the line with the folder's path.</extracomment>
+        <translation>Percorso</translation>
+    </message>
+    <message id="accessible_files">
+        <source>Files and folders</source>
+        <extracomment>What a screen reader calls the tree.</extracomment>
+        <translation>File e cartelle</translation>
+    </message>
+    <message id="accessible_columns">
+        <source>Column headings</source>
+        <extracomment>What a screen reader calls the tree's header.</extracomment>
+        <translation>Intestazioni delle colonne</translation>
+    </message>
+    <message id="accessible_folder">
+        <source>Folder</source>
+        <extracomment>What a screen reader says of a row.</extracomment>
+        <translation>Cartella</translation>
+    </message>
+    <message id="accessible_file">
+        <source>File</source>
+        <extracomment>What a screen reader says of a row.</extracomment>
+        <translation>File</translation>
+    </message>
+    <message id="accessible_sorted_ascending">
+        <source>Sorted ascending</source>
+        <extracomment>What a screen reader says of a column's heading.</extracomment>
+        <translation>Ordine crescente</translation>
+    </message>
+    <message id="accessible_sorted_descending">
+        <source>Sorted descending</source>
+        <extracomment>What a screen reader says of a column's heading.</extracomment>
+        <translation>Ordine decrescente</translation>
+    </message>
+    <message id="accessible_progress_panel">
+        <source>Transfer</source>
+        <extracomment>What a screen reader calls the progress panel.</extracomment>
+        <translation>Trasferimento</translation>
+    </message>
+    <message id="accessible_progress_bar">
+        <source>Transfer progress</source>
+        <extracomment>What a screen reader calls the bar.</extracomment>
+        <translation>Avanzamento del trasferimento</translation>
+    </message>
+    <message id="accessible_cancel_transfer">
+        <source>Cancel transfer</source>
+        <extracomment>Button of the progress panel, which shows a picture only.</extracomment>
+        <translation>Annulla il trasferimento</translation>
+    </message>
+    <message id="accessible_loading">
+        <source>Loading</source>
+        <extracomment>What a screen reader says while a folder is listed.</extracomment>
+        <translation>Caricamento</translation>
+    </message>
+</context>
+</TS>

@@ -1,0 +1,274 @@
+<?xml version="1.0" encoding="utf-8"?>
+<!DOCTYPE TS>
+<TS version="2.1" language="pt_BR" sourcelanguage="en">
+<context>
+    <name></name>
+    <message id="MNU_AddNewFolder">
+        <source>New Folder</source>
+        <extracomment>Menu entry, and the heading of the name panel.</extracomment>
+        <translation>Nova pasta</translation>
+    </message>
+    <message id="MNU_EditName">
+        <source>Rename</source>
+        <extracomment>Menu entry, and the heading of the name panel.</extracomment>
+        <translation>Renomear</translation>
+    </message>
+    <message id="MNU_FileName">
+        <source>Name</source>
+        <extracomment>Column heading.</extracomment>
+        <translation>Nome</translation>
+    </message>
+    <message id="MNU_DateOfModify">
+        <source>Date Modified</source>
+        <extracomment>Column heading; at most some 125 pixels wide in a bold face of 12 pixels.</extracomment>
+        <translation>Modificado em</translation>
+    </message>
+    <message id="MSG_FileSize">
+        <source>Size</source>
+        <extracomment>Column heading; at most some 70 pixels wide in a bold face of 12 pixels.</extracomment>
+        <translation>Tamanho</translation>
+    </message>
+    <message id="MNU_CheckboxText">
+        <source>Don’t ask me again</source>
+        <extracomment>Check box in the question before deleting.</extracomment>
+        <translation>Não perguntar novamente</translation>
+    </message>
+    <message id="MSG_DeleteFile">
+        <source>The selected items will be deleted from your phone. This can’t be undone.</source>
+        <extracomment>Question before deleting; the heading is MNU_Delete.</extracomment>
+        <translation>Os itens selecionados serão excluídos do telefone. Não é possível desfazer esta ação.</translation>
+    </message>
+    <message id="MNU_DuplicateTransferMTP">
+        <source>%1 already exists here.</source>
+        <extracomment>Question when a name is taken. %1 is the name, already in quotation marks.</extracomment>
+        <translation>%1 já existe aqui.</translation>
+    </message>
+    <message id="MSG_DuplicateTransferMTPDescription">
+        <source>Do you want to replace it with the one you’re copying?</source>
+        <extracomment>Below MNU_DuplicateTransferMTP; the buttons are Replace, Replace All and Skip.</extracomment>
+        <translation>Deseja substituí-lo pelo item que está copiando?</translation>
+    </message>
+    <message id="MNU_PrepareToSomething">
+        <source>Getting ready…</source>
+        <extracomment>Progress panel, before the first file.</extracomment>
+        <translation>Preparando…</translation>
+    </message>
+    <message id="MSG_BnRTransfering">
+        <source>Copying</source>
+        <extracomment>Progress panel, between the counter and the file's name: “3/12 Copying photo.jpg”.</extracomment>
+        <translation>Copiando</translation>
+    </message>
+    <message id="MSG_WelcomToVBX2">
+        <source>Connect your phone with a USB cable.
+Then unlock it and choose “File transfer” in its USB notification.</source>
+        <extracomment>The window while no phone is attached. “File transfer” is what Android calls this choice in your language.</extracomment>
+        <translation>Conecte o telefone com um cabo USB.
+Depois desbloqueie-o e escolha “Transferência de arquivos” na notificação de USB.</translation>
+    </message>
+    <message id="menu_file">
+        <source>&amp;File</source>
+        <extracomment>Menu bar. “&amp;” stands before the letter that opens the menu with Alt.</extracomment>
+        <translation>&amp;Arquivo</translation>
+    </message>
+    <message id="menu_file_new_folder">
+        <source>&amp;New Folder…</source>
+        <extracomment>File menu.</extracomment>
+        <translation>&amp;Nova pasta…</translation>
+    </message>
+    <message id="menu_file_upload">
+        <source>&amp;Upload…</source>
+        <extracomment>File menu: copies files of the computer to the phone.</extracomment>
+        <translation>&amp;Enviar para o telefone…</translation>
+    </message>
+    <message id="menu_file_copy_to">
+        <source>&amp;Copy to…</source>
+        <extracomment>File menu: copies the selected items from the phone to a folder of the computer.</extracomment>
+        <translation>&amp;Copiar para…</translation>
+    </message>
+    <message id="menu_file_cancel_transfer">
+        <source>Cancel &amp;Transfer</source>
+        <extracomment>File menu, while files are copied.</extracomment>
+        <translation>Cancelar a &amp;transferência</translation>
+    </message>
+    <message id="menu_file_quit">
+        <source>&amp;Quit</source>
+        <extracomment>File menu.</extracomment>
+        <translation>&amp;Sair</translation>
+    </message>
+    <message id="menu_edit">
+        <source>&amp;Edit</source>
+        <extracomment>Menu bar.</extracomment>
+        <translation>&amp;Editar</translation>
+    </message>
+    <message id="menu_edit_rename">
+        <source>&amp;Rename…</source>
+        <extracomment>Edit menu.</extracomment>
+        <translation>&amp;Renomear…</translation>
+    </message>
+    <message id="menu_edit_delete">
+        <source>&amp;Delete</source>
+        <extracomment>Edit menu.</extracomment>
+        <translation>&amp;Excluir</translation>
+    </message>
+    <message id="menu_edit_select_all">
+        <source>Select &amp;All</source>
+        <extracomment>Edit menu.</extracomment>
+        <translation>&amp;Selecionar tudo</translation>
+    </message>
+    <message id="menu_go">
+        <source>&amp;Go</source>
+        <extracomment>Menu bar.</extracomment>
+        <translation>&amp;Ir</translation>
+    </message>
+    <message id="menu_go_open">
+        <source>&amp;Open</source>
+        <extracomment>Go menu: enters the selected folder.</extracomment>
+        <translation>&amp;Abrir</translation>
+    </message>
+    <message id="menu_go_back">
+        <source>&amp;Back</source>
+        <extracomment>Go menu: to the parent folder.</extracomment>
+        <translation>&amp;Voltar</translation>
+    </message>
+    <message id="menu_go_next">
+        <source>&amp;Forward</source>
+        <extracomment>Go menu: undoes Back.</extracomment>
+        <translation>Ava&amp;nçar</translation>
+    </message>
+    <message id="menu_go_storage_1">
+        <source>Storage &amp;1 (%1)</source>
+        <extracomment>Go menu: the first storage of the phone. %1 is its name.</extracomment>
+        <translation>Armazenamento &amp;1 (%1)</translation>
+    </message>
+    <message id="menu_go_storage_2">
+        <source>Storage &amp;2 (%1)</source>
+        <extracomment>Go menu: the second storage of the phone. %1 is its name.</extracomment>
+        <translation>Armazenamento &amp;2 (%1)</translation>
+    </message>
+    <message id="menu_view">
+        <source>&amp;View</source>
+        <extracomment>Menu bar.</extracomment>
+        <translation>&amp;Ver</translation>
+    </message>
+    <message id="menu_view_reload">
+        <source>&amp;Reload</source>
+        <extracomment>View menu: lists the folder anew.</extracomment>
+        <translation>&amp;Recarregar</translation>
+    </message>
+    <message id="menu_view_sort">
+        <source>&amp;Sort By</source>
+        <extracomment>View menu; its entries are the columns' headings.</extracomment>
+        <translation>&amp;Ordenar por</translation>
+    </message>
+    <message id="menu_view_expand">
+        <source>&amp;Expand</source>
+        <extracomment>View menu: shows what the selected folder holds, in place.</extracomment>
+        <translation>&amp;Expandir</translation>
+    </message>
+    <message id="menu_view_collapse">
+        <source>&amp;Collapse</source>
+        <extracomment>View menu: undoes Expand.</extracomment>
+        <translation>Re&amp;colher</translation>
+    </message>
+    <message id="menu_view_last_transfer">
+        <source>&amp;Last Transfer</source>
+        <extracomment>View menu: lists what became of each file of the last copy.</extracomment>
+        <translation>Última &amp;transferência</translation>
+    </message>
+    <message id="menu_help">
+        <source>&amp;Help</source>
+        <extracomment>Menu bar.</extracomment>
+        <translation>A&amp;juda</translation>
+    </message>
+    <message id="menu_help_debug_log">
+        <source>Show &amp;Debug Log</source>
+        <extracomment>Help menu.</extracomment>
+        <translation>Mostrar o registro de &amp;depuração</translation>
+    </message>
+    <message id="menu_help_about">
+        <source>&amp;About MTP Browser</source>
+        <extracomment>Help menu.</extracomment>
+        <translation>&amp;Sobre o MTP Browser</translation>
+    </message>
+    <message id="about_description">
+        <source>Browse the files on your Android phone over USB.</source>
+        <extracomment>About box.</extracomment>
+        <translation>Navegue pelos arquivos do seu telefone Android via USB.</translation>
+    </message>
+    <message id="about_version">
+        <source>Version %1</source>
+        <extracomment>About box. %1 is a version number.</extracomment>
+        <translation>Versão %1</translation>
+    </message>
+    <message id="accessible_back">
+        <source>Back</source>
+        <extracomment>Toolbar button.</extracomment>
+        <translation>Voltar</translation>
+    </message>
+    <message id="accessible_next">
+        <source>Forward</source>
+        <extracomment>Toolbar button.</extracomment>
+        <translation>Avançar</translation>
+    </message>
+    <message id="accessible_toolbar">
+        <source>Toolbar</source>
+        <extracomment>What a screen reader calls the row of buttons.</extracomment>
+        <translation>Barra de ferramentas</translation>
+    </message>
+    <message id="accessible_path">
+        <source>Path</source>
+        <extracomment>What a screen reader calls the line with the folder's path.</extracomment>
+        <translation>Caminho</translation>
+    </message>
+    <message id="accessible_files">
+        <source>Files and folders</source>
+        <extracomment>What a screen reader calls the tree.</extracomment>
+        <translation>Arquivos e pastas</translation>
+    </message>
+    <message id="accessible_columns">
+        <source>Column headings</source>
+        <extracomment>What a screen reader calls the tree's header.</extracomment>
+        <translation>Cabeçalhos das colunas</translation>
+    </message>
+    <message id="accessible_folder">
+        <source>Folder</source>
+        <extracomment>What a screen reader says of a row.</extracomment>
+        <translation>Pasta</translation>
+    </message>
+    <message id="accessible_file">
+        <source>File</source>
+        <extracomment>What a screen reader says of a row.</extracomment>
+        <translation>Arquivo</translation>
+    </message>
+    <message id="accessible_sorted_ascending">
+        <source>Sorted ascending</source>
+        <extracomment>What a screen reader says of a column's heading.</extracomment>
+        <translation>Ordem crescente</translation>
+    </message>
+    <message id="accessible_sorted_descending">
+        <source>Sorted descending</source>
+        <extracomment>What a screen reader says of a column's heading.</extracomment>
+        <translation>Ordem decrescente</translation>
+    </message>
+    <message id="accessible_progress_panel">
+        <source>Transfer</source>
+        <extracomment>What a screen reader calls the progress panel.</extracomment>
+        <translation>Transferência</translation>
+    </message>
+    <message id="accessible_progress_bar">
+        <source>Transfer progress</source>
+        <extracomment>What a screen reader calls the bar.</extracomment>
+        <translation>Progresso da transferência</translation>
+    </message>
+    <message id="accessible_cancel_transfer">
+        <source>Cancel transfer</source>
+        <extracomment>Button of the progress panel, which shows a picture only.</extracomment>
+        <translation>Cancelar a transferência</translation>
+    </message>
+    <message id="accessible_loading">
+        <source>Loading</source>
+        <extracomment>What a screen reader says while a folder is listed.</extracomment>
+        <translation>Carregando</translation>
+    </message>
+</context>
+</TS>
