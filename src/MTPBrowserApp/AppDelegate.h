@@ -71,6 +71,8 @@ public:
   void registerNotification();
   /// `startConnectDevice`. Has the browser show the phone kept in _locationId.
   void startConnectDevice();
+  /// `disconnectDevice`. Nothing: a departure ends the application, and the browser goes with it.
+  void disconnectDevice() {}
   /// `OnReceiveDeviceNotifierNotification:`. Attach (event type 1): the first phone wins, the window (re)connects to
   /// it. Every other event type ends the application. Any thread.
   void OnReceiveDeviceNotifierNotification(const platform::Notification& notification);

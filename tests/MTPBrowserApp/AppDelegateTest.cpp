@@ -170,6 +170,25 @@ TEST_F(AppDelegateTest, ADetachOfADeviceNeverShownQuitsTheApplication) {
   EXPECT_EQ(m_record.calls, QStringList{QStringLiteral("quit")});
 }
 
+TEST_F(AppDelegateTest, ADetachForgetsTheDeviceSoThatTheNextAttachIsANewOne) {
+  const auto delegate = launched();
+  postDeviceEvent(1, QStringLiteral("14200000"));
+  postDeviceEvent(2, QStringLiteral("14200000"));
+  postDeviceEvent(1, QStringLiteral("1A"));
+  EXPECT_EQ(delegate->locationId(), QStringLiteral("1A"));
+}
+
+TEST_F(AppDelegateTest, DisconnectDeviceDoesNothing) {
+  const auto delegate = launched();
+  postDeviceEvent(1, QStringLiteral("14200000"));
+  m_record.drainMainQueue();
+  m_record.calls.clear();
+  delegate->disconnectDevice();
+  m_record.drainMainQueue();
+  EXPECT_TRUE(m_record.calls.isEmpty());
+  EXPECT_EQ(delegate->locationId(), QStringLiteral("14200000"));
+}
+
 TEST_F(AppDelegateTest, EveryEventTypeOtherThanOneQuits) {
   for (const int type : {-2, -1, 0, 2, 3, 4, 5, 10, 12, 14}) {
     m_record = {};
