@@ -50,18 +50,18 @@ private:
 DeviceQueue::DeviceQueue(WorkerStarter startWorker)
     : m_startWorker(std::move(startWorker)) {}
 
-void DeviceQueue::perform(const char* name, const SessionPointer& session, Job job) {
-  start(name, session, std::move(job), false);
+bool DeviceQueue::perform(const char* name, const SessionPointer& session, Job job) {
+  return start(name, session, std::move(job), false);
 }
 
-void DeviceQueue::performLast(const char* name, const SessionPointer& session, Job job) {
-  start(name, session, std::move(job), true);
+bool DeviceQueue::performLast(const char* name, const SessionPointer& session, Job job) {
+  return start(name, session, std::move(job), true);
 }
 
-void DeviceQueue::start(const char* name, const SessionPointer& session, Job job, bool evenIfEnded) {
+bool DeviceQueue::start(const char* name, const SessionPointer& session, Job job, bool evenIfEnded) {
   // The place is taken now, not when the thread runs: jobs keep the order they were asked for in.
   auto turn = std::make_shared<Turn>(shared_from_this());
-  m_startWorker(name, [turn = std::move(turn), session, job = std::move(job), evenIfEnded] {
+  return m_startWorker(name, [turn = std::move(turn), session, job = std::move(job), evenIfEnded] {
     turn->await();
     if (evenIfEnded || !session->ended)
       job(*session);

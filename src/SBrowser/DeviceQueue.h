@@ -50,17 +50,17 @@ public:
   explicit DeviceQueue(WorkerStarter startWorker);
 
   /// Runs `job` on a new thread named `name` when its turn comes; not at all when the session has ended by then or no
-  /// thread can be had. Any thread; does not block.
-  void perform(const char* name, const SessionPointer& session, Job job);
+  /// thread can be had (false). Any thread; does not block.
+  bool perform(const char* name, const SessionPointer& session, Job job);
   /// As perform(), also when the session has ended: for giving back what it holds.
-  void performLast(const char* name, const SessionPointer& session, Job job);
+  bool performLast(const char* name, const SessionPointer& session, Job job);
   /// Runs `job` on the calling thread when its turn comes. False when the session has ended by then. Blocks; never from
   /// within a job, nor on the main thread.
   bool performHere(const SessionPointer& session, const Job& job);
 
 private:
   class Turn;
-  void start(const char* name, const SessionPointer& session, Job job, bool evenIfEnded);
+  bool start(const char* name, const SessionPointer& session, Job job, bool evenIfEnded);
 
   const WorkerStarter m_startWorker;
   platform::Mutex m_mutex;

@@ -52,7 +52,7 @@ void SBrowserOutlineModel::setChildren(const ItemPointer& item, ArrayPointer chi
     item->setChildObjects(std::move(children));
     return;
   }
-  children->sort(m_sortDescriptor);
+  // Not sorted yet: who looks at the first of them gets them sorted, who enters the item finds the phone's order.
   beginInsertRows(shown, 0, children->count() - 1);
   item->setChildObjects(std::move(children));
   endInsertRows();

@@ -15,6 +15,7 @@
 #include "UI/LoadingView/SLoadingAniViewController.h"
 #include "stringDefine/VornLocalStringDefine.h"
 
+#include <QHeaderView>
 #include <QKeyEvent>
 #include <QLineEdit>
 #include <QMainWindow>
@@ -56,6 +57,7 @@ SBrowserWindowController::SBrowserWindowController(SBrowserDependencies dependen
     , m_loader(m_queue, *this)
     , m_events(m_queue, *m_dependencies.timers, [this] { updateMTPChangeProcess(); }) {
   awakeFromNib();
+  windowDidLoad();
 }
 
 SBrowserWindowController::~SBrowserWindowController() {
@@ -72,6 +74,7 @@ SBrowserWindowController::~SBrowserWindowController() {
 void SBrowserWindowController::awakeFromNib() {
   platform::assertMainThread();
   SOutlineView& outline = *m_layout->outlineView;
+  outline.header()->setSortIndicator(-1, Qt::AscendingOrder); // nobody has asked for an order yet
   outline.setModel(m_model.get());
   outline.setOwnerDelegate(this);
   outline.installEventFilter(this);
@@ -84,11 +87,15 @@ void SBrowserWindowController::awakeFromNib() {
       m_layout->outlineView->collapse(index);
   });
   connect(m_layout.get(), &WindowLayout::toolbarClicked, this, &SBrowserWindowController::btnToolbar_clicked);
+  m_layout->showWelcome(welcomeText());
+}
+
+void SBrowserWindowController::windowDidLoad() {
+  platform::assertMainThread();
   connect(m_layout.get(), &WindowLayout::navigationHovered, this, [this](bool entered) {
     if (!entered)
       _isDropOvering = false;
   });
-  m_layout->showWelcome(welcomeText());
 }
 
 void SBrowserWindowController::showWindow() {
@@ -130,6 +137,7 @@ void SBrowserWindowController::connected(const ConnectedDevice& device) {
 void SBrowserWindowController::makeStorageRoots(const QList<MtpStorageInfo>& storages) {
   m_model->removeAll();
   _staticSource.clear();
+  _internalRootName = QString();
   for (const MtpStorageInfo& storage : storages) {
     const ItemPointer root = SItem::newObject();
     const QString path = storage.volumePath.value_or(QString());
@@ -205,9 +213,7 @@ void SBrowserWindowController::publishChildren(const ItemPointer& item, std::sha
 }
 
 void SBrowserWindowController::folderEntered(const ItemPointer& item) {
-  if (item->childObjects())
-    item->childObjects()->sort(m_model->sortDescriptor());
-  reloadDataOfOutlineView(item);
+  reloadDataOfOutlineView(item); // in the phone's order: clicking a header sorts
   Q_EMIT folderShown();
 }
 

@@ -37,8 +37,10 @@ public:
   /// Lets go of the phone; workers that are still busy with it find nobody to report to.
   ~SBrowserWindowController() override;
 
-  /// `awakeFromNib` Sets the window up: called by the initialiser.
+  /// `awakeFromNib` Connects the window's views and shows the welcome: called by the initialiser, once.
   void awakeFromNib();
+  /// `windowDidLoad` Follows the pointer over the back and next buttons: called by the initialiser, once.
+  void windowDidLoad();
   /// `showWindow:`
   void showWindow();
   QMainWindow* window() const;
@@ -195,6 +197,6 @@ private:
   bool m_isExpanding = false; // rows are being expanded by us, not by the user
   bool _isDropOvering = false;
   std::atomic<bool> _isDetached{false}; // written by the main thread, polled by workers of transfers and changes
-  std::atomic<bool> _isCanceled{false}; // written by whoever closes, polled by transfers
+  std::atomic<bool> _isCanceled{false}; // written by whoever closes and by connecting, polled by transfers
   std::shared_ptr<char> m_alive = std::make_shared<char>();
 };

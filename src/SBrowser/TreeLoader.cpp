@@ -199,15 +199,18 @@ void TreeLoader::start(const RequestPointer& request) {
         finish(request, std::move(listing));
     });
   };
-  m_queue->perform("mtp-list", m_session, [request, report, source = sourceOf(*request->item)](DeviceSession& session) {
-    if (request->overtaken)
-      return; // nobody waits for it, and the phone may be slow
-    Listing listing = list(session, source, request->item);
-    const bool many = listing.children && listing.children->count() >= kManyEntries;
-    report(listing);
-    if (many)
-      malloc_trim(0);
-  });
+  const bool started = m_queue->perform(
+      "mtp-list", m_session, [request, report, source = sourceOf(*request->item)](DeviceSession& session) {
+        if (request->overtaken)
+          return; // nobody waits for it, and the phone may be slow
+        Listing listing = list(session, source, request->item);
+        const bool many = listing.children && listing.children->count() >= kManyEntries;
+        report(listing);
+        if (many)
+          malloc_trim(0);
+      });
+  if (!started)
+    end(request); // nothing was listed; the window stays usable
 }
 
 void TreeLoader::finish(const RequestPointer& request, Listing listing) {

@@ -59,6 +59,9 @@ protected:
     dependencies.createAccessObject = [this] { return std::make_shared<MTPDextSDKWrapper>(sdk); };
     dependencies.timers = &timers;
     dependencies.sleep = [this](std::chrono::milliseconds pause) { slept += static_cast<int>(pause.count()); };
+    dependencies.startWorker = [this](const char* name, std::function<void()> body) {
+      return !refuseWorkers && platform::startWorker(name, std::move(body));
+    };
     controller = std::make_unique<SBrowserWindowController>(dependencies);
     controller->showWindow();
   }
@@ -128,6 +131,7 @@ protected:
   std::shared_ptr<FakeMtpSdk> sdk = std::make_shared<FakeMtpSdk>();
   platform::ManualTimers timers;
   std::unique_ptr<SBrowserWindowController> controller;
-  std::atomic<int> slept{0}; // milliseconds; written by the connecting worker
+  bool refuseWorkers = false; // main thread: the system has no thread to give
+  std::atomic<int> slept{0};  // milliseconds; written by the connecting worker
   FakeMtpSdk::Handle device = 0, phone = 0, card = 0, dcim = 0, camera = 0, readme = 0;
 };

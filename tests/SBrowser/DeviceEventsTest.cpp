@@ -1,6 +1,7 @@
 #include "SBrowser/DeviceEvents.h"
 
 #include "BrowserFixture.h"
+#include "MTPCore/CapturedLog.h"
 
 #include <thread>
 
@@ -58,6 +59,13 @@ TEST_F(DeviceEventsTest, AnEventOnAnotherThreadIsHandledOnTheMainThread) {
   std::thread([this] { send(DeviceEvents::kObjectRemoved); }).join();
   EXPECT_FALSE(events.isRebuildPending());
   ASSERT_TRUE(QTest::qWaitFor([this] { return events.isRebuildPending(); }, 60'000));
+}
+
+TEST_F(DeviceEventsTest, EveryEventIsLoggedEvenThoseThatDoNotCount) {
+  CapturedLog log;
+  send(0x4004);
+  NotifyCallbackEx(DeviceEvents::kObjectAdded, 0, 0, nullptr);
+  EXPECT_EQ(log.count("NotifyCallbackEx: ENTER"), 2);
 }
 
 TEST(NotifyCallbackEx, WithoutContextOrForOneThatIsGoneNothingHappens) {

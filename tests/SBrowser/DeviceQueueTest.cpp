@@ -57,9 +57,9 @@ TEST_F(DeviceQueueTest, AJobThatGetsNoThreadDoesNotHoldUpTheOthers) {
   });
   bool first = false;
   bool second = false;
-  queue->perform("test", session, [&](DeviceSession&) { first = true; });
+  EXPECT_FALSE(queue->perform("test", session, [&](DeviceSession&) { first = true; }));
   refuse = false;
-  queue->perform("test", session, [&](DeviceSession&) { second = true; });
+  EXPECT_TRUE(queue->perform("test", session, [&](DeviceSession&) { second = true; }));
   ASSERT_TRUE(settle());
   EXPECT_FALSE(first);
   EXPECT_TRUE(second);

@@ -10,6 +10,7 @@
 #include "UI/LoadingView/SLoadingAniViewController.h"
 #include "stringDefine/VornLocalStringDefine.h"
 
+#include <QHeaderView>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMainWindow>
@@ -363,11 +364,35 @@ TEST_F(SBrowserWindowControllerTest, AFolderThePhoneNoLongerKnowsIsShownEmptyUnt
   EXPECT_EQ(rows(), QStringList({"Empty", "readme.txt"}));
 }
 
-TEST_F(SBrowserWindowControllerTest, EnteredFoldersFollowTheSortingTheHeaderShows) {
-  connectPhone();
+TEST_F(SBrowserWindowControllerTest, AnEnteredFolderKeepsThePhonesOrderUntilAHeaderIsClicked) {
+  addPhone();
+  sdk->addFile(dcim, QStringLiteral("A.jpg"), 15);
+  connect();
   outline().sortByColumn(kFileSize, Qt::DescendingOrder);
   enter(QStringLiteral("DCIM"));
-  EXPECT_EQ(rows(), QStringList({"b.jpg", "a.jpg", "Camera"}));
+  EXPECT_EQ(rows(), QStringList({"Camera", "a.jpg", "b.jpg", "A.jpg"}));
+  outline().sortByColumn(kFileSize, Qt::AscendingOrder);
+  EXPECT_EQ(rows(), QStringList({"Camera", "a.jpg", "A.jpg", "b.jpg"}));
+}
+
+TEST_F(SBrowserWindowControllerTest, AtFirstNothingIsSortedAndNoHeaderSaysSo) {
+  addPhone();
+  sdk->addFolder(phone, QStringLiteral("Alarms"));
+  sdk->addFile(dcim, QStringLiteral("0.jpg"));
+  connect();
+  EXPECT_EQ(outline().header()->sortIndicatorSection(), -1);
+  EXPECT_EQ(rows(), QStringList({"DCIM", "Empty", "Alarms", "readme.txt"}));
+  outline().expand(row(QStringLiteral("DCIM")));
+  ASSERT_TRUE(settle());
+  EXPECT_EQ(rows(row(QStringLiteral("DCIM"))), QStringList({"Camera", "a.jpg", "b.jpg", "0.jpg"}));
+}
+
+TEST_F(SBrowserWindowControllerTest, AnExpandedFoldersChildrenFollowTheSortingTheHeaderShows) {
+  connectPhone();
+  outline().sortByColumn(kFileSize, Qt::DescendingOrder);
+  outline().expand(row(QStringLiteral("DCIM")));
+  ASSERT_TRUE(settle());
+  EXPECT_EQ(rows(row(QStringLiteral("DCIM"))), QStringList({"b.jpg", "a.jpg", "Camera"}));
 }
 
 // ---- Back and next ----
@@ -602,6 +627,20 @@ TEST_F(SBrowserWindowControllerTest, EnteringTheSameFolderTwiceListsItOnce) {
   EXPECT_EQ(currentFolder(), QStringLiteral("DCIM"));
 }
 
+TEST_F(SBrowserWindowControllerTest, WithoutAThreadForAListingTheWindowStaysUsable) {
+  connectPhone();
+  refuseWorkers = true;
+  doubleClick(QStringLiteral("DCIM"));
+  EXPECT_TRUE(loadingView().isHidden());
+  EXPECT_EQ(currentFolder(), QStringLiteral("Phone"));
+  outline().expand(row(QStringLiteral("Empty")));
+  EXPECT_TRUE(loadingView().isHidden());
+  EXPECT_FALSE(itemNamed(QStringLiteral("Empty"))->isListed());
+  refuseWorkers = false;
+  enter(QStringLiteral("DCIM"));
+  EXPECT_EQ(rows(), QStringList({"Camera", "a.jpg", "b.jpg"}));
+}
+
 TEST_F(SBrowserWindowControllerTest, AnExpansionFromBeforeAResetChangesNothing) {
   connectPhone();
   Gate gate;
@@ -768,7 +807,7 @@ TEST_F(SBrowserWindowControllerTest, AfterAChangeOnThePhoneTheTreeIsBuiltAnew) {
   EXPECT_FALSE(rows().contains(QStringLiteral("new.txt")));
   timers.advance(std::chrono::milliseconds(1));
   ASSERT_TRUE(settle());
-  EXPECT_EQ(rows(), QStringList({"DCIM", "Empty", "new.txt", "readme.txt"}));
+  EXPECT_EQ(rows(), QStringList({"DCIM", "Empty", "readme.txt", "new.txt"}));
   EXPECT_EQ(currentFolder(), QStringLiteral("Phone"));
   ASSERT_TRUE(sdk->sendEvent(device, DeviceEvents::kObjectRemoved)); // still registered
   EXPECT_TRUE(controller->isRebuildPending());
