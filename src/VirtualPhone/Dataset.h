@@ -41,10 +41,8 @@ public:
 
 private:
   void number(std::uint64_t v, int size) {
-    std::byte b[8];
     for (int i = 0; i < size; ++i)
-      b[i] = std::byte(v >> (8 * i));
-    bytes_.insert(bytes_.end(), b, b + size);
+      bytes_.push_back(std::byte(v >> (8 * i)));
   }
 
   std::vector<std::byte> bytes_;
