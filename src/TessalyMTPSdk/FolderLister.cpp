@@ -13,6 +13,7 @@ constexpr std::uint32_t AllProperties = 0xFFFFFFFF;
 constexpr std::uint32_t NoFormat = 0;
 constexpr std::uint32_t NoGroup = 0;
 constexpr std::uint32_t SizeElsewhere = 0xFFFFFFFF; // in ObjectInfo: too large for its 32 bits
+constexpr int MaxUnreadable = 32;                   // objects of one folder; each costs a recovery of the wire
 
 bool isObject(std::uint32_t handle) {
   return handle != 0 && handle != 0xFFFFFFFF;
@@ -41,6 +42,11 @@ bool isRefusal(const Reply& reply) {
   default:
     return true;
   }
+}
+
+/// A refusal that will stay one. A general error may be a mishap.
+bool isLastingRefusal(const Reply& reply) {
+  return isRefusal(reply) && reply.code != Response::GeneralError;
 }
 
 bool isUnreadable(Status status) {
@@ -138,12 +144,9 @@ Status FolderLister::list(std::uint32_t storage, std::uint32_t parent, const std
   if (byDepth == Answer::Unknown)
     return findOutByDepth(storage, parent, wanted, folder);
   if (byDepth == Answer::Yes) {
-    std::vector<std::byte> names;
-    const Status status = listByDepth(storage, parent, nullptr, names, wanted, folder);
-    if (!isUnreadable(status) && status != DGSTATUS_NOT_SUPPORT_OP)
+    const Status status = listByDepth(storage, parent, nullptr, {}, wanted, folder);
+    if (status != DGSTATUS_NOT_SUPPORT_OP)
       return status;
-    log(LogLevel::Info, "a folder could not be listed at once (0x%08x); asking object by object", status);
-    folder = {};
   }
   Handles handles;
   if (const Status status = getHandles(storage, parent, handles); status != DGSTATUS_SUCCESS)
@@ -170,28 +173,51 @@ Status FolderLister::findOutByDepth(std::uint32_t storage, std::uint32_t parent,
       answer = Answer::Yes;
     else if (readable && handles.size() >= 4 && 2 * covered >= handles.size())
       answer = Answer::Unknown; // the folder changed between the two questions
-  } else if (!isRefusal(reply)) {
-    if (m_session.isGone() || m_session.isDead() || reply.code != Response())
-      return reply.status; // says nothing about the operation
+  } else if (isRefusal(reply)) {
+    if (!isLastingRefusal(reply))
+      answer = Answer::Unknown;
+  } else if (m_session.isGone() || m_session.isDead()) {
+    return reply.status;
+  } else if (reply.code == Response()) {
     // The operation itself is broken there, in whatever form.
     remember([](Ways& ways) { ways.byObjectList = Answer::No; });
+  } else if (isUnreadable(reply.status)) {
+    answer = Answer::Unknown;
+  } else {
+    return reply.status; // says nothing about the operation
   }
   remember([&](Ways& ways) { ways.byDepth = answer; });
 
   if (answer == Answer::Yes) {
     log(LogLevel::Info, "the phone lists folders at once");
-    const Status status = listByDepth(storage, parent, &handles, names, wanted, folder);
-    if (!isUnreadable(status) && status != DGSTATUS_NOT_SUPPORT_OP)
+    const Status status = listByDepth(storage, parent, &handles, std::move(names), wanted, folder);
+    if (status != DGSTATUS_NOT_SUPPORT_OP)
       return status;
-    folder = {};
   } else if (answer == Answer::No) {
     log(LogLevel::Info, "the phone lists folders object by object");
   }
   return listEachObject(handles, parent, wanted, folder);
 }
 
-/// `names` may hold the answer for ObjectFileName already. DGSTATUS_NOT_SUPPORT_OP: not this way.
+/// `names` may hold the answer for ObjectFileName already. DGSTATUS_NOT_SUPPORT_OP: not this way. An unreadable answer
+/// is asked for once more: the other way costs a transaction an object.
 Status FolderLister::listByDepth(std::uint32_t storage, std::uint32_t parent, const Handles* handles,
+                                 std::vector<std::byte> names, const std::function<bool()>& wanted,
+                                 ListedFolder& folder) {
+  Status status = readColumns(storage, parent, handles, names, wanted, folder);
+  if (isUnreadable(status) && !m_session.isDead()) {
+    folder = {};
+    names.clear();
+    status = readColumns(storage, parent, handles, names, wanted, folder);
+  }
+  if (!isUnreadable(status) && status != DGSTATUS_NOT_SUPPORT_OP)
+    return status;
+  log(LogLevel::Info, "a folder could not be listed at once (0x%08x); asking object by object", status);
+  folder = {};
+  return DGSTATUS_NOT_SUPPORT_OP;
+}
+
+Status FolderLister::readColumns(std::uint32_t storage, std::uint32_t parent, const Handles* handles,
                                  std::vector<std::byte>& names, const std::function<bool()>& wanted,
                                  ListedFolder& folder) {
   if (names.empty()) {
@@ -228,7 +254,8 @@ Status FolderLister::listByDepth(std::uint32_t storage, std::uint32_t parent, co
   if (!reply.ok()) {
     if (!isRefusal(reply))
       return reply.status;
-    remember([](Ways& ways) { ways.byDepth = Answer::No; });
+    if (isLastingRefusal(reply))
+      remember([](Ways& ways) { ways.byDepth = Answer::No; });
     return DGSTATUS_NOT_SUPPORT_OP;
   }
 
@@ -237,11 +264,12 @@ Status FolderLister::listByDepth(std::uint32_t storage, std::uint32_t parent, co
     if (!wanted())
       return DGSTATUS_IO_CANCEL;
     reply = getColumn(parent, Property::DateModified, rows);
-    if (isRefusal(reply))
+    if (isLastingRefusal(reply))
       remember([](Ways& ways) { ways.dates = false; });
-    else if (!reply.ok())
+    else if (!reply.ok() && !isRefusal(reply))
       return reply.status;
-    else if (!forEachRow(rows, Property::DateModified, objects, index,
+    else if (reply.ok() &&
+             !forEachRow(rows, Property::DateModified, objects, index,
                          [&](std::size_t i, const PropertyRow& row) { setDate(folder, objects[i], row.text); }))
       return DGSTATUS_INTERNAL_SIZE_MISMATCH;
   }
@@ -255,12 +283,12 @@ Status FolderLister::listByDepth(std::uint32_t storage, std::uint32_t parent, co
     if (known) {
       reply = getColumn(parent, Property::StorageID, rows);
       known = !isRefusal(reply);
-      if (!known)
+      if (isLastingRefusal(reply))
         remember([](Ways& ways) { ways.storageIds = false; });
-      else if (!reply.ok())
+      else if (known && !reply.ok())
         return reply.status;
-      else if (!forEachRow(rows, Property::StorageID, objects, index,
-                           [&](std::size_t i, const PropertyRow& row) { here[i] = row.number == storage; }))
+      else if (known && !forEachRow(rows, Property::StorageID, objects, index,
+                                    [&](std::size_t i, const PropertyRow& row) { here[i] = row.number == storage; }))
         return DGSTATUS_INTERNAL_SIZE_MISMATCH;
     }
     if (!known) {
@@ -285,6 +313,8 @@ Status FolderLister::listByDepth(std::uint32_t storage, std::uint32_t parent, co
 Status FolderLister::listEachObject(const Handles& handles, std::uint32_t parent, const std::function<bool()>& wanted,
                                     ListedFolder& folder) {
   HandleIndex seen(handles.size());
+  int unreadable = 0;
+  Status failure = DGSTATUS_SUCCESS;
   for (const std::uint32_t handle : handles) {
     if (!isObject(handle) || handle == parent || !seen.insert(handle, 0))
       continue;
@@ -298,18 +328,24 @@ Status FolderLister::listEachObject(const Handles& handles, std::uint32_t parent
         status == DGSTATUS_INTERNAL_DEVICE_NOT_RESPONSE || status == DGSTATUS_INTERNAL_SESSIONNOTOPEN ||
         status == DGSTATUS_INTERNAL_STORENOTAVAILABLE || status == DGSTATUS_INTERNAL_INVALIDSTORAGEID)
       return status;
+    if (isUnreadable(status) && ++unreadable == MaxUnreadable)
+      return status;
     log(LogLevel::Info, "object 0x%08x is left out of its folder: status 0x%08x", handle, status);
+    failure = status;
   }
-  return DGSTATUS_SUCCESS;
+  return folder.objects.empty() ? failure : DGSTATUS_SUCCESS; // a folder of which nothing can be read is not empty
 }
 
 Status FolderLister::listObject(std::uint32_t handle, ListedFolder& folder) {
-  if (ways().byObjectList != Answer::No) {
+  const Answer byObjectList = ways().byObjectList;
+  if (byObjectList != Answer::No) {
     bool answered = false;
     const Status status = objectByPropertyList(handle, folder, answered);
+    if (byObjectList == Answer::Unknown && (!answered || status == DGSTATUS_SUCCESS))
+      remember([&](Ways& ways) { ways.byObjectList = answered ? Answer::Yes : Answer::No; });
     if (answered)
       return status;
-    remember([](Ways& ways) { ways.byObjectList = Answer::No; });
+    // Where it has worked before, it is this object's fault: the sizes of the others stay the 64-bit ones.
   }
   return objectByInfo(handle, folder);
 }

@@ -55,7 +55,9 @@ private:
 
   Status findOutByDepth(std::uint32_t storage, std::uint32_t parent, const std::function<bool()>& wanted,
                         ListedFolder& folder);
-  Status listByDepth(std::uint32_t storage, std::uint32_t parent, const Handles* handles, std::vector<std::byte>& names,
+  Status listByDepth(std::uint32_t storage, std::uint32_t parent, const Handles* handles, std::vector<std::byte> names,
+                     const std::function<bool()>& wanted, ListedFolder& folder);
+  Status readColumns(std::uint32_t storage, std::uint32_t parent, const Handles* handles, std::vector<std::byte>& names,
                      const std::function<bool()>& wanted, ListedFolder& folder);
   Status listEachObject(const Handles& handles, std::uint32_t parent, const std::function<bool()>& wanted,
                         ListedFolder& folder);

@@ -288,7 +288,7 @@ TEST_F(Listings, FallToObjectInfoWhereAllPropertiesOfAnObjectAreRefused) {
 }
 
 TEST_F(Listings, ARefusedDepthIsRememberedAsOneAnObject) {
-  for (const unsigned refusal : {0xA807u, 0xA808u, 0x2005u, 0x2006u, 0xA801u, 0xA80Au, 0x2002u}) {
+  for (const unsigned refusal : {0xA807u, 0xA808u, 0x2005u, 0x2006u, 0xA801u, 0xA80Au}) {
     lister.reset();
     session.reset();
     script->gone = false;
@@ -298,6 +298,21 @@ TEST_F(Listings, ARefusedDepthIsRememberedAsOneAnObject) {
     ASSERT_EQ(list(1), DGSTATUS_SUCCESS);
     EXPECT_EQ(script->commands.size(), 4u) << std::hex << refusal;
   }
+}
+
+TEST_F(Listings, AGeneralErrorIsAnsweredTheOtherWayAndNotRemembered) {
+  phone.depthFailure = 0x2002;
+  ASSERT_EQ(list(1), DGSTATUS_SUCCESS);
+  EXPECT_EQ(names().size(), 3u);
+  phone.depthFailure = 0;
+  ASSERT_EQ(list(1), DGSTATUS_SUCCESS);
+  EXPECT_EQ(asked()[1], "9805:DC07") << "found out now";
+  phone.depthFailure = 0x2002;
+  ASSERT_EQ(list(1), DGSTATUS_SUCCESS);
+  EXPECT_EQ(names().size(), 3u);
+  phone.depthFailure = 0;
+  ASSERT_EQ(list(1), DGSTATUS_SUCCESS);
+  EXPECT_EQ(asked(), (Strings{"9805:DC07", "9805:DC02", "9805:DC04", "9805:DC09"}));
 }
 
 TEST_F(Listings, AFolderThatVanishesWhileFindingOutIsAStatusAndNothingIsRemembered) {
@@ -349,6 +364,35 @@ TEST_F(Listings, UnreadableRowsSendThemTheOtherWay) {
   EXPECT_EQ(script->commands.size(), 4u) << "only that once";
 }
 
+TEST_F(Listings, AnUnreadableAnswerIsAskedForOnceMore) {
+  ASSERT_EQ(list(1), DGSTATUS_SUCCESS);
+  phone.spoilRows = [this](ByteVector& rows, unsigned property) {
+    if (property != 0xDC02)
+      return;
+    rows.pop_back();
+    phone.spoilRows = nullptr;
+  };
+  ASSERT_EQ(list(1), DGSTATUS_SUCCESS);
+  EXPECT_EQ(names(), (Strings{"Camera", "a.jpg", "b.jpg"}));
+  EXPECT_EQ(asked(), (Strings{"9805:DC07", "9805:DC02", "9805:DC07", "9805:DC02", "9805:DC04", "9805:DC09"}));
+}
+
+TEST_F(Listings, AnAnswerCutShortWhileFindingOutSettlesNothing) {
+  bool cut = false;
+  script->otherwise = [&](const ByteVector& command) {
+    auto pieces = phone(command);
+    if (!cut && command[6] == std::byte{0x05} && command[7] == std::byte{0x98}) {
+      cut = true;
+      pieces.front().bytes.pop_back();
+    }
+    return pieces;
+  };
+  ASSERT_EQ(list(1), DGSTATUS_SUCCESS);
+  EXPECT_EQ(names(), (Strings{"Camera", "a.jpg", "b.jpg"}));
+  ASSERT_EQ(list(1), DGSTATUS_SUCCESS);
+  EXPECT_EQ(script->commands.size(), 2u + 3u) << "by depth";
+}
+
 TEST_F(Listings, AnObjectGoneBetweenTwoQuestionsIsLeftOut) {
   ASSERT_EQ(list(1), DGSTATUS_SUCCESS);
   phone.after = [this](unsigned) { std::erase_if(phone.objects, [](const Object& o) { return o.handle == 11; }); };
@@ -365,6 +409,36 @@ TEST_F(Listings, AnObjectGoneBetweenHandlesAndPropertiesDoesNotFailTheOthers) {
   phone.failingHandles = {{10, 0x2002}};
   ASSERT_EQ(list(1), DGSTATUS_SUCCESS);
   EXPECT_EQ(names(), (Strings{"a.jpg", "b.jpg"}));
+}
+
+TEST_F(Listings, OneObjectThatIsRefusedDoesNotCostTheOthersTheirSixtyFourBitSize) {
+  info.operations = {0x1001, 0x1007, 0x1008, 0x9805};
+  phone.ignoresDepth = true;
+  phone.failingHandles = {{11, 0x2002}};
+  ASSERT_EQ(list(1), DGSTATUS_SUCCESS);
+  EXPECT_EQ(names(), (Strings{"Camera", "b.jpg"}));
+  EXPECT_EQ(folder.objects[1].size, std::uint64_t{5} << 30);
+}
+
+TEST_F(Listings, AFolderOfWhichNothingCanBeReadIsAStatusNotAnEmptyFolder) {
+  info.operations = {0x1001, 0x1007, 0x1008};
+  phone.failingHandles = {{10, 0x2002}, {11, 0x2002}, {12, 0x2002}};
+  EXPECT_EQ(list(1), DGSTATUS_INTERNAL_GENERALERROR);
+  phone.failingHandles = {{10, 0x2009}, {11, 0x2009}, {12, 0x2009}};
+  EXPECT_EQ(list(1), DGSTATUS_SUCCESS) << "all of it was deleted meanwhile";
+  EXPECT_TRUE(folder.objects.empty());
+}
+
+TEST_F(Listings, APhoneThatGarblesEveryObjectIsNotAskedForAllOfThem) {
+  info.operations = {0x1001, 0x1007, 0x1008};
+  for (std::uint32_t handle = 100; handle < 600; ++handle)
+    phone.objects.push_back({handle, 1, std::to_string(handle)});
+  script->otherwise = [this](const ByteVector& command) -> std::vector<Piece> {
+    const bool info = command[6] == std::byte{0x08} && command[7] == std::byte{0x10};
+    return info ? std::vector<Piece>{failure(IoStatus::Stall)} : phone(command);
+  };
+  EXPECT_EQ(list(1), DGSTATUS_INTERNAL_DRIVER_READ_ERROR);
+  EXPECT_LE(std::ranges::count(script->operations(), 0x1008u), 32);
 }
 
 TEST_F(Listings, AStorageThatLeavesMeanwhileEndsThem) {
