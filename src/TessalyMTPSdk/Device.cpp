@@ -37,7 +37,7 @@ std::u16string firstNotEmpty(std::initializer_list<std::u16string> texts) {
 
 void logSilence(Status status, const std::string& phone) {
   if (status == DGSTATUS_NO_DEVICE_ATTACHED)
-    log(LogLevel::Warning, "%s was unplugged while it was being opened", phone.c_str());
+    log(LogLevel::Warning, "%s left while it was being opened", phone.c_str());
   else
     log(LogLevel::Warning,
         "%s could not be opened (status 0x%08x): unlock the phone, or unplug it and plug it in again", phone.c_str(),
@@ -47,7 +47,8 @@ void logSilence(Status status, const std::string& phone) {
 } // namespace
 
 std::shared_ptr<Device> Device::open(const DeviceCandidate& candidate, NodeRegistry& registry, EventThread& events,
-                                     const TimeLimits& limits, Node* node) {
+                                     const TimeLimits& limits, Node* node,
+                                     const std::function<bool(const std::shared_ptr<Device>&)>& starting) {
   const std::string phone = candidate.description.empty() ? "the phone" : candidate.description;
   OpenResult result = candidate.open ? candidate.open() : OpenResult{nullptr, OpenFailure::Other, "cannot be opened"};
   if (!result.transport) {
@@ -55,6 +56,8 @@ std::shared_ptr<Device> Device::open(const DeviceCandidate& candidate, NodeRegis
     return nullptr;
   }
   std::shared_ptr<Device> device(new Device(std::move(result.transport), candidate, registry, limits, node));
+  if (!starting(device))
+    return nullptr;
   const Status status = device->connect(events);
   if (status == DGSTATUS_NOT_SUPPORT_OP) {
     log(LogLevel::Warning, "%s speaks PTP only: choose \"File transfer\" in its USB settings", phone.c_str());
@@ -217,7 +220,7 @@ Status Device::fetch(const std::shared_ptr<Listing>& listing, std::unique_lock<s
       m_store.apply(*listing, folder);
       listing->stale = listing->changes != changes;
     }
-  } catch (const std::bad_alloc&) {
+  } catch (const std::exception&) { // whatever it is, those who wait must hear of the end
     status = DGSTATUS_INSUFFICIENT_RESOURCE;
     if (!lock.owns_lock())
       lock.lock();
@@ -226,8 +229,11 @@ Status Device::fetch(const std::shared_ptr<Listing>& listing, std::unique_lock<s
   listing->lastFetch = status;
   ++listing->fetches;
   m_fetched.notify_all();
-  if (status != DGSTATUS_SUCCESS)
+  if (status != DGSTATUS_SUCCESS && status != DGSTATUS_NODE_IS_NOT_EXISTED) { // the latter: released meanwhile
+    lock.unlock(); // where the log is written, it may take its time
     log(LogLevel::Warning, "a folder could not be listed: status 0x%08x", status);
+    lock.lock();
+  }
   return status;
 }
 

@@ -14,9 +14,11 @@ namespace mtp {
 class Device : public std::enable_shared_from_this<Device> {
 public:
   /// Opens a phone: session and DeviceInfo. Null when that fails; the log then says why. `node` is its record, made by
-  /// the caller.
+  /// the caller. `starting` is told the device before its first transaction, so that another thread can close() it
+  /// meanwhile; false ends the opening.
   static std::shared_ptr<Device> open(const DeviceCandidate& candidate, NodeRegistry& registry, EventThread& events,
-                                      const TimeLimits& limits, Node* node);
+                                      const TimeLimits& limits, Node* node,
+                                      const std::function<bool(const std::shared_ptr<Device>&)>& starting);
   /// Ends the session. Blocks shortly.
   ~Device();
 

@@ -6,6 +6,7 @@
 #include "TessalyMTPSdk/UsbProvider.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace mtp {
 
@@ -109,6 +110,8 @@ bool EngineState::open(const Source& source) {
     const std::lock_guard lock(m_settings);
     limits = m_limits;
   }
+  if (isLetAlone(source, limits))
+    return false;
   Node* node = nullptr;
   {
     const std::lock_guard lock(m_registry.mutex);
@@ -117,17 +120,31 @@ bool EngineState::open(const Source& source) {
     node = m_registry.create(m_deviceNodes, MTPDEXT_NODE_DEVICE, 0, nullptr);
     node->common.locationId = source.candidate.locationId;
   }
+  const auto begun = limits.now();
   std::shared_ptr<Device> device;
   try {
-    device = Device::open(source.candidate, m_registry, m_events, limits, node);
+    device = Device::open(source.candidate, m_registry, m_events, limits, node,
+                          [&](const std::shared_ptr<Device>& starting) {
+                            const std::lock_guard lock(m_settings);
+                            if (!isListed(source.provider))
+                              return false;
+                            m_opening = {starting, source.provider};
+                            return true;
+                          });
   } catch (const std::exception& error) {
     log(LogLevel::Warning, "opening a phone failed: %s", error.what());
   }
-  std::shared_ptr<Device> unwanted; // let go after the lock
+  const auto took = limits.now() - begun;
+  Attached opened; // these two are let go after the locks
+  std::shared_ptr<Device> unwanted;
   const std::lock_guard settings(m_settings);
   const std::lock_guard lock(m_registry.mutex);
+  opened = std::exchange(m_opening, {});
+  if (!device && took > limits.longOpening)
+    m_unresponsive.push_back(
+        {source.provider, source.candidate.attachment, source.candidate.locationId, limits.now() + took});
   // The provider may have been taken away meanwhile, and its phones with it.
-  if (source.provider != m_usb && std::ranges::find(m_providers, source.provider) == m_providers.end())
+  if (!isListed(source.provider))
     unwanted = std::move(device);
   if (!device) {
     m_registry.retire(node);
@@ -136,6 +153,21 @@ bool EngineState::open(const Source& source) {
   m_deviceRecords.push_back(node);
   m_devices.push_back({std::move(device), source.provider});
   return true;
+}
+
+/// Wants m_settings.
+bool EngineState::isListed(const std::shared_ptr<DeviceProvider>& provider) const {
+  return provider == m_usb || std::ranges::find(m_providers, provider) != m_providers.end();
+}
+
+/// A list of phones is asked for several times in a row; a phone that hangs must not cost its time limits each time.
+/// Wants m_connecting.
+bool EngineState::isLetAlone(const Source& source, const TimeLimits& limits) {
+  std::erase_if(m_unresponsive, [now = limits.now()](const Unresponsive& phone) { return phone.until <= now; });
+  return std::ranges::any_of(m_unresponsive, [&](const Unresponsive& phone) {
+    return phone.provider.lock() == source.provider && phone.attachment == source.candidate.attachment &&
+           phone.locationId == source.candidate.locationId;
+  });
 }
 
 /// Takes phones off the list and retires what is known of them. Their own records stay known, as gone. Wants
@@ -171,10 +203,15 @@ void EngineState::addProvider(std::shared_ptr<DeviceProvider> provider) {
 }
 
 void EngineState::removeProvider(const std::shared_ptr<DeviceProvider>& provider) {
+  std::shared_ptr<Device> opening;
   {
     const std::lock_guard lock(m_settings);
     std::erase(m_providers, provider);
+    if (m_opening.provider == provider)
+      opening = m_opening.device;
   }
+  if (opening)
+    opening->close();
   closeDevices([&](const Attached& attached) { return attached.provider == provider; });
 }
 
@@ -189,16 +226,22 @@ void EngineState::setTimeLimits(const TimeLimits& limits) {
 }
 
 void EngineState::shutdown() {
+  std::shared_ptr<Device> opening;
   {
     const std::lock_guard lock(m_settings);
     m_providers.clear();
     m_usb = nullptr;
+    opening = m_opening.device;
   }
+  if (opening)
+    opening->close();
+  opening = nullptr;
   const auto all = [](const Attached&) { return true; };
   closeDevices(all);
   {
     const std::lock_guard connecting(m_connecting); // a phone just being opened
     closeDevices(all);
+    m_unresponsive.clear();
   }
   m_events.stop();
   const std::lock_guard lock(m_registry.mutex);

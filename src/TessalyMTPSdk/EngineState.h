@@ -3,6 +3,7 @@
 #include "TessalyMTPSdk/Device.h"
 #include "TessalyMTPSdk/Engine.h"
 
+#include <chrono>
 #include <functional>
 #include <initializer_list>
 #include <vector>
@@ -59,9 +60,19 @@ private:
     DeviceCandidate candidate;
   };
 
+  /// A phone whose opening took long and failed: not tried again before that time.
+  struct Unresponsive {
+    std::weak_ptr<DeviceProvider> provider;
+    std::uint64_t attachment = 0;
+    std::uint32_t locationId = 0;
+    std::chrono::steady_clock::time_point until;
+  };
+
   std::vector<Source> candidates();
   bool isOpen(const Source& source);
   bool open(const Source& source);
+  bool isListed(const std::shared_ptr<DeviceProvider>& provider) const;
+  bool isLetAlone(const Source& source, const TimeLimits& limits);
   std::vector<std::shared_ptr<Device>> takeOut(const std::function<bool(const Attached&)>& which);
   void closeDevices(const std::function<bool(const Attached&)>& which);
 
@@ -69,8 +80,10 @@ private:
   NodeRegistry::Arena m_deviceNodes;  // guarded by NodeRegistry::mutex
   std::vector<Node*> m_deviceRecords; // likewise; of all phones ever opened
   std::vector<Attached> m_devices;    // likewise; of the attached ones
-  std::mutex m_connecting;            // one thread at a time looks for phones
-  std::mutex m_settings;              // guards all below
+  std::mutex m_connecting;            // one thread at a time looks for phones; guards m_unresponsive
+  std::vector<Unresponsive> m_unresponsive;
+  std::mutex m_settings; // guards all below; taken after m_connecting, before NodeRegistry::mutex
+  Attached m_opening;    // the phone just being opened
   std::vector<std::shared_ptr<DeviceProvider>> m_providers;
   std::shared_ptr<DeviceProvider> m_usb; // made when first needed
   bool m_usbEnabled = true;

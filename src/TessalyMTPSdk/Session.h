@@ -24,6 +24,7 @@ struct TimeLimits {
   Milliseconds quiet{300};          // an emptied pipe stays silent for so long
   Milliseconds probe{2'000};        // for the answer that shows that the wire works again
   Milliseconds control{1'000};      // class requests
+  Milliseconds longOpening{3'000};  // a phone whose opening failed after more than this is let alone for as long again
 
   /// Data slower than this counts as silence. Far below the slowest phone; without it one byte now and then would hold
   /// a caller for good.

@@ -95,8 +95,9 @@ uint32_t mtpDextSdkInit(void);
 
 /* Devices. The head looks for attached phones and opens those not yet open (blocks). A device's record stays valid, and
  * its event registration too, as long as the phone is attached, also after mtpDextReleaseDeviceList. No device: status
- * 0x12000001 and a null head; phones there, but none that can be opened: 0x12000003. Releasing the list retires the
- * folder and file records of this device. */
+ * 0x12000001 and a null head; phones there, but none that can be opened: 0x12000003, at once for a phone that has just
+ * hung while it was opened (until as much time has passed again). Releasing the list retires the folder and file
+ * records of this device. */
 uint32_t mtpDextGetConnectedDeviceListHead(_MTP_DEVICE_NODE** head);
 uint32_t mtpDextGetNextDevice(_MTP_DEVICE_NODE* device, _MTP_DEVICE_NODE** next);
 uint32_t mtpDextReleaseDeviceList(_MTP_DEVICE_NODE* device);
