@@ -2,6 +2,8 @@
 
 #include "TessalyMTPSdk/Device.h"
 
+#include <algorithm>
+
 namespace mtp {
 
 EventThread::EventThread(Handler handler)
@@ -40,8 +42,13 @@ void EventThread::post(std::weak_ptr<Device> device, const void* node, const Eve
   {
     const std::lock_guard lock(m_mutex);
     if (m_waiting.size() >= MaxWaiting) {
-      m_waiting.back().someLost = true;
-      return;
+      const auto last = std::find_if(m_waiting.rbegin(), m_waiting.rend(),
+                                     [node](const Event& waiting) { return waiting.node == node; });
+      if (last != m_waiting.rend()) {
+        last->someLost = true;
+        return;
+      }
+      // The flood is another phone's.
     }
     m_waiting.push_back({std::move(device), node, event, false});
   }

@@ -36,8 +36,8 @@ class NodeRegistry {
 public:
   static constexpr std::size_t ChunkSize = std::size_t{1} << 20;
 
-  /// Guards the registry, all nodes and all object stores. Never held during a transaction, never together with a
-  /// session's lock.
+  /// Guards the registry, all nodes and all object stores. Never held during a transaction; a session's lock is never
+  /// taken under it (the other way round it is, when a lost session makes all that is known void).
   std::mutex mutex;
 
 private:

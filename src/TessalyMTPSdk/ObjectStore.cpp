@@ -99,14 +99,14 @@ std::shared_ptr<Listing> ObjectStore::listingOf(Node& parent) {
     const auto found = std::ranges::find(m_storages, parent.listing->storage, &Storage::id);
     return found != m_storages.end() ? found->topLevel : nullptr;
   }
-  std::shared_ptr<Listing>& listing = m_folders[&parent];
-  if (!listing) {
-    listing = std::make_shared<Listing>();
-    listing->device = m_device;
-    listing->storage = parent.listing->storage;
-    listing->parent = parent.common.nodeId;
-    listing->parentNode = &parent;
-  }
+  if (const auto found = m_folders.find(&parent); found != m_folders.end())
+    return found->second;
+  auto listing = std::make_shared<Listing>();
+  listing->device = m_device;
+  listing->storage = parent.listing->storage;
+  listing->parent = parent.common.nodeId;
+  listing->parentNode = &parent;
+  m_folders.emplace(&parent, listing);
   return listing;
 }
 

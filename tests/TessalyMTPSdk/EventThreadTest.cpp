@@ -1,6 +1,9 @@
 #include "TessalyMTPSdk/EventThread.h"
 
 #include "EngineFixture.h"
+#include "TessalyMTPSdk/Device.h"
+
+#include <map>
 
 using namespace mtp;
 using namespace testsupport;
@@ -105,6 +108,35 @@ TEST_F(Events, BeyondTheLimitAreDropped) {
   ASSERT_TRUE(called.calls.waitFor(4097));
   EXPECT_EQ(called.parameters.back(), 77u);
   EXPECT_EQ(called.parameters.size(), 4097u);
+}
+
+TEST_F(Events, LostOnesAreToldOfThePhoneTheyWereOf) {
+  // Two phones that are never looked at, only told apart.
+  alignas(Device) static std::byte phones[2][sizeof(Device)];
+  const auto phone = [](int which) {
+    return std::shared_ptr<Device>(std::shared_ptr<void>(phones[which], [](void*) {}),
+                                   reinterpret_cast<Device*>(phones[which]));
+  };
+  const std::shared_ptr<Device> flooding = phone(0);
+  const std::shared_ptr<Device> quiet = phone(1);
+  std::map<const Device*, int> lost;
+  EventThread thread{[&](Device& device, const EventContainer* event) {
+    if (!event)
+      ++lost[&device];
+  }};
+  int other = 0;
+  thread.setCallback(&other, Called::callback, &called);
+  for (std::uint32_t i = 0; i < 5'000; ++i)
+    thread.post(flooding, &node, event(0x4002, i));
+  thread.post(quiet, &other, event(0x4002, 1));
+  thread.post(flooding, &node, event(0x4002, 6'000));
+  thread.post(quiet, &other, event(0x4002, 2));
+  thread.start();
+  ASSERT_TRUE(called.calls.waitFor(1));
+  thread.stop();
+  EXPECT_EQ(lost[flooding.get()], 1);
+  EXPECT_EQ(lost[quiet.get()], 1) << "its second one";
+  EXPECT_EQ(called.parameters, std::vector<std::uint64_t>{1});
 }
 
 TEST_F(Events, StopAndStartAsOftenAsOneLikes) {
