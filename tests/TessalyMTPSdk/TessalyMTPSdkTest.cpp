@@ -479,25 +479,6 @@ TEST_F(Interface, ChangesAndTransfersAreNotSupportedYet) {
   EXPECT_EQ(mtpDextGetThumb(nullptr, nullptr, nullptr), 0x14000001u);
 }
 
-TEST_F(Interface, TheOlderNamesDoTheSame) {
-  fill();
-  start();
-  _MTP_DEVICE_NODE* head = nullptr;
-  _MTP_STORAGE_NODE* first = nullptr;
-  _MTP_FOLDER_NODE* folder = nullptr;
-  _MTP_FILE_NODE* file = nullptr;
-  ASSERT_EQ(mtpGetConnectedDeviceListHead(&head), 0u) << "without any initialisation";
-  ASSERT_EQ(mtpGetStorageListHead(head, &first), 0u);
-  ASSERT_EQ(mtpGetFolderListHead(first, nullptr, &folder, nullptr, nullptr), 0u);
-  EXPECT_EQ(nameOf(folder), "DCIM");
-  ASSERT_EQ(mtpGetFileListHead(&first->common, &file, nullptr, nullptr), 0u);
-  EXPECT_EQ(nameOf(file), "note.txt");
-  EXPECT_EQ(mtpGetNextFileNode(file, &file), 2u);
-  EXPECT_EQ(mtpGetNextSiblingFolderNode(folder, &folder), 2u);
-  EXPECT_EQ(mtpReleaseStorageList(first), 0u);
-  EXPECT_EQ(mtpReleaseDeviceList(head), 0u);
-}
-
 TEST_F(Interface, FileNamesAppearInTheLogAtDebugOnly) {
   storage.file("secret-plan.txt");
   storage.file("secret-folder/secret.jpg");
