@@ -27,6 +27,7 @@
 #include <QTranslator>
 
 #include <chrono>
+#include <csignal>
 
 namespace {
 
@@ -78,6 +79,7 @@ void sendEngineLogToOurs() {
 } // namespace
 
 int runApplication(int argc, char** argv) {
+  std::signal(SIGPIPE, SIG_IGN); // whoever read our log may end before us
   QApplication application(argc, argv);
   QApplication::setApplicationName(QStringLiteral("MTPBrowser"));
   QApplication::setApplicationDisplayName(QStringLiteral("MTP Browser"));
