@@ -1,80 +1,91 @@
 #include "SBrowser/WindowLayout.h"
 
-#include "Platform/UserDefaults.h"
 #include "SBrowser/NavigationButton.h"
+#include "UI/Common/SFont.h"
+#include "UI/Controls/SGhostView.h"
 #include "UI/Controls/SOutlineView.h"
-#include "stringDefine/VornLocalStringDefine.h"
-#include "support/TextFit.h"
+#include "UI/Controls/SToolbarButton.h"
+#include "UI/LoadingView/SLoadingAniView.h"
+#include "UI/LoadingView/SLoadingAniViewController.h"
 
+#include <QLabel>
 #include <QLineEdit>
 #include <QMainWindow>
-#include <QTemporaryDir>
+#include <QSignalSpy>
 #include <QToolBar>
 
 #include <gtest/gtest.h>
 
 namespace {
 
-QString shown(const char* key) {
-  return VornLocalStringDefine::QX_LocalizedStringWithKey(QLatin1StringView(key));
-}
-
-/// The window as it opens, in one language.
-class WindowInALanguage : public testing::TestWithParam<QString> {
+class WindowLayoutTest : public testing::Test {
 protected:
-  void SetUp() override {
-    platform::userDefaults::useFile(m_folder.filePath(QStringLiteral("defaults.conf")));
-    VornLocalStringDefine::loadTables({GetParam()});
-  }
-  void TearDown() override {
-    VornLocalStringDefine::loadTables({QStringLiteral("en")});
-    platform::userDefaults::useFile({});
-  }
-
-private:
-  QTemporaryDir m_folder;
+  platform::ManualTimers timers;
+  WindowLayout layout{timers};
 };
 
 } // namespace
 
-TEST_P(WindowInALanguage, WelcomesWithTwoWholeLines) {
-  WindowLayout layout(platform::Timers::mainThread());
-  layout.showWelcome(shown("MSG_WelcomToVBX2"));
+TEST_F(WindowLayoutTest, AtFirstOnlyTheWelcomeIsShown) {
+  layout.showWelcome(QStringLiteral("Hello"));
   layout.window()->show();
-  ASSERT_TRUE(layout.welcomeTfield->isVisible());
-  EXPECT_EQ(testsupport::cutOffTexts(*layout.window()), QStringList());
-  EXPECT_TRUE(testsupport::fitsLines(layout.welcomeTfield->text(), layout.welcomeTfield->font(),
-                                     layout.welcomeTfield->width(), 2));
+  EXPECT_TRUE(layout.welcomeTfield->isVisible());
+  EXPECT_EQ(layout.welcomeTfield->text(), QStringLiteral("Hello"));
+  EXPECT_FALSE(layout.toolbar->isVisible());
+  EXPECT_FALSE(layout.scrollViewBrowser->isVisible());
+  EXPECT_FALSE(layout.paths->isVisible());
+  EXPECT_FALSE(layout.ghostView->isVisible());
+  EXPECT_FALSE(layout.loadingViewController->view()->isVisible());
 }
 
-TEST_P(WindowInALanguage, CutsNothingOffInTheToolbar) {
-  WindowLayout layout(platform::Timers::mainThread());
-  layout.showBrowser(QStringLiteral("Phone"));
+TEST_F(WindowLayoutTest, TheToolbarsButtonsAreKnownByTheirIdentifiers) {
+  EXPECT_EQ(layout.btn_InternalStorage->objectName(), QStringLiteral("btn_InternalStorage"));
+  EXPECT_EQ(layout.btn_ExternalStorage->objectName(), QStringLiteral("btn_ExternalStorage"));
+  EXPECT_EQ(layout.btn_Previous->objectName(), QStringLiteral("btn_back"));
+  EXPECT_EQ(layout.btn_Next->objectName(), QStringLiteral("btn_next"));
+  EXPECT_EQ(layout.btn_AddNewFolder->objectName(), QStringLiteral("btn_AddNewFolder"));
+}
+
+TEST_F(WindowLayoutTest, EveryButtonOfTheToolbarReportsItsClick) {
+  QSignalSpy clicked(&layout, &WindowLayout::toolbarClicked);
+  for (QAbstractButton* const button : std::initializer_list<QAbstractButton*>{
+           layout.btn_InternalStorage, layout.btn_ExternalStorage, layout.btn_Previous, layout.btn_Next}) {
+    clicked.clear();
+    button->click();
+    ASSERT_EQ(clicked.count(), 1);
+    EXPECT_EQ(clicked.at(0).at(0).value<QObject*>(), button);
+  }
+}
+
+TEST_F(WindowLayoutTest, TheStorageButtonsAreTitledPhoneAndCardAtFirst) {
+  EXPECT_EQ(layout.btn_InternalStorage->text(), QStringLiteral("Phone"));
+  EXPECT_EQ(layout.btn_ExternalStorage->text(), QStringLiteral("Card"));
+}
+
+TEST_F(WindowLayoutTest, AButtonSizedToItsTitleIsFifteenWiderThanItInTheBoldFaceOf13) {
+  const QFontMetrics metrics(SFont::sharedInstance().fontWithPixelSize(13, true));
+  for (const char* title : {"Phone", "Card", "A much longer storage name"}) {
+    layout.btn_InternalStorage->setText(QString::fromLatin1(title));
+    WindowLayout::sizeToTitle(*layout.btn_InternalStorage);
+    const int width = metrics.horizontalAdvance(QString::fromLatin1(title)) + 15;
+    EXPECT_EQ(layout.btn_InternalStorage->minimumWidth(), width);
+    EXPECT_EQ(layout.btn_InternalStorage->maximumWidth(), width);
+  }
+}
+
+TEST_F(WindowLayoutTest, APathOfAnyContentStaysOnOneLineAndShowsItsBeginning) {
+  layout.setPath(QStringLiteral("/M/Phone/a\nb/") + QString(10'000, u'x'));
+  EXPECT_FALSE(layout.paths->text().contains(u'\n'));
+  EXPECT_EQ(layout.paths->cursorPosition(), 0);
+}
+
+TEST_F(WindowLayoutTest, TheCoversFollowTheSizeOfTheWindow) {
+  layout.showBrowser(QStringLiteral("Pat's phone"));
   layout.window()->show();
-  ASSERT_TRUE(layout.toolbar->isVisible());
-  EXPECT_EQ(testsupport::cutOffTexts(*layout.toolbar), QStringList());
+  layout.cover(*layout.ghostView);
+  layout.cover(*layout.loadingViewController->view());
+  layout.window()->resize(900, 700);
+  QCoreApplication::processEvents();
+  EXPECT_EQ(layout.ghostView->geometry(), layout.contentView->rect());
+  EXPECT_EQ(layout.loadingViewController->view()->geometry(), layout.contentView->rect());
 }
-
-TEST_P(WindowInALanguage, NamesItsPartsInThatLanguage) {
-  WindowLayout layout(platform::Timers::mainThread());
-  EXPECT_EQ(layout.btn_Previous->accessibleName(), shown("accessible_back"));
-  EXPECT_EQ(layout.btn_Previous->toolTip(), shown("accessible_back"));
-  EXPECT_EQ(layout.btn_Next->accessibleName(), shown("accessible_next"));
-  EXPECT_EQ(layout.btn_AddNewFolder->accessibleName(), shown("MNU_AddNewFolder"));
-  EXPECT_EQ(layout.toolbar->accessibleName(), shown("accessible_toolbar"));
-  EXPECT_EQ(layout.paths->accessibleName(), shown("accessible_path"));
-  EXPECT_EQ(layout.outlineView->accessibleName(), shown("accessible_files"));
-}
-
-TEST_P(WindowInALanguage, RunsInTheLanguagesDirectionUnlessTheUserSaysOtherwise) {
-  const Qt::LayoutDirection own = GetParam() == u"ar" || GetParam() == u"he" ? Qt::RightToLeft : Qt::LeftToRight;
-  EXPECT_EQ(WindowLayout(platform::Timers::mainThread()).window()->layoutDirection(), own);
-  platform::userDefaults::setValue(QStringLiteral("RTLLayout"), own == Qt::LeftToRight);
-  WindowLayout other(platform::Timers::mainThread());
-  EXPECT_NE(other.window()->layoutDirection(), own);
-  EXPECT_NE(other.outlineView->layoutDirection(), own);
-  EXPECT_NE(other.toolbar->layoutDirection(), own);
-}
-
-INSTANTIATE_TEST_SUITE_P(Language, WindowInALanguage, testing::ValuesIn(VornLocalStringDefine::languages()),
-                         [](const auto& info) { return info.param.toStdString(); });

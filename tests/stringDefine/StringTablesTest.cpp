@@ -1,6 +1,7 @@
 // The tables themselves: resources/strings/<table>_<language>.ts, read as files and as the program has them embedded.
 #include "Platform/SystemVersion.h"
 #include "stringDefine/VornLocalStringDefine.h"
+#include "support/Languages.h"
 #include "support/LogCapture.h"
 
 #include <QDirIterator>
@@ -26,7 +27,6 @@ struct Message {
 using Table = QMap<QString, Message>;
 
 const QString kSourceFolder = QStringLiteral(MTPB_SOURCE_FOLDER);
-constexpr std::array kLanguages{"en", "de", "fr", "es", "it", "pt_BR", "ru", "ko", "ja", "zh_CN", "zh_TW", "ar", "he"};
 constexpr std::array kTables{"main", "DefaultLocalizable"};
 
 /// The keys the window's parts are known by; those of menus and of screen readers' texts come on top.
@@ -259,8 +259,7 @@ TEST_P(StringTables, StandInTheProgramAsTheyStandInTheirFiles) {
   EXPECT_TRUE(log.lines().isEmpty()) << qPrintable(log.lines().value(0));
 }
 
-INSTANTIATE_TEST_SUITE_P(Language, StringTables, testing::ValuesIn(kLanguages),
-                         [](const auto& info) { return std::string(info.param); });
+INSTANTIATE_TEST_SUITE_P(Language, StringTables, testing::ValuesIn(testsupport::kLanguages), testsupport::languageName);
 
 TEST(StringTablesOfTheProgram, HaveEveryKeyThatItsSourcesName) {
   const Table table = readBothTables(QStringLiteral("en"));
