@@ -11,7 +11,7 @@ enum SObjectType : std::int32_t {
   SObjectTypeInternalStorage = 1,
   SObjectTypeExternalStorage = 2,
   SObjectTypeFolder = 3,
-  SObjectTypeFolderKind = 4, ///< treated like a folder everywhere; nothing assigns it
+  SObjectTypeFolderKind = 4, ///< treated like a folder, but never expandable; nothing assigns it
   SObjectTypeFile = 5,
   SObjectTypeUnset = 6, ///< what a fresh SItem is until it is classified
 };
