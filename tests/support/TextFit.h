@@ -1,6 +1,7 @@
 #pragma once
 // Whether a text can be read whole where it stands.
 #include <QAbstractButton>
+#include <QCoreApplication>
 #include <QFontMetrics>
 #include <QLabel>
 #include <QStringList>
@@ -14,8 +15,12 @@ inline bool fits(const QString& text, const QFont& font, QSize size, bool wraps 
   int flags = Qt::TextShowMnemonic;
   if (wraps)
     flags |= Qt::TextWordWrap;
-  const QRect wanted = QFontMetrics(font).boundingRect(QRect(QPoint(), size), flags, text);
-  return wanted.width() <= size.width() && wanted.height() <= size.height();
+  const QFontMetrics metrics(font);
+  const QRect wanted = metrics.boundingRect(QRect(QPoint(), size), flags, text);
+  // A script that another font serves has higher lines, but its letters stand as well in the font's own.
+  const bool isOneLine = !wraps && !text.contains(u'\n');
+  const int height = isOneLine ? metrics.tightBoundingRect(text).height() : wanted.height();
+  return wanted.width() <= size.width() && height <= size.height();
 }
 
 /// Whether `text`, wrapped between words, takes no more than so many lines of that width in that font. A line break in
@@ -36,6 +41,7 @@ inline bool fitsLines(const QString& text, const QFont& font, int width, int lin
 
 /// The texts of `root`'s shown labels and buttons that are cut off, or stand partly beyond `root`'s edge.
 inline QStringList cutOffTexts(QWidget& root) {
+  QCoreApplication::sendPostedEvents(nullptr, QEvent::LayoutRequest);
   QStringList found;
   const auto check = [&](QWidget& widget, const QString& text, bool isWhole) {
     const QRect place(widget.mapTo(&root, QPoint()), widget.size());
