@@ -9,6 +9,8 @@
 #include "support/Languages.h"
 #include "support/TextFit.h"
 
+#include <QCheckBox>
+#include <QLabel>
 #include <QMenu>
 #include <QMenuBar>
 #include <QPushButton>
@@ -55,7 +57,8 @@ TEST_P(TextsFit, InTheQuestionBeforeDeleting) {
   SNoticeView panel(&window);
   window.show();
   panel.animationHidden(false);
-  ASSERT_TRUE(panel.isVisible());
+  QCoreApplication::processEvents(); // it is shown from the main thread's queue
+  ASSERT_TRUE(panel.findChild<QCheckBox*>()->isVisible());
   EXPECT_EQ(testsupport::cutOffTexts(panel), QStringList());
 }
 
@@ -66,7 +69,7 @@ TEST_P(TextsFit, InThePanelThatAsksForAName) {
   window.show();
   for (const QVariant& item : {QVariant(), QVariant(QStringLiteral("photo.jpg"))}) {
     panel.animationShowViewWithInfos(item);
-    ASSERT_TRUE(panel.isVisible());
+    ASSERT_TRUE(panel.findChild<QLabel*>()->isVisible());
     EXPECT_EQ(testsupport::cutOffTexts(panel), QStringList());
   }
 }
@@ -78,7 +81,7 @@ TEST_P(TextsFit, InThePanelOfATransferThatBegins) {
   window.show();
   panel.animationHidden(false, {});
   panel.show();
-  ASSERT_TRUE(panel.isVisible());
+  ASSERT_TRUE(panel.findChild<QLabel*>()->isVisible());
   EXPECT_EQ(testsupport::cutOffTexts(panel), QStringList());
 }
 

@@ -35,6 +35,10 @@ constexpr std::array kNamedColors{
     NamedColor{QLatin1StringView("RowSelected"), 0xffcfe9fa, 0xff1d4a63},
     NamedColor{QLatin1StringView("RowHovered"), 0xfff1f5f8, 0xff2a2e33},
     NamedColor{QLatin1StringView("Accent"), 0xff19b1f2, 0xff19b1f2},
+    // The panels' buttons: the one that Return means, the others, and the line around those.
+    NamedColor{QLatin1StringView("ButtonPrimary"), 0xff0c74b4, 0xff1478b4},
+    NamedColor{QLatin1StringView("ButtonPlain"), 0xffffffff, 0xff3f454c},
+    NamedColor{QLatin1StringView("ButtonFrame"), 0xffb6bec7, 0xff5d656e},
 };
 
 QHash<QString, QIcon>& registeredImages() {

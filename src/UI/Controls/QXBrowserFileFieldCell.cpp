@@ -65,9 +65,14 @@ void SOutlineTextCell::drawText(const QRectF& rect, const QString& title, QPaint
   const QString line = QFontMetricsF(font).elidedText(ui::singleLineText(title), Qt::ElideRight, rect.width());
   const Qt::Alignment side = isRTL ? Qt::AlignRight : Qt::AlignLeft;
   const int direction = isRTL ? Qt::TextForceRightToLeft : Qt::TextForceLeftToRight;
+  painter.save();
+  // Piled up accents would stand in the rows above and below.
+  painter.setClipRect(rect.adjusted(0, -kTextInset, 0, SOutlineView::kRowHeight - kTextInset - kTextHeight),
+                      Qt::IntersectClip);
   painter.setFont(font);
   painter.setPen(ui::namedColor(QStringLiteral("ItemText"), palette));
   painter.drawText(rect, int(side | Qt::AlignAbsolute | Qt::AlignTop) | direction | Qt::TextSingleLine, line);
+  painter.restore();
 }
 
 QXBrowserFileFieldCell::QXBrowserFileFieldCell(QObject* parent)

@@ -1,6 +1,7 @@
 #include "UI/Controls/SGhostView.h"
 
 #include "Platform/MainThread.h"
+#include "UI/Common/OverlayPanel.h"
 
 #include <QEvent>
 #include <QPaintEvent>
@@ -37,7 +38,7 @@ SGhostView::SGhostView(QWidget* parent)
   platform::assertMainThread();
   setAcceptDrops(true);
   setMouseTracking(true);
-  setFocusPolicy(Qt::StrongFocus);
+  setFocusPolicy(Qt::NoFocus); // takes the keyboard when told to; a click on it must not take it from a panel above
 }
 
 void SGhostView::setOwnerDelegate(QObject* receiver) {
@@ -59,6 +60,9 @@ bool SGhostView::event(QEvent* event) {
   }
   if (event->type() == QEvent::ContextMenu) {
     event->accept();
+    return true;
+  }
+  if (event->type() == QEvent::ShortcutOverride && ui::keepsShortcut(*event)) {
     return true;
   }
   if (isDrag(event->type())) {

@@ -4,6 +4,7 @@
 #include "UI/Common/Images.h"
 
 #include <QEvent>
+#include <QFocusEvent>
 #include <QPainter>
 
 SMTPButton::SMTPButton(QWidget* parent)
@@ -34,7 +35,7 @@ QSize SMTPButton::sizeHint() const {
 
 void SMTPButton::enterEvent(QEnterEvent* event) {
   if (m_tracksMouse && isEnabled() && isActiveWindow()) {
-    m_image = m_overImage;
+    m_image = m_overImage.isNull() ? m_normalImage : m_overImage;
     update();
   }
   QAbstractButton::enterEvent(event);
@@ -56,8 +57,21 @@ void SMTPButton::changeEvent(QEvent* event) {
   QAbstractButton::changeEvent(event);
 }
 
+void SMTPButton::focusInEvent(QFocusEvent* event) {
+  m_isMarked = event->reason() == Qt::TabFocusReason || event->reason() == Qt::BacktabFocusReason ||
+               event->reason() == Qt::ShortcutFocusReason;
+  QAbstractButton::focusInEvent(event);
+}
+
+void SMTPButton::focusOutEvent(QFocusEvent* event) {
+  m_isMarked = false;
+  QAbstractButton::focusOutEvent(event);
+}
+
 void SMTPButton::paintEvent(QPaintEvent*) {
   QPainter painter(this);
   const bool isPressed = isDown() && !m_alternateImage.isNull();
-  ui::drawImage(painter, QRectF(rect()), isPressed ? m_alternateImage : m_image);
+  // No ring marks the keyboard focus: the button looks as it does below the pointer.
+  const bool isMarked = m_isMarked && isEnabled() && !m_overImage.isNull();
+  ui::drawImage(painter, QRectF(rect()), isPressed ? m_alternateImage : isMarked ? m_overImage : m_image);
 }

@@ -3,7 +3,8 @@
 #include <QAbstractButton>
 #include <QIcon>
 
-/// Pictures are stretched over the whole button. No border, no focus ring. Main thread.
+/// Pictures are stretched over the whole button. No border, no focus ring: with the keyboard focus it shows the hovered
+/// picture. Give it an accessible name. Main thread.
 class SMTPButton : public QAbstractButton {
   Q_OBJECT
 public:
@@ -40,6 +41,8 @@ protected:
   /// `mouseExited:` Shows the normal picture, unless disabled.
   void leaveEvent(QEvent* event) override;
   void changeEvent(QEvent* event) override;
+  void focusInEvent(QFocusEvent* event) override;
+  void focusOutEvent(QFocusEvent* event) override;
   void paintEvent(QPaintEvent* event) override;
 
 private:
@@ -51,4 +54,5 @@ private:
   QIcon m_image;
   QIcon m_alternateImage;
   bool m_tracksMouse = false;
+  bool m_isMarked = false; // the keyboard has come to it by a key
 };

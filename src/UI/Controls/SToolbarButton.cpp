@@ -1,10 +1,12 @@
 #include "UI/Controls/SToolbarButton.h"
 
 #include "Platform/MainThread.h"
+#include "UI/Common/Accessibility.h"
 #include "UI/Common/BottomLeft.h"
 #include "UI/Common/Images.h"
 #include "UI/Common/SFont.h"
 
+#include <QAccessible>
 #include <QPainter>
 
 namespace {
@@ -28,6 +30,7 @@ void drawThreePartImage(QPainter& painter, const QRectF& bounds, const QIcon& le
 SToolbarButton::SToolbarButton(QWidget* parent)
     : QAbstractButton(parent) {
   platform::assertMainThread();
+  ui::installAccessibility();
   m_left = ui::namedImage(QStringLiteral("progress_left_bg"));
   m_center = ui::namedImage(QStringLiteral("progress_middle_bg"));
   m_right = ui::namedImage(QStringLiteral("progress_right_bg"));
@@ -38,8 +41,15 @@ SToolbarButton::SToolbarButton(QWidget* parent)
 
 void SToolbarButton::setIsSelected(bool isSelected) {
   platform::assertMainThread();
+  if (m_isSelected == isSelected) {
+    return;
+  }
   m_isSelected = isSelected;
   update();
+  QAccessible::State changed;
+  changed.checked = true;
+  QAccessibleStateChangeEvent event(this, changed);
+  QAccessible::updateAccessibility(&event);
 }
 
 QSize SToolbarButton::sizeHint() const {

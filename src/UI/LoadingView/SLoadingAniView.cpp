@@ -2,6 +2,7 @@
 
 #include "Platform/MainThread.h"
 #include "UI/Common/Images.h"
+#include "UI/Common/OverlayPanel.h"
 
 #include <QEvent>
 #include <QPaintEvent>
@@ -63,6 +64,9 @@ SLoadingAniView::SLoadingAniView(QWidget* parent)
 bool SLoadingAniView::event(QEvent* event) {
   if (isSwallowed(event->type())) {
     event->accept();
+    return true;
+  }
+  if (event->type() == QEvent::ShortcutOverride && ui::keepsShortcut(*event)) {
     return true;
   }
   if (isDrag(event->type())) {

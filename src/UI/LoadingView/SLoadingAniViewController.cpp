@@ -100,7 +100,9 @@ void SLoadingAniViewController::changeImage() {
   m_currentIndex = 0;
   // The last picture stays for the rest; a timer brings the first one, so that the window goes on living meanwhile.
   m_timer = m_timers.oneShot(kLoopPause, [this] {
-    showCurrentImage();
+    if (!m_animationPaused) {
+      showCurrentImage();
+    }
     startTimer();
   });
 }

@@ -82,7 +82,8 @@ INSTANTIATE_TEST_SUITE_P(All, EmbeddedPicture,
                                          "toolbar_new_folder", "storage_internal", "storage_card", "file_app",
                                          "file_archive", "file_audio", "file_code", "file_document", "file_image",
                                          "file_pdf", "file_presentation", "file_spreadsheet", "file_text",
-                                         "file_unknown", "file_video"));
+                                         "file_unknown", "file_video", "progress_bg", "progress_bar", "cancel_btn_nor",
+                                         "cancel_btn_press", "cancel_btn_over"));
 
 TEST(NamedImage, ThatIsOnlyANamedImageOfThePlatformStillLoads) {
   QPixmap pixmap(4, 4);

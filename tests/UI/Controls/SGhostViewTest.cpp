@@ -3,6 +3,8 @@
 #include <QApplication>
 #include <QDragEnterEvent>
 #include <QMimeData>
+#include <QShortcut>
+#include <QSignalSpy>
 #include <QTest>
 #include <QWheelEvent>
 
@@ -166,4 +168,24 @@ TEST_F(SGhostViewCover, AsksNothing) {
   EXPECT_EQ(result, 7);
   m_ghost.animationHidden(true, {});
   EXPECT_TRUE(m_ghost.isVisible());
+}
+
+TEST_F(SGhostViewCover, DoesNotTakeTheKeyboardFromAPanelWhenItIsClicked) {
+  QWidget panel(&m_window);
+  panel.show();
+  panel.setFocus();
+  QTest::mouseClick(&m_ghost, Qt::LeftButton);
+  EXPECT_TRUE(panel.hasFocus());
+}
+
+TEST_F(SGhostViewCover, KeepsPlainKeysFromTheWindowsShortcuts) {
+  QShortcut rename(QKeySequence(Qt::Key_F2), &m_window);
+  QShortcut quit(QKeySequence(Qt::CTRL | Qt::Key_Q), &m_window);
+  QSignalSpy renamed(&rename, &QShortcut::activated);
+  QSignalSpy left(&quit, &QShortcut::activated);
+  m_ghost.setFocus();
+  QTest::keyClick(&m_ghost, Qt::Key_F2);
+  QTest::keyClick(&m_ghost, Qt::Key_Q, Qt::ControlModifier);
+  EXPECT_EQ(renamed.size(), 0);
+  EXPECT_EQ(left.size(), 1);
 }

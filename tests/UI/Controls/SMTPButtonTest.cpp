@@ -127,3 +127,18 @@ TEST(SMTPButton, WithoutPicturesDrawsNothingAndHasASize) {
   button.resize(10, 10);
   button.grab();
 }
+
+TEST_F(SMTPButtonPictures, StaysVisibleUnderThePointerWithoutAHoveredPicture) {
+  m_button.setButtonWithImageName("button_normal", {}, {});
+  enter();
+  EXPECT_EQ(shown(), QColor(Qt::green));
+}
+
+TEST_F(SMTPButtonPictures, ShowTheKeyboardFocus) {
+  m_button.setButtonWithImageName("button_normal", "button_pressed", "button_over");
+  m_button.clearFocus();
+  m_button.setFocus(Qt::TabFocusReason);
+  EXPECT_EQ(shown(), QColor(Qt::cyan));
+  m_button.clearFocus();
+  EXPECT_EQ(shown(), QColor(Qt::green));
+}

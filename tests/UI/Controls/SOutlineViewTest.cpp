@@ -4,6 +4,7 @@
 #include "UI/Controls/SOutlineHeaderView.h"
 #include "stringDefine/VornLocalStringDefine.h"
 
+#include <QAccessible>
 #include <QApplication>
 #include <QContextMenuEvent>
 #include <QHeaderView>
@@ -453,6 +454,68 @@ TEST_F(Outline, IndentsEachLevelAndMarksOnlyWhatCanBeExpanded) {
   const int text = m_view.indentation() + 25 + 3;
   EXPECT_NEAR(leftmost(m_folder), text, 3);
   EXPECT_NEAR(leftmost(m_nested), text + m_view.indentation(), 3);
+}
+
+TEST_F(Outline, ShowsNamesOfAnyContentOnOneRowInTheirColumn) {
+  const QStringList names{QString(),
+                          QStringLiteral("x"),
+                          QString(254, 'x'),
+                          QString(10'000, 'x'),
+                          QStringLiteral("two\nlines\r\u2028and\u2029more"),
+                          QStringLiteral("bell\a tab\t nul") + QChar(0),
+                          QStringLiteral("\u202Egpj.exe\u2066\u200F"),
+                          QString(QChar(0xD800)) + "half" + QChar(0xDC00),
+                          QStringLiteral("👩‍👩‍👧‍👦🏳️‍🌈.png"),
+                          QStringLiteral("שלום עולם.txt"),
+                          "z" + QString(200, QChar(0x0338)) + QString(200, QChar(0x0301)) +
+                              QString(200, QChar(0x0323))};
+  m_model.removeRows(0, m_model.rowCount());
+  for (const QString& name : names) {
+    auto* const size = new QStandardItem("18446744073709551615");
+    auto* const date = new QStandardItem;
+    date->setData(QVariant(), Qt::DisplayRole); // a date that is not there
+    m_model.appendRow({new QStandardItem(name), date, size});
+  }
+  m_view.header()->setSortIndicatorShown(false);
+  m_view.setSortingEnabled(false);
+  const QImage all = m_view.viewport()->grab().toImage();
+  const QColor paper = all.pixelColor(m_view.columnViewportPosition(kDateModified) + 60, 5);
+  for (int row = 0; row < names.size(); ++row) {
+    const QModelIndex index = m_model.index(row, 0);
+    EXPECT_EQ(m_view.visualRect(index).height(), SOutlineView::kRowHeight) << row;
+    // Nothing of the name or of the rows around stands in the empty date's cell.
+    const QRect cell = m_view.visualRect(index.siblingAtColumn(kDateModified)).adjusted(1, 0, -1, 0);
+    for (int y = cell.top(); y <= cell.bottom(); ++y)
+      for (int x = cell.left(); x <= cell.right(); ++x)
+        ASSERT_EQ(all.pixelColor(x, y), paper) << row << " at " << x << ',' << y;
+  }
+  // Piled up accents stay in their own row: the one below the last is empty.
+  const int below = int(names.size()) * SOutlineView::kRowHeight;
+  for (int x = 0; x < all.width(); ++x)
+    for (int y = below; y < below + SOutlineView::kRowHeight; ++y)
+      ASSERT_EQ(all.pixelColor(x, y), paper) << x << ',' << y;
+}
+
+TEST_F(Outline, IsATreeWithItsRowsAndHeadingsToAScreenReader) {
+  m_model.setHorizontalHeaderLabels({text("MNU_FileName"), text("MNU_DateOfModify"), text("MSG_FileSize")});
+  QAccessibleInterface* const tree = QAccessible::queryAccessibleInterface(&m_view);
+  ASSERT_NE(tree, nullptr);
+  EXPECT_EQ(tree->role(), QAccessible::Tree);
+  ASSERT_NE(tree->tableInterface(), nullptr);
+  EXPECT_EQ(tree->tableInterface()->columnCount(), 3);
+  EXPECT_EQ(tree->tableInterface()->rowCount(), 4);
+  EXPECT_EQ(tree->tableInterface()->columnDescription(0), text("MNU_FileName"));
+  QAccessibleInterface* const dcim = tree->tableInterface()->cellAt(0, 0);
+  EXPECT_EQ(dcim->text(QAccessible::Name), "DCIM");
+  EXPECT_EQ(dcim->role(), QAccessible::TreeItem);
+  EXPECT_TRUE(dcim->state().expandable);
+  EXPECT_FALSE(dcim->state().expanded);
+  m_view.expand(m_dcim->index());
+  m_view.setSelectedRowIndex(0);
+  QAccessibleInterface* const again = tree->tableInterface()->cellAt(0, 0);
+  EXPECT_TRUE(again->state().expanded);
+  EXPECT_TRUE(again->state().selected);
+  EXPECT_EQ(tree->tableInterface()->cellAt(1, 0)->text(QAccessible::Name), "DCIM");
 }
 
 TEST_F(Outline, IsSafeWithoutAModel) {

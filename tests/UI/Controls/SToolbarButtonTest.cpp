@@ -3,6 +3,7 @@
 #include "UI/Common/Images.h"
 #include "UI/Common/SFont.h"
 
+#include <QAccessible>
 #include <QEnterEvent>
 #include <QFontMetrics>
 #include <QSignalSpy>
@@ -134,4 +135,22 @@ TEST_F(SToolbarButtonLook, IsDrawnAtAnySize) {
   }
   m_button.setText(QString(10000, u'x'));
   m_button.grab();
+}
+
+TEST_F(SToolbarButtonLook, IsAChosenOneOfSeveralToAScreenReader) {
+  QAccessibleInterface* const accessible = QAccessible::queryAccessibleInterface(&m_button);
+  ASSERT_NE(accessible, nullptr);
+  EXPECT_EQ(accessible->role(), QAccessible::RadioButton);
+  EXPECT_EQ(accessible->text(QAccessible::Name), m_button.text());
+  EXPECT_FALSE(accessible->state().checked);
+  m_button.setIsSelected(true);
+  EXPECT_TRUE(accessible->state().checked);
+  QSignalSpy clicked(&m_button, &SToolbarButton::clicked);
+  ASSERT_NE(accessible->actionInterface(), nullptr);
+  accessible->actionInterface()->doAction(QAccessibleActionInterface::pressAction());
+  EXPECT_EQ(clicked.size(), 1);
+  m_button.setEnabled(false);
+  EXPECT_TRUE(accessible->state().disabled);
+  accessible->actionInterface()->doAction(QAccessibleActionInterface::pressAction());
+  EXPECT_EQ(clicked.size(), 1);
 }

@@ -99,6 +99,19 @@ TEST_F(LoadingAnimation, FreezesWhilePausedAndGoesOnFromThere) {
   EXPECT_EQ(m_controller.currentIndex(), 6);
 }
 
+TEST_F(LoadingAnimation, FreezesThePictureWhenPausedBetweenTheRounds) {
+  m_controller.startAnimation();
+  advanceFrames(186);
+  const qint64 last = shownImage();
+  m_controller.pauseAnimation();
+  m_timers.advance(SLoadingAniViewController::kLoopPause);
+  advanceFrames(3);
+  EXPECT_EQ(shownImage(), last);
+  m_controller.resumeAnimation();
+  advanceFrames(1);
+  EXPECT_NE(shownImage(), last);
+}
+
 TEST_F(LoadingAnimation, StopsWithOneLastChangeAndNoTimer) {
   m_controller.startAnimation();
   advanceFrames(5);
