@@ -140,6 +140,8 @@ void WindowLayout::buildContent(platform::Timers& timers) {
   paths->setFont(SFont::sharedInstance().fontWithPixelSize(12, false));
   paths->setTextMargins(10, 4, 10, 4);
   paths->setFocusPolicy(Qt::ClickFocus); // the keyboard belongs to the tree
+  // A path runs from left to right in any window; it begins where the window's lines do.
+  paths->setAlignment((ui::isRTLLayout() ? Qt::AlignRight : Qt::AlignLeft) | Qt::AlignAbsolute | Qt::AlignVCenter);
   paths->setAccessibleName(localized("accessible_path"));
   column->addWidget(paths);
 

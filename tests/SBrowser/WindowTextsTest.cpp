@@ -77,6 +77,7 @@ TEST_P(WindowInALanguage, RunsInTheLanguagesDirectionUnlessTheUserSaysOtherwise)
   EXPECT_NE(other.window()->layoutDirection(), own);
   EXPECT_NE(other.outlineView->layoutDirection(), own);
   EXPECT_NE(other.toolbar->layoutDirection(), own);
+  EXPECT_TRUE(other.paths->alignment().testFlag(own == Qt::LeftToRight ? Qt::AlignRight : Qt::AlignLeft));
 }
 
 INSTANTIATE_TEST_SUITE_P(Language, WindowInALanguage, testing::ValuesIn(testsupport::kLanguages),
