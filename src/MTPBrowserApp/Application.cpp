@@ -17,6 +17,7 @@
 #include "SBrowser/SBrowserWindowController.h"
 #include "TessalyMTPSdk/Engine.h"
 #include "TessalyMTPSdk/UsbDiscovery.h"
+#include "UI/Common/DesktopColorScheme.h"
 #include "UI/Common/Images.h"
 #include "UI/Common/LayoutDirection.h"
 #include "stringDefine/VornLocalStringDefine.h"
@@ -92,6 +93,7 @@ int runApplication(int argc, char** argv) {
                    QLibraryInfo::path(QLibraryInfo::TranslationsPath)))
     QCoreApplication::installTranslator(&qtTexts);
   ui::applyLayoutDirection();
+  const ui::DesktopColorScheme colorScheme;
 
   const auto virtualDevices = std::make_shared<platform::VirtualDeviceRegistry>();
   BTVornDeviceNotifier::Parts detection;

@@ -51,7 +51,7 @@ protected:
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
     painter.setPen(Qt::NoPen);
-    painter.setBrush(QColor(0, 0, 0, 7));
+    painter.setBrush(QColor(0, 0, 0, 4));
     const QRectF panel = QRectF(rect()).adjusted(kShadow, kShadow, -kShadow, -kShadow);
     for (int ring = 1; ring < kShadow; ++ring) {
       const QRectF spread = panel.adjusted(-ring, -ring, ring, ring * 0.9).translated(0, 1.5);

@@ -3,13 +3,13 @@
 #include "Platform/MainThread.h"
 #include "UI/Common/ElidedLabel.h"
 #include "UI/Common/PanelButton.h"
+#include "UI/Common/PanelInputs.h"
 #include "UI/Common/SFont.h"
 #include "UI/FileNameView/SFolderNameFormatter.h"
 #include "stringDefine/VornLocalStringDefine.h"
 
 #include <QHBoxLayout>
 #include <QKeyEvent>
-#include <QLineEdit>
 
 namespace {
 
@@ -22,7 +22,7 @@ QString localized(const char* key) {
 SFileNameView::SFileNameView(QWidget* parent)
     : QuestionPanel(parent)
     , _lbDescription(new ui::ElidedLabel(content()))
-    , _txtNewName(new QLineEdit(content()))
+    , _txtNewName(new ui::PanelField(content()))
     , _btnOK(new ui::PanelButton(ui::PanelButton::Kind::Primary, content()))
     , _btnCancel(new ui::PanelButton(ui::PanelButton::Kind::Plain, content())) {
   auto* const column = new QVBoxLayout(content());
@@ -30,8 +30,6 @@ SFileNameView::SFileNameView(QWidget* parent)
   column->setSpacing(10);
   _lbDescription->setFont(SFont::sharedInstance().fontWithPixelSize(14, true));
   column->addWidget(_lbDescription);
-  _txtNewName->setFont(SFont::sharedInstance().fontWithPixelSize(13, false));
-  _txtNewName->setTextMargins(4, 3, 4, 3);
   column->addWidget(_txtNewName);
   column->addSpacing(2);
   auto* const buttons = new QHBoxLayout;

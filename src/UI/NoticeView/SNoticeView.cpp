@@ -2,10 +2,10 @@
 
 #include "Platform/MainThread.h"
 #include "UI/Common/PanelButton.h"
+#include "UI/Common/PanelInputs.h"
 #include "UI/Common/SFont.h"
 #include "stringDefine/VornLocalStringDefine.h"
 
-#include <QCheckBox>
 #include <QHBoxLayout>
 #include <QKeyEvent>
 #include <QLabel>
@@ -31,7 +31,7 @@ SNoticeView::SNoticeView(QWidget* parent)
     : QuestionPanel(parent)
     , _lbTitle(new QLabel(content()))
     , _lbDescription(new QLabel(content()))
-    , _btnCheckbox(new QCheckBox(content()))
+    , _btnCheckbox(new ui::PanelCheckBox(content()))
     , _btnOK(new ui::PanelButton(ui::PanelButton::Kind::Primary, content()))
     , _btnCancel(new ui::PanelButton(ui::PanelButton::Kind::Plain, content())) {
   auto* const column = new QVBoxLayout(content());
@@ -45,8 +45,7 @@ SNoticeView::SNoticeView(QWidget* parent)
   _lbTitle->setFont(SFont::sharedInstance().fontWithPixelSize(14, true));
   _lbDescription->setFont(SFont::sharedInstance().fontWithPixelSize(13, false));
   column->addSpacing(6);
-  _btnCheckbox->setFont(SFont::sharedInstance().fontWithPixelSize(13, false));
-  column->addWidget(_btnCheckbox);
+  column->addWidget(_btnCheckbox, 0, Qt::AlignLeading);
   column->addSpacing(8);
   auto* const buttons = new QHBoxLayout;
   buttons->setSpacing(6);
