@@ -1,10 +1,17 @@
 #include "MTPCore/MTPDextSDKWrapper.h"
 
 #include "MTPCore/DevicePath.h"
+#include "MTPCore/FileTransfer.h"
+#include "MTPCore/LinkFolder.h"
 #include "MTPCore/ListWalk.h"
 #include "MTPCore/MTPSDKUtil.h"
+#include "MTPCore/NameMatch.h"
+#include "MTPCore/NodeMutations.h"
+#include "MTPCore/PathWalk.h"
 #include "MTPCore/StorageCollector.h"
+#include "MTPCore/Utf16Buffer.h"
 #include "Platform/Log.h"
+#include "Platform/NotificationCenter.h"
 
 #include <QStringList>
 #include <QStringView>
@@ -22,10 +29,6 @@ constexpr std::uint32_t LongestDeviceName = 64 * 1024; // bytes; MTP strings end
 // The end of a list, and success: everything else is worth a log line.
 bool isListFailure(std::uint32_t status) {
   return (status & ~std::uint32_t(DGSTATUS_NO_MORE_DATA)) != 0;
-}
-
-bool equalIgnoringCase(QStringView a, QStringView b) {
-  return a.compare(b, Qt::CaseInsensitive) == 0;
 }
 
 // What follows reads records: the caller holds the nodes and knows the kind.
@@ -64,9 +67,29 @@ MtpItemInfo namedItem(const void* node, const char16_t* name, std::uint32_t name
   return item;
 }
 
-bool isNamed(const char16_t* text, std::uint32_t size, const QString& name) {
-  return text != nullptr && equalIgnoringCase(QStringView(text, MTPDextSDKWrapper::wildcharLength(text, size)), name);
-}
+// Keeps the node that a name means best: the one of exactly this name, else the first one that has the same name but
+// for case and composition. Phones whose file system tells "a.jpg" from "A.JPG" may have both.
+template <class Node> class BestNamed {
+public:
+  explicit BestNamed(const QString& name)
+      : m_name(name) {}
+
+  /// Whether better ones are still possible.
+  bool offer(Node* node) {
+    if (node->name == nullptr)
+      return true;
+    const QStringView label(node->name, MTPDextSDKWrapper::wildcharLength(node->name, node->nameSize));
+    const bool exact = label == m_name;
+    if (exact || (m_best == nullptr && isSameName(label, m_name)))
+      m_best = node;
+    return !exact;
+  }
+  Node* best() const { return m_best; }
+
+private:
+  const QString& m_name;
+  Node* m_best = nullptr;
+};
 
 MtpItemInfo folderItem(const _MTP_FOLDER_NODE& folder, const QString& folderPath) {
   return namedItem(&folder, folder.name, folder.nameSize, folderPath, MtpObjectFolder);
@@ -82,8 +105,9 @@ MtpItemInfo fileItem(const _MTP_FILE_NODE& file, const QString& folderPath) {
 
 } // namespace
 
-MTPDextSDKWrapper::MTPDextSDKWrapper(std::shared_ptr<MtpSdk> sdk)
-    : m_sdk(std::move(sdk)) {}
+MTPDextSDKWrapper::MTPDextSDKWrapper(std::shared_ptr<MtpSdk> sdk, ComputerSide computer)
+    : m_sdk(std::move(sdk))
+    , m_computer(std::move(computer)) {}
 
 MTPDextSDKWrapper::~MTPDextSDKWrapper() = default;
 
@@ -262,6 +286,16 @@ void MTPDextSDKWrapper::mtpReset() {
 
 // ---- Storages ----
 
+_MTP_STORAGE_NODE* MTPDextSDKWrapper::knownStorageHead() {
+  if (!isNode(m_storageHeadNode, MTPDEXT_NODE_STORAGE)) {
+    _MTP_STORAGE_NODE* head = nullptr;
+    if (_MTP_DEVICE_NODE* const device = m_currentDeviceNode)
+      getMTPStorageListHead(device, &head);
+    m_storageHeadNode = head;
+  }
+  return m_storageHeadNode;
+}
+
 std::uint32_t MTPDextSDKWrapper::getMTPStorageListHead(_MTP_DEVICE_NODE* deviceNode, _MTP_STORAGE_NODE** storage) {
   *storage = nullptr;
   if (isDetached())
@@ -314,7 +348,7 @@ _MTP_STORAGE_NODE* MTPDextSDKWrapper::getStorageNode(_MTP_DEVICE_NODE* deviceNod
   _MTP_STORAGE_NODE* found = nullptr;
   walkStorages(*storageHead, [&](_MTP_STORAGE_NODE* storage) {
     const std::optional<QStringView> label = storageLabel(*storage);
-    if (label && equalIgnoringCase(*label, components.last()))
+    if (label && isSameName(*label, components.last()))
       found = storage;
     return found == nullptr;
   });
@@ -339,13 +373,7 @@ bool MTPDextSDKWrapper::connectForStorages(const platform::SourceLocation& where
   if (!isNode(m_currentDeviceNode, MTPDEXT_NODE_DEVICE))
     m_currentDeviceNode = findDevice();
   _MTP_DEVICE_NODE* const device = m_currentDeviceNode;
-  if (!isNode(m_storageHeadNode, MTPDEXT_NODE_STORAGE)) {
-    _MTP_STORAGE_NODE* head = nullptr;
-    if (device != nullptr)
-      getMTPStorageListHead(device, &head);
-    m_storageHeadNode = head;
-  }
-  _MTP_STORAGE_NODE* const head = m_storageHeadNode;
+  _MTP_STORAGE_NODE* const head = knownStorageHead();
   if (device != nullptr && head != nullptr)
     return true;
   platform::logLine(where, "failed to connect, %p, %p", static_cast<const void*>(device),
@@ -571,35 +599,24 @@ _MTP_FOLDER_NODE* MTPDextSDKWrapper::searchFolder(_MTP_DEVICE_NODE* deviceNode, 
                                                   _MTP_STORAGE_NODE** retStorage, const QString& filePath) {
   if (isDetached())
     return nullptr;
-  std::optional<QString> modelName;
-  getMTPModelName(deviceNode, modelName);
-  if (!modelName) {
+  // A component that is no folder (the name of a file, above all) sends the next one back to the top level.
+  const PathWalk walk =
+      PathWalk::along(*this, deviceNode, storageHead != nullptr ? *storageHead : nullptr, filePath,
+                      [this](const QString& name, _MTP_STORAGE_NODE* storage, _MTP_FOLDER_NODE* parent) {
+                        return getFolderNode(name, storage, parent);
+                      });
+  switch (walk.end) {
+  case PathWalk::End::NoModelName:
     MTPB_LOG("Get model name is failed.");
     return nullptr;
+  case PathWalk::End::NoStorage:
+    MTPB_LOG("getStorageNode is failed.");
+    return nullptr;
+  case PathWalk::End::Walked:
+    break;
   }
-
-  bool modelMatched = false;
-  _MTP_STORAGE_NODE* storage = nullptr;
-  _MTP_FOLDER_NODE* parent = nullptr;
-  _MTP_FOLDER_NODE* deepest = nullptr;
-  for (const QString& component : devicePath::components(filePath)) {
-    if (!modelMatched && equalIgnoringCase(component, *modelName)) {
-      modelMatched = true;
-    } else if (storage == nullptr) {
-      storage = getStorageNode(deviceNode, storageHead, component);
-      if (storage == nullptr) {
-        MTPB_LOG("getStorageNode is failed.");
-        return nullptr;
-      }
-    } else {
-      // A component that is no folder (the name of a file, above all) sends the next one back to the top level.
-      parent = getFolderNode(component, storage, parent);
-      if (parent != nullptr)
-        deepest = parent;
-    }
-  }
-  *retStorage = storage;
-  return deepest;
+  *retStorage = walk.storage;
+  return walk.deepest;
 }
 
 void MTPDextSDKWrapper::initializeNodeInfo(const void*, _MTP_STORAGE_NODE** currentStorage,
@@ -619,15 +636,23 @@ void MTPDextSDKWrapper::initializeNodeInfo(const void*, _MTP_STORAGE_NODE** curr
 
 _MTP_FOLDER_NODE* MTPDextSDKWrapper::getFolderNode(const QString& name, _MTP_STORAGE_NODE* atStorage,
                                                    _MTP_FOLDER_NODE* parent) {
+  _MTP_FOLDER_NODE* folder = nullptr;
+  for (const QString& component : devicePath::components(name)) {
+    folder = findChildFolder(component, atStorage, parent);
+    if (folder == nullptr)
+      return nullptr;
+    parent = folder;
+  }
+  return folder;
+}
+
+_MTP_FOLDER_NODE* MTPDextSDKWrapper::findChildFolder(const QString& name, _MTP_STORAGE_NODE* atStorage,
+                                                     _MTP_FOLDER_NODE* parent) {
   _MTP_FOLDER_NODE* head = nullptr;
   getMTPFolderListHead(parent, atStorage, &head, nullptr, nullptr);
-  _MTP_FOLDER_NODE* found = nullptr;
-  walkFolders(head, [&](_MTP_FOLDER_NODE* folder) {
-    if (isNamed(folder->name, folder->nameSize, name))
-      found = folder;
-    return found == nullptr;
-  });
-  return found;
+  BestNamed<_MTP_FOLDER_NODE> folders(name);
+  walkFolders(head, [&](_MTP_FOLDER_NODE* folder) { return folders.offer(folder); });
+  return folders.best();
 }
 
 _MTP_FILE_NODE* MTPDextSDKWrapper::getFileNode(_MTP_COMMON_NODE* commonNode, const QString& name) {
@@ -635,13 +660,9 @@ _MTP_FILE_NODE* MTPDextSDKWrapper::getFileNode(_MTP_COMMON_NODE* commonNode, con
   const std::uint32_t status = getMTPFileListHead(commonNode, &head, nullptr, nullptr);
   if (status != DGSTATUS_SUCCESS && status != 0x10000014)
     return nullptr;
-  _MTP_FILE_NODE* found = nullptr;
-  walkFiles(head, FailedStep::Ends, [&](_MTP_FILE_NODE* file) {
-    if (isNamed(file->name, file->nameSize, name))
-      found = file;
-    return found == nullptr;
-  });
-  return found;
+  BestNamed<_MTP_FILE_NODE> files(name);
+  walkFiles(head, FailedStep::Ends, [&](_MTP_FILE_NODE* file) { return files.offer(file); });
+  return files.best();
 }
 
 _MTP_COMMON_NODE* MTPDextSDKWrapper::getParentFolderNode(_MTP_FOLDER_NODE* folder) {
@@ -655,6 +676,73 @@ _MTP_COMMON_NODE* MTPDextSDKWrapper::getParentFolderNode(_MTP_FOLDER_NODE* folde
     return reinterpret_cast<_MTP_COMMON_NODE*>(m_currentStorageNode.load());
   default:
     return nullptr;
+  }
+}
+
+// ---- Changes and transfers ----
+
+_MTP_FOLDER_NODE* MTPDextSDKWrapper::createFolder(_MTP_COMMON_NODE* parent, const QString& name, std::uint32_t& error) {
+  return NodeMutations(*this, *m_sdk).createFolder(parent, name, error);
+}
+
+_MTP_COMMON_NODE* MTPDextSDKWrapper::checkCreateFolder(_MTP_DEVICE_NODE* deviceNode, _MTP_STORAGE_NODE** storageHead,
+                                                       const QString& folderPath, std::uint32_t& error) {
+  return NodeMutations(*this, *m_sdk)
+      .checkCreateFolder(deviceNode, storageHead != nullptr ? *storageHead : nullptr, folderPath, error);
+}
+
+bool MTPDextSDKWrapper::renameItemAtPath(_MTP_DEVICE_NODE* deviceNode, _MTP_STORAGE_NODE* storageHead,
+                                         const QString& source, const QString& toName, std::uint32_t& error) {
+  return NodeMutations(*this, *m_sdk).renameItemAtPath(deviceNode, storageHead, source, toName, error);
+}
+
+bool MTPDextSDKWrapper::deleteItemAtPath(_MTP_DEVICE_NODE* deviceNode, _MTP_STORAGE_NODE* storageHead,
+                                         const QString& fileNode, const QString& path, std::uint32_t& error) {
+  return NodeMutations(*this, *m_sdk).deleteItemAtPath(deviceNode, storageHead, fileNode, path, error);
+}
+
+bool MTPDextSDKWrapper::uploadFileFromMTP(const QString& nodeID, const QString& source, const QString& destination,
+                                          const QString&, mtpDextProgressCallback callback, void* context,
+                                          std::uint32_t& error) {
+  return FileTransfer(*this, *m_sdk, m_computer, MTPB_HERE)
+      .receive(nodeID, source, destination, callback, context, error);
+}
+
+bool MTPDextSDKWrapper::downloadFileToMTP(_MTP_COMMON_NODE* parent, const QString& source, const QString& destination,
+                                          mtpDextProgressCallback callback, void* context, QString* retFileNode,
+                                          std::uint32_t& error) {
+  if (!FileTransfer(*this, *m_sdk, m_computer, MTPB_HERE)
+           .send(parent, source, destination, callback, context, retFileNode, error))
+    return false;
+  QString locationID;
+  {
+    const platform::Lock lock(m_textMutex);
+    locationID = m_locationID;
+  }
+  platform::NotificationCenter::defaultCenter().post(QStringLiteral("QXVORN_NOTI_MTP_BROWSER_RESCAN"),
+                                                     {{QStringLiteral("LocationID"), locationID}});
+  return true;
+}
+
+std::uint32_t MTPDextSDKWrapper::getMTPFileThumb(_MTP_FILE_NODE* fileNode, const QString& destination) {
+  return FileTransfer(*this, *m_sdk, m_computer, MTPB_HERE).receiveThumbnail(fileNode, destination);
+}
+
+void MTPDextSDKWrapper::validateFilePathForMtp(const QString& path, std::unique_ptr<char16_t[]>& uniName,
+                                               std::uint32_t& byteLength) {
+  uniName.reset();
+  byteLength = 0;
+  const platform::Lock lock(m_accLock);
+  try {
+    const std::optional<QString> openable = LinkFolder(m_computer.linkFolder).openablePath(path);
+    if (!openable)
+      return;
+    Utf16Buffer buffer = makeUtf16Buffer(*openable);
+    uniName = std::move(buffer.text);
+    byteLength = buffer.byteSize;
+  } catch (const std::exception& exception) {
+    MTPB_LOG("Name : %s", typeid(exception).name());
+    MTPB_LOG("Reason :%s", exception.what());
   }
 }
 

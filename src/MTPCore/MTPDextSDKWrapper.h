@@ -1,5 +1,7 @@
 #pragma once
-// The one object through which the browser reaches one attached phone: its storages, folders and files.
+// The one object through which the browser reaches one attached phone: its storages, folders and files, their changes
+// and copies.
+#include "MTPCore/ComputerSide.h"
 #include "MTPCore/MtpItemInfo.h"
 #include "MTPCore/MtpSdk.h"
 #include "Platform/SourceLocation.h"
@@ -25,12 +27,17 @@
 /// the phone is safe in memory, but which phone the other one sees is then open.
 ///
 /// Failures: nothing throws. Statuses are the SDK's (MTPSDKUtil.h); DGSTATUS_UNSUCCESSFUL (0x10000001) is this object's
-/// own, for a detached phone and unusable arguments. While isDetached() every operation that would reach the SDK
+/// own, for a detached phone and unusable arguments; so are CreateFolderRefused, SendRefused and ReceiveRefused, for
+/// which no name is printed. While isDetached() every operation that would reach the SDK
 /// refuses at once with it, or with null, or nothing.
 class MTPDextSDKWrapper {
 public:
+  static constexpr std::uint32_t CreateFolderRefused = 0x20000002; ///< no memory for a name; unusable arguments
+  static constexpr std::uint32_t SendRefused = 0x23000001;         ///< unusable arguments of downloadFileToMTP()
+  static constexpr std::uint32_t ReceiveRefused = 0x23000002;      ///< unusable arguments of uploadFileFromMTP()
+
   /// init Not bound, not detached.
-  explicit MTPDextSDKWrapper(std::shared_ptr<MtpSdk> sdk);
+  explicit MTPDextSDKWrapper(std::shared_ptr<MtpSdk> sdk, ComputerSide computer = ComputerSide::ofProgram());
   ~MTPDextSDKWrapper();
   MTPDextSDKWrapper(const MTPDextSDKWrapper&) = delete;
   MTPDextSDKWrapper& operator=(const MTPDextSDKWrapper&) = delete;
@@ -82,6 +89,8 @@ public:
   _MTP_STORAGE_NODE* getCurrentStorageNode() const;
   /// getStorageHeadNode The head of the bound device's storage list, or null.
   _MTP_STORAGE_NODE* getStorageHeadNode() const;
+  /// The same, listed anew when there is none or the SDK has forgotten it. Blocks then.
+  _MTP_STORAGE_NODE* knownStorageHead();
 
   /// registerMtpRequestEventNotifyEx:callback:context: Has `callback` called for each event of the device, on a thread
   /// of the SDK; a null callback ends that, and on return none is running (unless the caller is the callback itself).
@@ -101,8 +110,8 @@ public:
 
   // ---- Folders, files, paths ----
   //
-  // A device path is "/" model name "/" storage name "/" folder names, compared ignoring case; the model name may be
-  // left out. A null QString stands for "no path given".
+  // A device path is "/" model name "/" storage name "/" folder names, compared ignoring case and the way accents are
+  // spelled; the model name may be left out. A null QString stands for "no path given".
 
   /// getFoldersAtFolder:currentStorage:folderPath:isContainParentFolder: The folders in `folder` (null: at the
   /// storage's top level), in the phone's order; in front of them, when the flag is set, the entry ".." for the parent.
@@ -129,10 +138,12 @@ public:
   /// initializeNodeInfo:currentStorage:currentFolder: Lists the storages afresh and resolves the root path: hands out
   /// its storage and folder (or null) and makes the storage the current one. The first argument is not used. Blocks.
   void initializeNodeInfo(const void* unused, _MTP_STORAGE_NODE** currentStorage, _MTP_FOLDER_NODE** currentFolder);
-  /// getFolderNode:atStorage:parent: The folder of this name in `parent` (null: at the storage's top level), case
-  /// ignored, or null. Blocks.
+  /// getFolderNode:atStorage:parent: The folder of this name in `parent` (null: at the storage's top level), or of this
+  /// relative path ("a/b") below it; null when there is none. Case is ignored; a folder of exactly this name comes
+  /// first. Blocks.
   _MTP_FOLDER_NODE* getFolderNode(const QString& name, _MTP_STORAGE_NODE* atStorage, _MTP_FOLDER_NODE* parent);
-  /// getFileNode:name: The file of this name in a folder or at a storage's top level, case ignored, or null. Blocks.
+  /// getFileNode:name: The file of this name in a folder or at a storage's top level, case ignored (a file of exactly
+  /// this name comes first), or null. Blocks.
   _MTP_FILE_NODE* getFileNode(_MTP_COMMON_NODE* commonNode, const QString& name);
   /// getParentFolderNode: The folder that holds this one; the current storage node for a folder at the top level; null.
   _MTP_COMMON_NODE* getParentFolderNode(_MTP_FOLDER_NODE* folder);
@@ -152,6 +163,63 @@ public:
 
   /// checkNodeExist: Whether the phone still has the node. May block.
   bool checkNodeExist(_MTP_COMMON_NODE* commonNode);
+
+  // ---- Changes and transfers ----
+  //
+  // All of them block: on the phone, on the disk. `error` is written always; success is 0. A path names an item only
+  // when each of its names is found in the one before: what bears the same name elsewhere is never touched. The storage
+  // head is where the path's storage is sought from; one that the SDK knows no more stands for knownStorageHead().
+
+  /// createFolder:name:error: A new folder in a folder or at a storage's top level; the phone gets the name in composed
+  /// form (Unicode NFC). Null on any status but 0: 0x10000005 or 0x10000006 when a file or folder has the name.
+  _MTP_FOLDER_NODE* createFolder(_MTP_COMMON_NODE* parent, const QString& name, std::uint32_t& error);
+  /// checkCreateFolder:storageHead:folderPath:error: Makes every missing folder of a path. Returns the last folder
+  /// found or made, the storage for a path without folders, or null: for a path whose storage is unknown (status 0),
+  /// without a model name, and with CreateFolderRefused. When a folder cannot be made, `error` tells why, nothing
+  /// further is made, and what is returned is not the folder that the path names.
+  _MTP_COMMON_NODE* checkCreateFolder(_MTP_DEVICE_NODE* deviceNode, _MTP_STORAGE_NODE** storageHead,
+                                      const QString& folderPath, std::uint32_t& error);
+  /// renameItemAtPath:storageHead:source:toName:error: Gives the folder or file at `source` another name, as it stands
+  /// (not composed). What the path does not name is answered with the SDK's status for a missing node.
+  bool renameItemAtPath(_MTP_DEVICE_NODE* deviceNode, _MTP_STORAGE_NODE* storageHead, const QString& source,
+                        const QString& toName, std::uint32_t& error);
+  /// deleteItemAtPath:storageHead:fileNode:path:error: Deletes the node with this identifier, or, when the phone has it
+  /// no more (or the text is null), the folder or file at `path`. Folders go with everything in them. Neither there:
+  /// DGSTATUS_UNSUCCESSFUL.
+  bool deleteItemAtPath(_MTP_DEVICE_NODE* deviceNode, _MTP_STORAGE_NODE* storageHead, const QString& fileNode,
+                        const QString& path, std::uint32_t& error);
+
+  /// uploadFileFromMTP:source:destination:relativeFolder:callback:context:error: Copies a file of the phone to
+  /// `destination`, a full path of the computer, replacing what is there only when the copy is whole. The file is the
+  /// one with this identifier, or, when the SDK knows it no more (or the text is null), the one at `source`; relative
+  /// folder is not used. The copy carries the phone's date and is marked with its origin (Platform/DownloadMark.h).
+  ///
+  /// The callback runs on the calling thread; its answer other than 0 stops the transfer with the SDK's status for
+  /// that. ReceiveRefused without a bound device, source or destination, and when detached; DGSTATUS_UNSUCCESSFUL when
+  /// there is no such file; DGSTATUS_FILE_INVALID_CHAR for a destination that is no path here. When the SDK reports a
+  /// whole copy and the file is not there, the process ends with the system's error as its exit status.
+  bool uploadFileFromMTP(const QString& nodeID, const QString& source, const QString& destination,
+                         const QString& relativeFolder, mtpDextProgressCallback callback, void* context,
+                         std::uint32_t& error);
+  /// downloadFileToMTP:source:destination:callback:context:retFileNode:error: Copies a file of the computer to the
+  /// phone, into `parent`, or, when that is null or known no more, into the folder at the device path `destination`,
+  /// which is made where it is missing. The name is the source's, composed. `retFileNode` (may be null) gets the new
+  /// file's identifier, on 0x10000005 and 0x10000006 that of the file or folder which has the name already, else "".
+  ///
+  /// The callback is as in uploadFileFromMTP(). SendRefused without a bound device, source or destination, and when
+  /// detached; the status of the creation when a folder of `destination` could not be made. After each file sent
+  /// "QXVORN_NOTI_MTP_BROWSER_RESCAN" with {"LocationID"} is posted on the process's notification centre, on the
+  /// calling thread.
+  bool downloadFileToMTP(_MTP_COMMON_NODE* parent, const QString& source, const QString& destination,
+                         mtpDextProgressCallback callback, void* context, QString* retFileNode, std::uint32_t& error);
+  /// getMTPFileThumb:destination: Writes the file's thumbnail, an image as the phone has it, to a path of the computer,
+  /// whole or not at all.
+  std::uint32_t getMTPFileThumb(_MTP_FILE_NODE* fileNode, const QString& destination);
+  /// validateFilePathForMtp:uniName:byteLength: A path in composed form by which the SDK can open this file of the
+  /// computer: the file's own or, where its name is stored otherwise, that of a symbolic link (LinkFolder.h). UTF-16
+  /// with a terminating zero unit, the caller's; the size in bytes includes it. Null and 0 when there is no such way.
+  /// One caller at a time, others wait.
+  void validateFilePathForMtp(const QString& path, std::unique_ptr<char16_t[]>& uniName, std::uint32_t& byteLength);
 
   // ---- Nodes and their identifiers ----
 
@@ -185,6 +253,7 @@ private:
   // The two log as the operation `where` stands in.
   bool connectForStorages(const platform::SourceLocation& where);
   QList<MtpStorageInfo> collectStorages(const platform::SourceLocation& where);
+  _MTP_FOLDER_NODE* findChildFolder(const QString& name, _MTP_STORAGE_NODE* atStorage, _MTP_FOLDER_NODE* parent);
   std::optional<MtpItemInfo> parentEntry(_MTP_FOLDER_NODE* folder, const QString& folderPath);
   void appendFiles(QList<MtpItemInfo>& items, _MTP_COMMON_NODE* commonNode, const QString& folderPath);
   // Each holds the nodes and calls visit(node) for every node of the list until it answers false.
@@ -194,6 +263,7 @@ private:
   template <class Visit> void walkFiles(_MTP_FILE_NODE* head, FailedStep failedStep, Visit visit);
 
   const std::shared_ptr<MtpSdk> m_sdk;
+  const ComputerSide m_computer;
 
   mutable platform::Mutex m_textMutex;
   QString m_locationID MTPB_GUARDED_BY(m_textMutex);
@@ -204,4 +274,5 @@ private:
   std::atomic<_MTP_STORAGE_NODE*> m_storageHeadNode{nullptr};
   std::atomic<bool> m_isDetached{false}; // written by the browser (and by binding), polled by every operation
   std::recursive_mutex m_monitor;        // one storageInfoLists() at a time
+  platform::Mutex m_accLock;             // one validateFilePathForMtp() at a time: they share the folder of links
 };

@@ -8,7 +8,10 @@
 // ThreadSanitizer sees it.
 #include "MTPCore/MtpSdk.h"
 
+#include <QByteArray>
+#include <QFile>
 #include <QString>
+#include <QStringView>
 
 #include <algorithm>
 #include <cstring>
@@ -18,8 +21,11 @@
 #include <memory>
 #include <mutex>
 #include <optional>
+#include <stdexcept>
 #include <string>
+#include <string_view>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
 class FakeMtpSdk : public MtpSdk {
@@ -40,6 +46,12 @@ public:
     GetParentFolderNode,
     GetFileListHead,
     GetNextFileNode,
+    CreateFolderNode,
+    RenameNode,
+    DeleteNode,
+    GetFileEx,
+    SendFileEx,
+    GetThumb,
     RequestEventNotifyEx,
     LibIsExist,
     HoldNodes,  // hook only
@@ -98,6 +110,17 @@ public:
     m_objects[handle].name = name.toStdU16String();
     retire(handle);
   }
+  /// What the file holds; its length follows.
+  void setContent(Handle handle, const QByteArray& content) {
+    const std::lock_guard lock(m_mutex);
+    m_objects[handle].content = content;
+    m_objects[handle].length = std::uint64_t(content.size());
+    retire(handle);
+  }
+  void setThumbnail(Handle handle, const QByteArray& thumbnail) {
+    const std::lock_guard lock(m_mutex);
+    m_objects[handle].thumbnail = thumbnail;
+  }
   void setLength(Handle handle, std::uint64_t length) {
     const std::lock_guard lock(m_mutex);
     m_objects[handle].length = length;
@@ -148,6 +171,16 @@ public:
     m_objects[handle].nullDate = true;
     retire(handle);
   }
+  /// What the first call of the thumbnail operation says the buffer needs, and its status.
+  void setThumbnailFirstAnswer(std::uint32_t byteSize, std::uint32_t status) {
+    const std::lock_guard lock(m_mutex);
+    m_thumbnailFirstAnswer = {byteSize, status};
+  }
+  /// A transfer into a file answers 0 and leaves no file there.
+  void setLosesReceivedFiles(bool loses) {
+    const std::lock_guard lock(m_mutex);
+    m_losesReceivedFiles = loses;
+  }
   /// What the first call of the name operations says the buffer needs.
   void setNameByteSize(Handle device, std::uint32_t byteSize) {
     const std::lock_guard lock(m_mutex);
@@ -187,6 +220,34 @@ public:
   int calls(Operation operation) {
     const std::lock_guard lock(m_mutex);
     return m_scripts[operation].calls;
+  }
+  /// "folder/" and "file" names of what is in a folder or storage, in the phone's order, folders first.
+  std::vector<std::string> contents(Handle parent) {
+    const std::lock_guard lock(m_mutex);
+    std::vector<std::string> names;
+    for (const Handle folder : m_objects[parent].folders)
+      names.push_back(QString::fromStdU16String(m_objects[folder].name).toStdString() + "/");
+    for (const Handle file : m_objects[parent].files)
+      names.push_back(QString::fromStdU16String(m_objects[file].name).toStdString());
+    return names;
+  }
+  /// The object of this very name in a folder or storage; throws when there is none.
+  Handle child(Handle parent, const QString& name) {
+    const std::lock_guard lock(m_mutex);
+    for (const std::vector<Handle>* list : {&m_objects[parent].folders, &m_objects[parent].files})
+      for (const Handle handle : *list)
+        if (m_objects[handle].name == name.toStdU16String())
+          return handle;
+    throw std::out_of_range(name.toStdString());
+  }
+  QByteArray content(Handle handle) {
+    const std::lock_guard lock(m_mutex);
+    return m_objects[handle].content;
+  }
+  /// The path of the computer that the last transfer was asked to read.
+  QString lastSource() {
+    const std::lock_guard lock(m_mutex);
+    return m_lastSource;
   }
   /// The address of the object's record; made when there is none.
   template <class NodeType> NodeType* node(Handle handle) {
@@ -324,23 +385,131 @@ public:
     return step(Operation::GetNextFileNode, file, MTPDEXT_NODE_FILE, next);
   }
 
-  // This fake's phones are changed by the test alone.
-  std::uint32_t createFolderNode(_MTP_COMMON_NODE*, const char16_t*, std::uint32_t,
+  // Changes of the phone and transfers. Names clash as on most phones, whatever their case.
+  std::uint32_t createFolderNode(_MTP_COMMON_NODE* parent, const char16_t* name, std::uint32_t byteSize,
                                  _MTP_FOLDER_NODE** created) override {
     *created = nullptr;
-    return NotSupported;
+    if (const auto status = enter(Operation::CreateFolderNode))
+      return *status;
+    const std::optional<QString> text = terminated(name, byteSize / 2);
+    if (!text || byteSize % 2 != 0)
+      return InvalidParameter;
+    const std::lock_guard lock(m_mutex);
+    const std::optional<Handle> known = findContainer(parent);
+    if (!known)
+      return NotExisting;
+    if (const std::optional<Handle> clash = namesake(*known, *text))
+      return clashStatus(*clash);
+    const Handle folder = newObject(MTPDEXT_NODE_FOLDER, std::uint32_t(m_objects.size()), *text);
+    adopt(*known, folder);
+    *created = reinterpret_cast<_MTP_FOLDER_NODE*>(record(folder));
+    return 0;
   }
-  std::uint32_t renameNode(_MTP_COMMON_NODE*, const char16_t*, std::uint32_t) override { return NotSupported; }
-  std::uint32_t deleteNode(_MTP_COMMON_NODE*) override { return NotSupported; }
-  std::uint32_t getFileEx(_MTP_FILE_NODE*, const char16_t*, std::uint32_t, mtpDextProgressCallback, void*) override {
-    return NotSupported;
+  std::uint32_t renameNode(_MTP_COMMON_NODE* node, const char16_t* newName, std::uint32_t byteSize) override {
+    if (const auto status = enter(Operation::RenameNode))
+      return *status;
+    const std::optional<QString> text = terminated(newName, byteSize / 2);
+    if (!text || byteSize % 2 != 0)
+      return InvalidParameter;
+    const std::lock_guard lock(m_mutex);
+    const std::optional<Handle> known = findItem(node);
+    if (!known)
+      return NotExisting;
+    m_objects[*known].name = text->toStdU16String();
+    retire(*known);
+    return 0;
   }
-  std::uint32_t sendFileEx(const char16_t*, std::uint32_t, _MTP_COMMON_NODE*, _MTP_FILE_NODE** created,
-                           mtpDextProgressCallback, void*) override {
+  std::uint32_t deleteNode(_MTP_COMMON_NODE* node) override {
+    if (const auto status = enter(Operation::DeleteNode))
+      return *status;
+    std::optional<Handle> known;
+    {
+      const std::lock_guard lock(m_mutex);
+      known = findItem(node);
+    }
+    if (!known)
+      return NotExisting;
+    remove(*known);
+    return 0;
+  }
+  std::uint32_t getFileEx(_MTP_FILE_NODE* file, const char16_t* destination, std::uint32_t length,
+                          mtpDextProgressCallback callback, void* context) override {
+    if (const auto status = enter(Operation::GetFileEx))
+      return *status;
+    const std::optional<QString> path = terminated(destination, length);
+    if (!path)
+      return InvalidParameter;
+    QByteArray content;
+    bool loses = false;
+    {
+      const std::lock_guard lock(m_mutex);
+      const std::optional<Handle> known = find(file, MTPDEXT_NODE_FILE);
+      if (!known)
+        return NotExisting;
+      content = m_objects[*known].content;
+      loses = m_losesReceivedFiles;
+    }
+    if (!progress(content.size(), callback, context))
+      return Canceled;
+    if (loses)
+      return 0;
+    QFile written(*path);
+    if (!written.open(QIODevice::WriteOnly) || written.write(content) != content.size())
+      return OpenFailed;
+    return 0;
+  }
+  std::uint32_t sendFileEx(const char16_t* source, std::uint32_t length, _MTP_COMMON_NODE* parent,
+                           _MTP_FILE_NODE** created, mtpDextProgressCallback callback, void* context) override {
     *created = nullptr;
-    return NotSupported;
+    if (const auto status = enter(Operation::SendFileEx))
+      return *status;
+    const std::optional<QString> path = terminated(source, length);
+    if (!path)
+      return InvalidParameter;
+    const QString name = path->mid(path->lastIndexOf(u'/') + 1);
+    Handle folder = 0;
+    {
+      const std::lock_guard lock(m_mutex);
+      m_lastSource = *path;
+      const std::optional<Handle> known = findContainer(parent);
+      if (!known)
+        return NotExisting;
+      folder = *known;
+      if (const std::optional<Handle> clash = namesake(folder, name)) {
+        *created = reinterpret_cast<_MTP_FILE_NODE*>(record(*clash));
+        return clashStatus(*clash);
+      }
+    }
+    QFile file(*path);
+    if (!file.open(QIODevice::ReadOnly))
+      return OpenFailed;
+    const QByteArray content = file.readAll();
+    if (!progress(content.size(), callback, context))
+      return Canceled;
+    const Handle sent = addFile(folder, name);
+    setContent(sent, content);
+    *created = fileNode(sent);
+    return 0;
   }
-  std::uint32_t getThumb(_MTP_FILE_NODE*, void*, std::uint32_t*) override { return NotSupported; }
+  std::uint32_t getThumb(_MTP_FILE_NODE* file, void* buffer, std::uint32_t* byteSize) override {
+    if (const auto status = enter(Operation::GetThumb))
+      return *status;
+    const std::lock_guard lock(m_mutex);
+    const std::optional<Handle> known = find(file, MTPDEXT_NODE_FILE);
+    if (!known)
+      return NotExisting;
+    const QByteArray& image = m_objects[*known].thumbnail;
+    if (image.isNull())
+      return NoThumbnail;
+    if (buffer == nullptr) {
+      *byteSize = m_thumbnailFirstAnswer ? m_thumbnailFirstAnswer->first : std::uint32_t(image.size());
+      return m_thumbnailFirstAnswer ? m_thumbnailFirstAnswer->second : 1;
+    }
+    const std::uint32_t room = *byteSize;
+    *byteSize = std::uint32_t(image.size());
+    std::memcpy(buffer, image.constData(), std::min(room, *byteSize));
+    return room < *byteSize ? 1 : 0;
+  }
 
   std::uint32_t requestEventNotifyEx(_MTP_DEVICE_NODE* device, mtpDextEventCallback callback, void* context) override {
     if (const auto status = enter(Operation::RequestEventNotifyEx))
@@ -392,7 +561,10 @@ private:
   static constexpr std::uint32_t NotExisting = 0x10000004;
   static constexpr std::uint32_t NoDevice = 0x12000001;
   static constexpr std::uint32_t NoStorage = 0x12000002;
-  static constexpr std::uint32_t NotSupported = 0x14000001;
+  static constexpr std::uint32_t InvalidParameter = 0x10000002;
+  static constexpr std::uint32_t Canceled = 0x10000007;
+  static constexpr std::uint32_t OpenFailed = 0x11000001;
+  static constexpr std::uint32_t NoThumbnail = 0x1310000E;
 
   struct Record {
     union {
@@ -417,6 +589,7 @@ private:
     std::vector<Handle> folders; // a device's storages, too
     std::vector<Handle> files;
     std::u16string name, friendlyName, date;
+    QByteArray content, thumbnail;
     std::uint64_t length = 0, freeSpace = 0;
     std::optional<std::uint32_t> nameLengthField, nameByteSize;
     std::optional<Handle> nextOverride;
@@ -439,6 +612,37 @@ private:
     object.name = name.toStdU16String();
     m_objects.push_back(std::move(object));
     return m_objects.size() - 1;
+  }
+  // The text of a buffer of so many units, the last one zero and no other.
+  static std::optional<QString> terminated(const char16_t* text, std::uint32_t units) {
+    if (text == nullptr || units == 0)
+      return std::nullopt;
+    const std::u16string_view all(text, units);
+    if (all.find(u'\0') != units - 1)
+      return std::nullopt;
+    return QStringView(text, units - 1).toString();
+  }
+  static bool progress(qint64 total, mtpDextProgressCallback callback, void* context) {
+    return callback == nullptr || (callback(0, std::uint64_t(total), context) == 0 &&
+                                   callback(std::uint64_t(total), std::uint64_t(total), context) == 0);
+  }
+  std::optional<Handle> findContainer(const void* address) {
+    const std::optional<Handle> folder = find(address, MTPDEXT_NODE_FOLDER);
+    return folder ? folder : find(address, MTPDEXT_NODE_STORAGE);
+  }
+  std::optional<Handle> findItem(const void* address) {
+    const std::optional<Handle> folder = find(address, MTPDEXT_NODE_FOLDER);
+    return folder ? folder : find(address, MTPDEXT_NODE_FILE);
+  }
+  std::optional<Handle> namesake(Handle parent, const QString& name) {
+    for (const std::vector<Handle>* list : {&m_objects[parent].folders, &m_objects[parent].files})
+      for (const Handle handle : *list)
+        if (QString::fromStdU16String(m_objects[handle].name).compare(name, Qt::CaseInsensitive) == 0)
+          return handle;
+    return std::nullopt;
+  }
+  std::uint32_t clashStatus(Handle handle) {
+    return m_objects[handle].kind == MTPDEXT_NODE_FILE ? 0x10000005 : 0x10000006;
   }
   void adopt(Handle parent, Handle child) {
     std::vector<Handle>& list =
@@ -596,4 +800,7 @@ private:
   std::vector<std::shared_ptr<Record>> m_all;
   std::vector<std::shared_ptr<Record>> m_retiredButHeld;
   int m_holds = 0;
+  QString m_lastSource;
+  std::optional<std::pair<std::uint32_t, std::uint32_t>> m_thumbnailFirstAnswer;
+  bool m_losesReceivedFiles = false;
 };

@@ -514,6 +514,27 @@ TEST_F(MTPDextSDKWrapperListing, AChildFolderIsFoundByNameIgnoringCase) {
   EXPECT_EQ(wrapper.getFolderNode("a.jpg", cardNode, sdk->folderNode(dcim)), nullptr);
 }
 
+TEST_F(MTPDextSDKWrapperListing, AFolderIsFoundByItsRelativePath) {
+  EXPECT_EQ(wrapper.getFolderNode("DCIM/camera", cardNode, nullptr), sdk->folderNode(camera));
+  EXPECT_EQ(wrapper.getFolderNode("Camera", cardNode, sdk->folderNode(dcim)), sdk->folderNode(camera));
+  EXPECT_EQ(wrapper.getFolderNode("Gone/Music", cardNode, nullptr), nullptr);
+  EXPECT_EQ(wrapper.getFolderNode("", cardNode, nullptr), nullptr);
+}
+
+TEST_F(MTPDextSDKWrapperListing, ANodeOfExactlyTheWantedNameComesBeforeOneOfAnotherCase) {
+  const Handle upper = sdk->addFile(dcim, "A.JPG");
+  const Handle lower = sdk->addFolder(card, "dcim");
+  EXPECT_EQ(wrapper.getFileNode(sdk->commonNode(dcim), "A.JPG"), sdk->fileNode(upper));
+  EXPECT_EQ(wrapper.getFileNode(sdk->commonNode(dcim), "A.jpg"), sdk->fileNode(aJpg));
+  EXPECT_EQ(wrapper.getFolderNode("dcim", cardNode, nullptr), sdk->folderNode(lower));
+  EXPECT_EQ(wrapper.getFolderNode("Dcim", cardNode, nullptr), sdk->folderNode(dcim));
+}
+
+TEST_F(MTPDextSDKWrapperListing, ANameIsFoundHoweverItsAccentsAreSpelled) {
+  const Handle folder = sdk->addFolder(card, QString::fromUtf8("\u00C9t\u00E9"));
+  EXPECT_EQ(wrapper.getFolderNode(QString::fromUtf8("e\u0301te\u0301"), cardNode, nullptr), sdk->folderNode(folder));
+}
+
 TEST_F(MTPDextSDKWrapperListing, AFileIsFoundByNameIgnoringCase) {
   EXPECT_EQ(wrapper.getFileNode(sdk->commonNode(dcim), "B.JPG"), sdk->fileNode(bJpg));
   EXPECT_EQ(wrapper.getFileNode(sdk->commonNode(card), "README.txt"), sdk->fileNode(readme));

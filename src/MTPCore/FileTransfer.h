@@ -1,0 +1,46 @@
+#pragma once
+// Copying one file between the phone and the computer.
+#include "MTPCore/ComputerSide.h"
+#include "MTPCore/MtpSdk.h"
+#include "Platform/SourceLocation.h"
+
+#include <QString>
+
+#include <cstdint>
+
+class MTPDextSDKWrapper;
+
+/// The work behind MTPDextSDKWrapper's transfer operations, whose header says what they promise. Lives for one call;
+/// any thread; all block. The callback is called on the calling thread, by the SDK; it is neither called nor looked at
+/// here.
+class FileTransfer {
+public:
+  /// Logs as the operation that `where` stands in.
+  FileTransfer(MTPDextSDKWrapper& phone, MtpSdk& sdk, const ComputerSide& computer,
+               const platform::SourceLocation& where)
+      : m_phone(phone)
+      , m_sdk(sdk)
+      , m_computer(computer)
+      , m_where(where) {}
+
+  /// From the phone: uploadFileFromMTP().
+  bool receive(const QString& nodeID, const QString& source, const QString& destination,
+               mtpDextProgressCallback callback, void* context, std::uint32_t& error);
+  /// To the phone: downloadFileToMTP(). `retFileNode` may be null.
+  bool send(_MTP_COMMON_NODE* parent, const QString& source, const QString& destination,
+            mtpDextProgressCallback callback, void* context, QString* retFileNode, std::uint32_t& error);
+  /// getMTPFileThumb().
+  std::uint32_t receiveThumbnail(_MTP_FILE_NODE* fileNode, const QString& destination);
+
+private:
+  void logBadParameter(_MTP_DEVICE_NODE* device, const QString& source, const QString& destination) const;
+  _MTP_FILE_NODE* fileToReceive(_MTP_DEVICE_NODE* device, const QString& nodeID, const QString& source);
+  // False when the file is not where it was just written to; the process ends then.
+  bool markReceived(const QString& source, const QString& destination);
+  std::uint32_t fetchThumbnail(_MTP_FILE_NODE* fileNode, const QString& destination);
+
+  MTPDextSDKWrapper& m_phone;
+  MtpSdk& m_sdk;
+  const ComputerSide& m_computer;
+  const platform::SourceLocation m_where;
+};
