@@ -221,6 +221,19 @@ TEST_F(NoticePanel, IsCanceledWhenItIsDestroyed) {
   EXPECT_EQ(asker.result, m_untouched);
 }
 
+TEST_F(NoticePanel, IsCanceledWhenTheProgramEnds) {
+  ask(
+      [] {
+        QMetaObject::invokeMethod(
+            qApp, [] { QCoreApplication::exit(0); }, Qt::QueuedConnection);
+        QCoreApplication::exec();
+      },
+      1, m_untouched);
+  Asker late(*m_panel);
+  ASSERT_TRUE(late.waitForAnswer());
+  EXPECT_EQ(late.code, 1);
+}
+
 TEST_F(NoticePanel, IsCanceledAtOnceInAWindowNobodySees) {
   m_window.hide();
   Asker asker(*m_panel);
