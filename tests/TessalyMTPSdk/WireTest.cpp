@@ -308,7 +308,8 @@ TEST(Wire, AValueOfUnknownTypeEndsTheRows) {
 }
 
 TEST(Wire, AKnownPropertyWithoutTypeIsReadByWhatMtpSaysOfIt) {
-  const auto rows = rowsOf(hex("02000000 01000000 04DC 0000 0500000000000000 01000000 07DC 0000 02 'x' 0000"));
+  const auto dataset = hex("02000000 01000000 04DC 0000 0500000000000000 01000000 07DC 0000 02 'x' 0000");
+  const auto rows = rowsOf(dataset); // they point into it
   ASSERT_EQ(rows.size(), 2u);
   EXPECT_EQ(rows[0].number, 5u);
   EXPECT_EQ(rows[1].text.toString(), u"x");
