@@ -5,6 +5,7 @@
 #include "UI/Common/Images.h"
 
 #include <QApplication>
+#include <QDBusError>
 #include <QDBusMessage>
 #include <QDBusPendingCallWatcher>
 #include <QDBusPendingReply>
@@ -35,8 +36,11 @@ DesktopColorScheme::DesktopColorScheme(QDBusConnection bus, QObject* parent)
   platform::assertMainThread();
   if (!bus.isConnected())
     return;
-  bus.connect(kService, kPath, kInterface, QStringLiteral("SettingChanged"), this,
-              SLOT(settingChanged(QString, QString, QDBusVariant)));
+  // The slot's types are found by their names, which must be known before.
+  qRegisterMetaType<QDBusVariant>();
+  if (!bus.connect(kService, kPath, kInterface, QStringLiteral("SettingChanged"), this,
+                   SLOT(settingChanged(QString, QString, QDBusVariant))))
+    MTPB_LOG("changes of the desktop's colour scheme are not told: %s", qUtf8Printable(bus.lastError().message()));
   ask(bus);
 }
 
