@@ -41,11 +41,39 @@ QString textOf(const std::optional<QVariantList>& list) {
 
 } // namespace
 
+// Whose turn it is to use the registry: one thread at a time, and a thread that is to end does not wait for it.
+struct BTVornDeviceNotifier::Turn {
+  platform::Mutex mutex;
+  platform::Condition changed;
+  bool taken MTPB_GUARDED_BY(mutex) = false;
+
+  /// False: `quit` came first.
+  bool take(const std::atomic<bool>& quit) {
+    const platform::Lock lock(mutex);
+    while (taken && !quit)
+      changed.wait(mutex);
+    if (quit)
+      return false;
+    taken = true;
+    return true;
+  }
+  void giveBack() {
+    const platform::Lock lock(mutex);
+    taken = false;
+    changed.notify_all();
+  }
+  /// Whoever waits looks at its `quit` again.
+  void lookAgain() {
+    const platform::Lock lock(mutex);
+    changed.notify_all();
+  }
+};
+
 // One registration: what its thread and the notifier share. The thread keeps it alive when the notifier does not wait.
 struct BTVornDeviceNotifier::Run {
   std::atomic<bool> quitThread = false; // written by the main thread, read by the notifier threads
   detection::AddUSBNotifier::Parts parts;
-  std::shared_ptr<platform::Mutex> registryInUse;
+  std::shared_ptr<Turn> turn;
 
   platform::Mutex mutex;
   platform::Condition changed;
@@ -61,11 +89,14 @@ struct BTVornDeviceNotifier::Run {
     runLoop = std::move(loop);
   }
   void askToQuit() {
-    const platform::Lock lock(mutex);
-    quitThread = true;
-    changed.notify_all();
-    if (runLoop)
-      runLoop->stop();
+    {
+      const platform::Lock lock(mutex);
+      quitThread = true;
+      changed.notify_all();
+      if (runLoop)
+        runLoop->stop();
+    }
+    turn->lookAgain();
   }
   bool sleep(std::chrono::seconds time) {
     const auto end = std::chrono::steady_clock::now() + time;
@@ -91,7 +122,7 @@ BTVornDeviceNotifier::BTVornDeviceNotifier()
 BTVornDeviceNotifier::BTVornDeviceNotifier(Parts parts)
     : m_parts(std::move(parts))
     , m_events(std::make_shared<detection::DeviceEvents>())
-    , m_registryInUse(std::make_shared<platform::Mutex>()) {
+    , m_turn(std::make_shared<Turn>()) {
   MTPB_LOG("ENTER");
   MTPB_LOG("EXIT");
 }
@@ -113,7 +144,7 @@ bool BTVornDeviceNotifier::registerNotification(const std::optional<QVariantList
   m_run->parts.identities = m_parts.identities;
   m_run->parts.events = m_events;
   m_run->parts.mtpProbe = m_parts.mtpProbe;
-  m_run->registryInUse = m_registryInUse;
+  m_run->turn = m_turn;
   // Not the shared pointer: the thread that holds it is the one that sleeps.
   m_run->parts.sleep =
       m_parts.sleep ? m_parts.sleep : [run = m_run.get()](std::chrono::seconds time) { return run->sleep(time); };
@@ -124,22 +155,27 @@ bool BTVornDeviceNotifier::registerNotification(const std::optional<QVariantList
 }
 
 void BTVornDeviceNotifier::deviceUSBNotifierThread(Run& run) {
+  bool hasTurn = false;
   try {
     MTPB_LOG("ENTER");
-    const platform::Lock turn(*run.registryInUse);
-    const auto runLoop = platform::RunLoop::current();
-    run.setRunLoop(runLoop);
-    detection::AddUSBNotifier usb(run.parts);
-    usb.addUSBNotifier();
-    MTPB_LOG("CFRunLoopRun");
-    while (!run.quitThread)
-      runLoop->runFor(slice);
-    usb.removeUSBNotifier();
+    hasTurn = run.turn->take(run.quitThread);
+    if (hasTurn) {
+      const auto runLoop = platform::RunLoop::current();
+      run.setRunLoop(runLoop);
+      detection::AddUSBNotifier usb(run.parts);
+      usb.addUSBNotifier();
+      MTPB_LOG("CFRunLoopRun");
+      while (!run.quitThread)
+        runLoop->runFor(slice);
+      usb.removeUSBNotifier();
+    }
     MTPB_LOG("EXIT");
   } catch (const std::exception& exception) {
     MTPB_LOG("NSException : %s", exception.what());
   }
   run.parts = {}; // the registry ends on the thread that used it
+  if (hasTurn)
+    run.turn->giveBack();
   run.threadEnded();
 }
 

@@ -58,6 +58,7 @@ public:
   bool umsNotiThread() const;
 
 private:
+  struct Turn;
   struct Run;
   // `deviceUSBNotifierThread:`. The thread's body. A thread for mass-storage volumes and network phones would be a
   // second one of its kind, started where this one is.
@@ -65,7 +66,7 @@ private:
 
   const Parts m_parts;
   const std::shared_ptr<detection::DeviceEvents> m_events;
-  const std::shared_ptr<platform::Mutex> m_registryInUse; // held by the thread whose turn it is
+  const std::shared_ptr<Turn> m_turn;
   std::optional<QVariantList> notificationDevice;
   std::shared_ptr<Run> m_run; // the latest registration's; shared with its thread
 };
