@@ -2,12 +2,19 @@
 
 #include "TessalyMTPSdk/Logging.h"
 
+#include <algorithm>
+#include <utility>
+
 namespace mtp {
 
 namespace {
 
 constexpr std::uint32_t MicrosoftExtension = 6; // VendorExtensionID of MTP
 constexpr std::size_t MaxStorages = 64;
+constexpr int MaxFetches = 3;                         // of one folder, while the computer itself changes it
+constexpr std::uint64_t AmpleRoom = 64 * 1024 * 1024; // bytes that other writers on the phone may fill up meanwhile
+constexpr std::chrono::seconds RoomAge{5};
+constexpr std::uint16_t ReadWrite = 0; // StorageInfo's AccessCapability
 
 /// A storage ID whose lower half is 0 is a slot without a medium.
 bool isStorage(std::uint32_t id) {
@@ -90,6 +97,9 @@ Status Device::connect(EventThread& events) {
   m_session.onReopened([this] {
     log(LogLevel::Info, "the phone started a new session; everything is listed anew");
     const std::lock_guard lock(m_registry.mutex);
+    ++m_epoch;
+    m_own.clear();
+    m_thumbnail = {};
     m_store.retireObjects();
   });
   const auto onEvent = [weak = weak_from_this(), node = m_node, &events](Bytes bytes) {
@@ -202,18 +212,23 @@ Status Device::fetch(const std::shared_ptr<Listing>& listing, std::unique_lock<s
   const std::uint64_t changes = listing->changes;
   Status status = DGSTATUS_INSUFFICIENT_RESOURCE; // unless it is reached
   try {
-    lock.unlock();
     ListedFolder folder;
-    status = m_lister->list(
-        listing->storage, listing->parent,
-        [&] {
-          const std::lock_guard check(m_registry.mutex);
-          return listing->known;
-        },
-        folder);
-    log(LogLevel::Debug, "listed %zu objects in folder 0x%08x of storage 0x%08x: status 0x%08x", folder.objects.size(),
-        listing->parent, listing->storage, status);
-    lock.lock();
+    std::uint64_t own = 0;
+    int fetches = 0;
+    do { // a list begun before the computer changed the folder may lack what it made
+      own = listing->ownChanges;
+      lock.unlock();
+      status = m_lister->list(
+          listing->storage, listing->parent,
+          [&] {
+            const std::lock_guard check(m_registry.mutex);
+            return listing->known;
+          },
+          folder);
+      log(LogLevel::Debug, "listed %zu objects in folder 0x%08x of storage 0x%08x: status 0x%08x",
+          folder.objects.size(), listing->parent, listing->storage, status);
+      lock.lock();
+    } while (status == DGSTATUS_SUCCESS && listing->known && listing->ownChanges != own && ++fetches < MaxFetches);
     if (!listing->known)
       status = isGone() ? DGSTATUS_NO_DEVICE_ATTACHED : DGSTATUS_NODE_IS_NOT_EXISTED;
     if (status == DGSTATUS_SUCCESS) {
@@ -249,14 +264,85 @@ bool Device::exists(const Node& node, std::unique_lock<std::mutex>& lock) {
   return reply.ok();
 }
 
+bool Device::isCurrent(std::uint64_t epoch) {
+  const std::lock_guard lock(m_registry.mutex);
+  return m_epoch == epoch;
+}
+
+Status Device::checkRoom(std::uint32_t storage, std::uint64_t size) {
+  const auto now = m_session.limits().now();
+  {
+    const std::lock_guard lock(m_registry.mutex);
+    const auto known = m_rooms.find(storage);
+    if (known != m_rooms.end() && now - known->second.asked < RoomAge && known->second.bytes >= AmpleRoom &&
+        known->second.bytes - AmpleRoom >= size)
+      return DGSTATUS_SUCCESS;
+  }
+  std::vector<std::byte> dataset;
+  const Reply reply = m_session.receive(Operation::GetStorageInfo, {storage}, dataset);
+  if (!reply.ok())
+    return reply.status;
+  const auto info = parseStorageInfo(dataset);
+  if (!info || info->maxCapacity == 0)
+    return DGSTATUS_SUCCESS; // the phone does not tell
+  if (info->accessCapability != ReadWrite)
+    return DGSTATUS_INTERNAL_STOREWRITEPROTECTED;
+  const std::lock_guard lock(m_registry.mutex);
+  m_rooms[storage] = {info->freeSpace, now};
+  return size <= info->freeSpace ? DGSTATUS_SUCCESS : DGSTATUS_STORAGE_FULL;
+}
+
+void Device::takeRoom(std::uint32_t storage, std::uint64_t size) {
+  const std::lock_guard lock(m_registry.mutex);
+  if (const auto known = m_rooms.find(storage); known != m_rooms.end())
+    known->second.bytes -= std::min(known->second.bytes, size);
+}
+
+void Device::forgetRoom(std::uint32_t storage) {
+  const std::lock_guard lock(m_registry.mutex);
+  m_rooms.erase(storage);
+}
+
+Device::EventsWait::EventsWait(Device& device)
+    : m_device(device) {
+  const std::lock_guard lock(m_device.m_registry.mutex);
+  ++m_device.m_eventsWait;
+}
+
+Device::EventsWait::~EventsWait() {
+  const std::lock_guard lock(m_device.m_registry.mutex);
+  if (--m_device.m_eventsWait > 0)
+    return;
+  for (const EventContainer& event : std::exchange(m_device.m_waiting, {}))
+    m_device.judge(event);
+}
+
+void Device::noteOwnChange(std::uint32_t handle) {
+  const std::lock_guard lock(m_registry.mutex);
+  m_own.add(handle, m_session.limits().now());
+}
+
 void Device::handleEvent(const EventContainer* event) {
   const std::lock_guard lock(m_registry.mutex);
   if (!event) {
     m_store.markAllStale();
-    return;
+  } else if (m_eventsWait == 0) {
+    judge(*event);
+  } else if (m_waiting.size() < MaxWaiting) {
+    m_waiting.push_back(*event);
+  } else {
+    m_store.markAllStale();
   }
-  const std::uint32_t parameter = event->parameters[0];
-  switch (static_cast<Event>(event->code)) {
+}
+
+/// Wants the lock.
+void Device::judge(const EventContainer& event) {
+  const std::uint32_t parameter = event.parameters[0];
+  const auto code = static_cast<Event>(event.code);
+  const bool ofObject = code == Event::ObjectAdded || code == Event::ObjectRemoved || code == Event::ObjectInfoChanged;
+  if (ofObject && m_own.cover(parameter, m_session.limits().now()))
+    return;
+  switch (code) {
   case Event::ObjectRemoved:
     if (!m_store.retireObject(parameter))
       m_store.markAllStale();
@@ -267,6 +353,11 @@ void Device::handleEvent(const EventContainer* event) {
     break;
   case Event::StoreRemoved:
     m_store.retireStorage(parameter);
+    m_rooms.erase(parameter);
+    break;
+  case Event::StorageInfoChanged:
+  case Event::StoreFull:
+    m_rooms.erase(parameter);
     break;
   case Event::ObjectAdded:
     // Where it was added only the phone knows, and some responders name a wrong object.

@@ -2,6 +2,7 @@
 // One attached phone: its session, what it said of itself, and what is known of its objects.
 #include "TessalyMTPSdk/EventThread.h"
 #include "TessalyMTPSdk/ObjectStore.h"
+#include "TessalyMTPSdk/OwnChanges.h"
 #include "TessalyMTPSdk/Session.h"
 
 #include <memory>
@@ -50,11 +51,54 @@ public:
   /// Wants NodeRegistry::mutex.
   ObjectStore& store() { return m_store; }
 
+  // For the operations that change the phone or move data.
+  Session& session() { return m_session; }
+  const DeviceInfo& info() const { return m_info; }
+  NodeRegistry& registry() { return m_registry; }
+  /// Changes when the phone lost its session: handles of before mean nothing any more. Wants the lock.
+  std::uint64_t epoch() const { return m_epoch; }
+  /// Whether handles of this epoch still mean what they did. Takes the lock. The answer holds as long as the session is
+  /// held exclusively and no transaction is made.
+  bool isCurrent(std::uint64_t epoch);
+
+  /// Whether `size` bytes can be stored: 0, DGSTATUS_STORAGE_FULL, the status of a storage that is read-only, or why
+  /// the phone could not be asked. Asks it unless it said lately that there is far more room.
+  Status checkRoom(std::uint32_t storage, std::uint64_t size);
+  /// Takes what was stored off what is known of the room.
+  void takeRoom(std::uint32_t storage, std::uint64_t size);
+  /// What is known of the room is no longer so.
+  void forgetRoom(std::uint32_t storage);
+
+  /// While one lives, events wait: the object the phone is just making must have been told to the computer before its
+  /// events are judged. All take the lock.
+  class EventsWait {
+  public:
+    explicit EventsWait(Device& device);
+    ~EventsWait();
+    EventsWait(const EventsWait&) = delete;
+    EventsWait& operator=(const EventsWait&) = delete;
+
+  private:
+    Device& m_device;
+  };
+  /// The computer has just changed this object; events that tell so are no news.
+  void noteOwnChange(std::uint32_t handle);
+
+  /// The last thumbnail fetched, for the second call of the two-call protocol. Wants the lock.
+  struct Thumbnail {
+    std::uint32_t handle = 0;
+    std::vector<std::byte> bytes;
+  };
+  Thumbnail& thumbnail() { return m_thumbnail; }
+
 private:
+  static constexpr std::size_t MaxWaiting = 1024;
+
   Device(std::unique_ptr<Transport> transport, const DeviceCandidate& candidate, NodeRegistry& registry,
          const TimeLimits& limits, Node* node);
 
   Status connect(EventThread& events);
+  void judge(const EventContainer& event);
   std::vector<ListedStorage> readStorages(const std::vector<std::uint32_t>& ids, Status& status);
 
   NodeRegistry& m_registry;
@@ -69,6 +113,16 @@ private:
   std::optional<std::u16string> m_friendlyName;
   ObjectStore m_store;
   std::condition_variable m_fetched; // some listing's fetch ended
+  std::uint64_t m_epoch = 0;
+  OwnChanges m_own;
+  int m_eventsWait = 0;
+  std::vector<EventContainer> m_waiting; // at most MaxWaiting
+  Thumbnail m_thumbnail;
+  struct Room {
+    std::uint64_t bytes = 0;
+    std::chrono::steady_clock::time_point asked;
+  };
+  std::unordered_map<std::uint32_t, Room> m_rooms; // by storage
 };
 
 } // namespace mtp

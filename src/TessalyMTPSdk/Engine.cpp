@@ -41,7 +41,9 @@ EngineState::Access::~Access() {
 
 Node* EngineState::Access::find(const void* address, std::initializer_list<std::int32_t> kinds) const {
   Node* node = m_engine.m_registry.find(address);
-  return node && std::ranges::find(kinds, node->kind) != kinds.end() ? node : nullptr;
+  if (!node || std::ranges::find(kinds, node->kind) == kinds.end())
+    return nullptr;
+  return node->listing ? &node->listing->device->store().current(*node) : node;
 }
 
 std::shared_ptr<Device> EngineState::Access::device(const void* address) const {

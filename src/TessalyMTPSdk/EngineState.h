@@ -25,7 +25,8 @@ public:
     explicit Access(EngineState& engine);
     ~Access();
     std::unique_lock<std::mutex>& lock() { return m_lock; }
-    /// The known record at an address, when it is of one of the kinds; null otherwise.
+    /// The record that stands for the object whose record, perhaps one of a former name, is at this address, when it is
+    /// of one of the kinds; null otherwise.
     Node* find(const void* address, std::initializer_list<std::int32_t> kinds) const;
     /// The attached phone with this record; null when it is gone or the record is none.
     std::shared_ptr<Device> device(const void* address) const;

@@ -103,6 +103,7 @@ public:
   IoStatus write(std::span<const std::byte> data, bool endsTransfer, Milliseconds idle) override;
   ReadResult read(std::span<std::byte> buffer, Milliseconds idle) override;
   void expect(std::uint64_t bytes) override;
+  void setTick(Tick tick) override { m_tick = std::move(tick); }
   IoStatus controlOut(std::uint8_t request, std::span<const std::byte> data, Milliseconds limit) override;
   ReadResult controlIn(std::uint8_t request, std::span<std::byte> buffer, Milliseconds limit) override;
   IoStatus clearHalt(Pipe pipe) override;
@@ -174,6 +175,8 @@ private:
   void submitEvents();
 
   bool pump(Lock& lock, Clock::time_point deadline);
+  enum class Waited { Woken, Late, Stopped };
+  Waited wait(Lock& lock, Clock::time_point deadline, std::size_t moved);
   bool cancel(Queue& queue, Lock& lock);
   int control(std::uint8_t direction, std::uint8_t request, unsigned char* data, std::size_t size, Milliseconds limit,
               Lock& lock);
@@ -186,6 +189,9 @@ private:
   const UsbInterfaceFacts m_facts;
 
   std::atomic<bool> m_gone{false}; // written under the lock by whoever sees the phone leave; isGone() reads it
+
+  Tick m_tick; // the transacting thread's
+  Clock::time_point m_nextTick{};
 
   std::mutex m_closeMutex; // held for the whole of close(); taken before m_mutex
   // Guards everything below. libusb's calls that submit, cancel and wake are made under it; waiting is not.
@@ -407,6 +413,25 @@ bool LibusbTransport::pump(Lock& lock, Clock::time_point deadline) {
   return true;
 }
 
+/// As pump(), and asks the tick when it is due. Late: the deadline has passed. Stopped: the tick wants an end.
+LibusbTransport::Waited LibusbTransport::wait(Lock& lock, Clock::time_point deadline, std::size_t moved) {
+  if (!m_tick) {
+    return pump(lock, deadline) ? Waited::Woken : Waited::Late;
+  }
+  const bool woken = pump(lock, std::min(deadline, m_nextTick));
+  if (Clock::now() < m_nextTick) {
+    return woken ? Waited::Woken : Waited::Late;
+  }
+  lock.unlock();
+  const bool goOn = m_tick(moved);
+  lock.lock();
+  m_nextTick = Clock::now() + TickInterval;
+  if (!goOn) {
+    return Waited::Stopped;
+  }
+  return woken || Clock::now() < deadline ? Waited::Woken : Waited::Late;
+}
+
 /// Takes the queue's pending transfers off the bus, the last one first, so that none is served after a gap. What they
 /// have moved so far counts. False: the kernel did not give them back.
 bool LibusbTransport::cancel(Queue& queue, Lock& lock) {
@@ -493,7 +518,11 @@ IoStatus LibusbTransport::write(std::span<const std::byte> data, bool endsTransf
       if (std::exchange(m_interrupted, false)) {
         return giveUp(IoStatus::Cancelled);
       }
-      if (pump(lock, deadline)) {
+      const Waited waited = wait(lock, deadline, moved);
+      if (waited == Waited::Stopped) {
+        return giveUp(IoStatus::Cancelled);
+      }
+      if (waited == Waited::Woken || !front.pending) {
         continue;
       }
       // Nothing was completed. The phone may yet be taking a large piece slowly: see how far it has come.
@@ -596,7 +625,11 @@ ReadResult LibusbTransport::read(std::span<std::byte> buffer, Milliseconds idle)
     if (status != IoStatus::Ok) {
       return {status};
     }
-    if (!pump(lock, deadline)) {
+    const Waited waited = wait(lock, deadline, 0);
+    if (waited == Waited::Stopped) {
+      return {IoStatus::Cancelled};
+    }
+    if (waited == Waited::Late) {
       // Nothing was completed, but a large transfer may have come in part: cut it there and look.
       cancel(m_in, lock);
       cancelled = true;

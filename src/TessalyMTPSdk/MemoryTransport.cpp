@@ -147,6 +147,7 @@ public:
     auto& pipe = wire_->out;
     auto deadline = after(idle);
     auto taken = pipe.head();
+    const auto size = data.size();
     for (bool ended = false;;) {
       // What the device has taken is written, even if it halted the pipe right after.
       if (ended && !wire_->unplugged && pipe.drainedTo(pipe.tail()))
@@ -171,8 +172,11 @@ public:
         return IoStatus::Ok;
       if (std::exchange(taken, pipe.head()) != pipe.head() || moved)
         deadline = after(idle);
-      if (wire_->initiatorWakes.wait_until(lock, deadline) == std::cv_status::timeout && pipe.head() == taken &&
-          initiatorStatus(pipe, false) == IoStatus::Ok && !(ended && pipe.drainedTo(pipe.tail())))
+      const bool late = waitedUntil(lock, deadline);
+      if (!asksToGoOn(lock, size - data.size()))
+        return withdraw(IoStatus::Cancelled);
+      if (late && pipe.head() == taken && initiatorStatus(pipe, false) == IoStatus::Ok &&
+          !(ended && pipe.drainedTo(pipe.tail())))
         return withdraw(IoStatus::Timeout);
     }
   }
@@ -192,13 +196,16 @@ public:
       }
       if (buffer.empty())
         return {};
-      if (wire_->initiatorWakes.wait_until(lock, deadline) == std::cv_status::timeout && !pipe.available() &&
-          !pipe.endsHere() && initiatorStatus(pipe, false) == IoStatus::Ok)
+      const bool late = waitedUntil(lock, deadline);
+      if (!asksToGoOn(lock, 0))
+        return {IoStatus::Cancelled, 0, false};
+      if (late && !pipe.available() && !pipe.endsHere() && initiatorStatus(pipe, false) == IoStatus::Ok)
         return {IoStatus::Timeout, 0, false};
     }
   }
 
   void expect(std::uint64_t) override {}
+  void setTick(Tick tick) override { tick_ = std::move(tick); }
 
   IoStatus controlOut(std::uint8_t request, std::span<const std::byte> data, Milliseconds) override {
     if (isGone())
@@ -286,6 +293,21 @@ private:
     return pipe.halted ? IoStatus::Stall : IoStatus::Ok;
   }
 
+  /// Waits for news, until the next tick or the deadline. True: the deadline has passed.
+  bool waitedUntil(std::unique_lock<std::mutex>& lock, Clock::time_point deadline) {
+    auto until = tick_ ? std::min(deadline, nextTick_) : deadline;
+    return wire_->initiatorWakes.wait_until(lock, until) == std::cv_status::timeout && until == deadline;
+  }
+  bool asksToGoOn(std::unique_lock<std::mutex>& lock, std::size_t moved) {
+    if (!tick_ || Clock::now() < nextTick_)
+      return true;
+    lock.unlock();
+    bool goOn = tick_(moved);
+    lock.lock();
+    nextTick_ = Clock::now() + TickInterval;
+    return goOn;
+  }
+
   /// Takes back what the device has not read of a write that fails, as a cancelled transfer does.
   IoStatus withdraw(IoStatus status) {
     wire_->out.clear();
@@ -318,6 +340,8 @@ private:
   }
 
   std::shared_ptr<Wire> wire_;
+  Tick tick_; // the transacting thread's
+  Clock::time_point nextTick_{};
   std::uint64_t inTransfer_ = 0; // bytes of the transfer being written; under the wire's mutex
   std::thread eventThread_;
 };

@@ -13,11 +13,6 @@ MTPDEXT_CHAR16* putTerminated(MTPDEXT_CHAR16* text, std::u16string_view value) {
   return text + value.size() + 1;
 }
 
-std::u16string_view nameOf(const Node& node) {
-  return node.kind == MTPDEXT_NODE_FOLDER ? std::u16string_view(node.folder.name, node.folder.nameSize - 1)
-                                          : std::u16string_view(node.file.name, node.file.nameSize - 1);
-}
-
 /// Whether a fresh record of the object would say just what this one says.
 bool says(const Node& node, const ListedFolder& folder, const ListedObject& object) {
   if ((node.kind == MTPDEXT_NODE_FOLDER) != object.folder || nameOf(node) != folder.name(object))
@@ -40,6 +35,20 @@ Node* findHandle(const Listing& listing, std::uint32_t handle) {
 
 Node*& headOf(Listing& listing, const Node& node) {
   return node.kind == MTPDEXT_NODE_FOLDER ? listing.firstFolder : listing.firstFile;
+}
+
+Node*& lastOf(Listing& listing, const Node& node) {
+  return node.kind == MTPDEXT_NODE_FOLDER ? listing.lastFolder : listing.lastFile;
+}
+
+void empty(Listing& listing) {
+  listing.firstFolder = listing.firstFile = listing.lastFolder = listing.lastFile = nullptr;
+  listing.names.reset();
+}
+
+Listing::Entry* entryOf(Listing& listing, const Node& node) {
+  const auto found = std::ranges::lower_bound(listing.byHandle, node.common.nodeId, {}, &Listing::Entry::handle);
+  return found != listing.byHandle.end() && found->node == &node ? &*found : nullptr;
 }
 
 } // namespace
@@ -94,6 +103,19 @@ Node* ObjectStore::storageAfter(const Node& storage) const {
   return found->nodes.back();
 }
 
+std::shared_ptr<Listing> ObjectStore::listingAround(const Node& object) const {
+  if (const Node* parent = object.listing->parentNode) {
+    const auto found = m_folders.find(parent);
+    return found != m_folders.end() ? found->second : nullptr;
+  }
+  const auto found = std::ranges::find(m_storages, object.listing->storage, &Storage::id);
+  return found != m_storages.end() ? found->topLevel : nullptr;
+}
+
+Node* ObjectStore::find(const Listing& listing, std::uint32_t handle) {
+  return findHandle(listing, handle);
+}
+
 std::shared_ptr<Listing> ObjectStore::listingOf(Node& parent) {
   if (parent.kind == MTPDEXT_NODE_STORAGE) {
     const auto found = std::ranges::find(m_storages, parent.listing->storage, &Storage::id);
@@ -144,23 +166,160 @@ void ObjectStore::apply(Listing& listing, const ListedFolder& folder) {
       retireNode(*before.node, toRetire);
   }
   listing.byHandle = std::move(byHandle);
-  listing.firstFolder = listing.firstFile = nullptr;
-  Node* lastFolder = nullptr;
-  Node* lastFile = nullptr;
-  for (Node* node : order) {
-    Node*& last = node->kind == MTPDEXT_NODE_FOLDER ? lastFolder : lastFile;
-    node->listing = &listing;
-    node->previous = last;
-    node->next = nullptr;
-    (last ? last->next : headOf(listing, *node)) = node;
-    last = node;
-  }
+  empty(listing);
+  for (Node* node : order)
+    append(listing, *node);
   listing.cached = true;
+  retireCollected(toRetire);
+}
+
+/// Puts the node at the end of its kind's list.
+void ObjectStore::append(Listing& listing, Node& node) {
+  Node*& last = lastOf(listing, node);
+  node.listing = &listing;
+  node.previous = last;
+  node.next = nullptr;
+  (last ? last->next : headOf(listing, node)) = &node;
+  last = &node;
+}
+
+/// Takes the node out of its list; it goes on saying where it stood.
+void ObjectStore::unlink(Node& node) {
+  Listing& listing = *node.listing;
+  (node.previous ? node.previous->next : headOf(listing, node)) = node.next;
+  (node.next ? node.next->previous : lastOf(listing, node)) = node.previous;
+  node.previous = node.next = nullptr;
+  if (listing.names)
+    listing.names->remove(node);
+}
+
+Node* ObjectStore::namesake(Listing& listing, std::u16string_view name, const Node* except) {
+  if (!listing.names) {
+    NameIndex names;
+    for (Node* head : {listing.firstFolder, listing.firstFile}) {
+      for (Node* node = head; node; node = node->next)
+        names.insert(*node);
+    }
+    listing.names = std::move(names);
+  }
+  return listing.names->find(name, except);
+}
+
+Node* ObjectStore::insert(Listing& listing, const ListedFolder& one) {
+  if (m_closed || !listing.known || !listing.cached || one.objects.empty())
+    return nullptr;
+  const ListedObject& object = one.objects.front();
+  Listing* toRetire = nullptr;
+  listing.byHandle.reserve(listing.byHandle.size() + 1);
+  Node* node = createObject(one, object);
+  try {
+    if (listing.names)
+      listing.names->insert(*node);
+  } catch (...) {
+    m_registry.retire(node);
+    throw;
+  }
+  const auto at = std::ranges::lower_bound(listing.byHandle, object.handle, {}, &Listing::Entry::handle);
+  if (at == listing.byHandle.end() || at->handle != object.handle) {
+    listing.byHandle.insert(at, {object.handle, node});
+  } else {
+    if (at->node) { // what the phone said of it before is overtaken
+      unlink(*at->node);
+      retireNode(*at->node, toRetire);
+    }
+    at->node = node;
+  }
+  append(listing, *node);
+  ++listing.ownChanges;
+  retireCollected(toRetire);
+  return node;
+}
+
+void ObjectStore::rename(Node& object, std::u16string_view name) {
+  Listing& listing = *object.listing;
+  Listing::Entry* entry = entryOf(listing, object);
+  if (!entry)
+    return;
+  ListedFolder one;
+  ListedObject renamed;
+  const bool folder = object.kind == MTPDEXT_NODE_FOLDER;
+  renamed.handle = object.common.nodeId;
+  renamed.folder = folder;
+  renamed.size = folder ? 0 : object.file.fileLength;
+  renamed.nameUnits = static_cast<std::uint16_t>(std::min(name.size(), MaxNameUnits));
+  renamed.dateAt = renamed.nameUnits;
+  one.text = name.substr(0, renamed.nameUnits);
+  if (!folder && object.file.date) {
+    one.text.append(object.file.date, object.file.dateLength);
+    renamed.dateUnits = static_cast<std::uint16_t>(object.file.dateLength);
+  }
+  Node* node = createObject(one, renamed);
+  try {
+    m_renamed[&object] = node;
+    m_folders.reserve(m_folders.size() + 1);
+    if (listing.names)
+      listing.names->insert(*node);
+  } catch (...) {
+    m_renamed.erase(&object);
+    m_registry.retire(node);
+    throw;
+  }
+  for (auto& [former, now] : m_renamed) {
+    if (now == &object)
+      now = node;
+  }
+  node->listing = &listing;
+  node->previous = object.previous;
+  node->next = object.next;
+  (node->previous ? node->previous->next : headOf(listing, *node)) = node;
+  (node->next ? node->next->previous : lastOf(listing, *node)) = node;
+  object.previous = object.next = nullptr;
+  if (listing.names)
+    listing.names->remove(object);
+  entry->node = node;
+  ++listing.ownChanges;
+  if (auto own = m_folders.extract(&object)) {
+    own.key() = node;
+    own.mapped()->parentNode = node;
+    m_folders.insert(std::move(own));
+  }
+}
+
+void ObjectStore::remove(Node& object) {
+  Listing& listing = *object.listing;
+  Listing* toRetire = nullptr;
+  if (Listing::Entry* entry = entryOf(listing, object))
+    entry->node = nullptr;
+  ++listing.ownChanges;
+  unlink(object);
+  retireNode(object, toRetire);
+  retireCollected(toRetire);
+}
+
+Node& ObjectStore::current(Node& node) const {
+  const auto renamed = m_renamed.find(&node);
+  return renamed != m_renamed.end() ? *renamed->second : node;
+}
+
+void ObjectStore::retireCollected(Listing* toRetire) {
   while (toRetire) {
     Listing* next = toRetire->nextToRetire;
     retireListing(*toRetire);
     toRetire = next;
   }
+}
+
+/// Retires the object's record, and those of its former names.
+void ObjectStore::retireRecord(Node& node) {
+  for (auto former = m_renamed.begin(); former != m_renamed.end();) {
+    if (former->second != &node) {
+      ++former;
+      continue;
+    }
+    m_registry.retire(former->first);
+    former = m_renamed.erase(former);
+  }
+  m_registry.retire(&node);
 }
 
 Node* ObjectStore::createStorage(const ListedStorage& storage) {
@@ -240,9 +399,7 @@ bool ObjectStore::retireObject(std::uint32_t handle) {
     known = true;
     markStale(listing);
     Node& node = *found->node;
-    (node.previous ? node.previous->next : headOf(listing, node)) = node.next;
-    if (node.next)
-      node.next->previous = node.previous;
+    unlink(node);
     found->node = nullptr;
     // Its own listing leaves the map only below: the map is being walked.
     const auto own = m_folders.find(&node);
@@ -250,7 +407,7 @@ bool ObjectStore::retireObject(std::uint32_t handle) {
       own->second->nextToRetire = toRetire;
       toRetire = own->second.get();
     }
-    m_registry.retire(&node);
+    retireRecord(node);
   });
   while (toRetire) {
     Listing* next = toRetire->nextToRetire;
@@ -308,7 +465,7 @@ void ObjectStore::retireContents(Listing& listing) {
         retireNode(*entry.node, toRetire);
     }
     current->byHandle = {};
-    current->firstFolder = current->firstFile = nullptr;
+    empty(*current);
     current->cached = false;
     markStale(*current);
     if (current != &listing)
@@ -329,7 +486,7 @@ void ObjectStore::retireNode(Node& node, Listing*& toRetire) {
     own->second->nextToRetire = toRetire;
     toRetire = own->second.get();
   }
-  m_registry.retire(&node);
+  retireRecord(node);
 }
 
 template <typename Use> void ObjectStore::forEachListing(Use use) {

@@ -2,12 +2,14 @@
 // What is known of one phone's storages, folders and files: node records in lists as the phone gave them. Pure memory;
 // makes no transactions. Every function wants NodeRegistry::mutex held.
 #include "TessalyMTPSdk/FolderLister.h"
+#include "TessalyMTPSdk/NameIndex.h"
 #include "TessalyMTPSdk/NodeRegistry.h"
 #include "TessalyMTPSdk/StatusCodes.h"
 #include "TessalyMTPSdk/Wire.h"
 
 #include <condition_variable>
 #include <memory>
+#include <optional>
 
 namespace mtp {
 
@@ -30,13 +32,18 @@ struct Listing {
   std::uint64_t fetches = 0; // finished ones
   Status lastFetch = DGSTATUS_SUCCESS;
 
+  std::uint64_t ownChanges = 0; // how often the computer changed what the lists below hold
+
   Node* firstFolder = nullptr;
   Node* firstFile = nullptr;
+  Node* lastFolder = nullptr;
+  Node* lastFile = nullptr;
   struct Entry {
     std::uint32_t handle;
     Node* node; // null: removed since
   };
-  std::vector<Entry> byHandle; // ascending
+  std::vector<Entry> byHandle;    // ascending
+  std::optional<NameIndex> names; // made when first needed
 
   Listing* nextToRetire = nullptr;
 };
@@ -57,11 +64,30 @@ public:
   Node* firstStorage() const;
   Node* storageAfter(const Node& storage) const;
 
+  /// The listing in which a folder's or file's record stands.
+  std::shared_ptr<Listing> listingAround(const Node& object) const;
+  /// The object of this handle in the listing; null: none.
+  static Node* find(const Listing& listing, std::uint32_t handle);
   /// The listing of a folder's or storage's record.
   std::shared_ptr<Listing> listingOf(Node& parent);
   /// Takes over a fetched folder. Records of objects of which nothing changed are kept, those no longer there retired.
   /// Throws std::bad_alloc, having changed nothing.
   void apply(Listing& listing, const ListedFolder& folder);
+
+  /// The object of the listing, other than `except`, that a storage may take for one of this name; null: none is known.
+  static Node* namesake(Listing& listing, std::u16string_view name, const Node* except = nullptr);
+
+  // What the computer changed on the phone; no listing is stale for it.
+  /// Adds a new object, the first one of `one`, behind the others of its kind. Null when the listing is not known or
+  /// holds nothing of the phone. Throws std::bad_alloc, having changed nothing.
+  Node* insert(Listing& listing, const ListedFolder& one);
+  /// Gives the object another name: a new record takes its place, and the older one keeps naming the same object.
+  /// Throws std::bad_alloc, having changed nothing.
+  void rename(Node& object, std::u16string_view name);
+  /// Retires the object and everything below it.
+  void remove(Node& object);
+  /// The record that stands for the object of this record, itself for most.
+  Node& current(Node& node) const;
 
   /// Retires all folders and files.
   void retireObjects();
@@ -92,6 +118,10 @@ private:
   void retireListing(Listing& listing);
   void retireContents(Listing& listing);
   void retireNode(Node& node, Listing*& toRetire);
+  void retireRecord(Node& node);
+  void retireCollected(Listing* toRetire);
+  static void unlink(Node& node);
+  static void append(Listing& listing, Node& node);
   template <typename Use> void forEachListing(Use use);
   static void markStale(Listing& listing);
 
@@ -101,6 +131,7 @@ private:
   bool m_closed = false;
   std::vector<Storage> m_storages; // in the phone's order
   std::unordered_map<const Node*, std::shared_ptr<Listing>> m_folders;
+  std::unordered_map<Node*, Node*> m_renamed; // from records of former names to the current one
 };
 
 } // namespace mtp

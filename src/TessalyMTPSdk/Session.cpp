@@ -15,6 +15,7 @@ constexpr std::size_t BufferSize = std::size_t{1} << 20;     // one bulk transfe
 constexpr int MaxSkipped = 64;                               // containers and transfers that belong to nobody
 constexpr std::uint64_t MaxDrained = std::uint64_t{1} << 26; // bytes thrown away before a pipe counts as broken
 constexpr int MaxStatusPolls = 10;
+constexpr std::uint64_t ShortRest = std::uint64_t{8} << 20; // may be in the transport's buffers already
 constexpr std::uint32_t SessionId = 1;
 
 const char* nameOf(Operation operation) {
@@ -33,6 +34,18 @@ const char* nameOf(Operation operation) {
     return "GetObjectHandles";
   case Operation::GetObjectInfo:
     return "GetObjectInfo";
+  case Operation::GetObject:
+    return "GetObject";
+  case Operation::GetThumb:
+    return "GetThumb";
+  case Operation::DeleteObject:
+    return "DeleteObject";
+  case Operation::SendObjectInfo:
+    return "SendObjectInfo";
+  case Operation::SendObject:
+    return "SendObject";
+  case Operation::SetObjectPropValue:
+    return "SetObjectPropValue";
   case Operation::GetDevicePropValue:
     return "GetDevicePropValue";
   case Operation::GetObjectPropValue:
@@ -62,6 +75,10 @@ Milliseconds TimeLimits::firstByte(Operation operation) const {
   case Operation::GetObjectHandles:
   case Operation::GetObjectPropList:
     return listing;
+  case Operation::DeleteObject:
+    return deletion;
+  case Operation::SendObject:
+    return settling;
   default:
     return object;
   }
@@ -72,13 +89,22 @@ struct Session::Exchange {
   Operation operation;
   std::uint32_t transaction = 0;
   std::span<const std::uint32_t> parameters{};
-  const Sink* sink = nullptr; // null: data is thrown away
-  Milliseconds firstByte{};   // limit for the next byte to come
+  const Sink* sink = nullptr;     // null: data is thrown away
+  const Source* source = nullptr; // null: the data phase, if there is one, comes from the phone
+  std::uint64_t toSend = 0;       // bytes of the data phase to the phone
+  const Watch* watch = nullptr;
+  std::uint64_t likelySize = 0; // of the data phase from the phone; 0: nothing is known
+  Milliseconds firstByte{};     // limit for the next byte to come
 
   Milliseconds limit{}; // of the next read
   std::chrono::steady_clock::time_point start{};
+  std::chrono::steady_clock::duration ours{}; // time since then that was the computer's, not the phone's
   std::uint64_t received = 0;
-  bool inDataPhase = false; // the phone is sending (or owes) data
+  std::uint64_t sent = 0;   // of the data container, without the write on its way
+  std::uint64_t left = 0;   // of the data phase from the phone
+  bool inDataPhase = false; // data is going one way or the other, or the phone owes it
+  bool stopped = false;     // by the computer
+  std::chrono::steady_clock::time_point graceEnds{};
   bool hadData = false;
   bool cutShort = false; // the data phase had fewer bytes than its header promised
   bool garbage = false;  // bytes came that belong to no container
@@ -98,7 +124,7 @@ Session::~Session() {
 Status Session::open(Transport::EventHandler onEvent) {
   // First of all: a responder that waits for its event to be read answers nothing else meanwhile.
   m_transport->startEvents(std::move(onEvent));
-  const std::lock_guard lock(m_transaction);
+  const Exclusive lock(m_transaction);
   m_open = true; // from here on there is something to close
   const Reply reply = openSession();
   // A phone may hold the remains of a session that a crashed program left; once they are cleared away it answers.
@@ -106,14 +132,16 @@ Status Session::open(Transport::EventHandler onEvent) {
 }
 
 Reply Session::run(Operation operation, std::initializer_list<std::uint32_t> parameters) {
-  return transact(operation, parameters, Sink());
+  Exchange transaction{operation};
+  transaction.parameters = parameters;
+  return transact(transaction);
 }
 
 Reply Session::receive(Operation operation, std::initializer_list<std::uint32_t> parameters,
                        std::vector<std::byte>& data) {
   data.clear();
   bool tooLarge = false;
-  Reply reply = transact(operation, parameters, [&](Bytes piece) {
+  Reply reply = receive(operation, parameters, [&](Bytes piece) {
     tooLarge = piece.size() > m_limits.largestDataset - data.size();
     if (!tooLarge)
       data.insert(data.end(), piece.begin(), piece.end());
@@ -126,14 +154,36 @@ Reply Session::receive(Operation operation, std::initializer_list<std::uint32_t>
   return reply;
 }
 
-Reply Session::receive(Operation operation, std::initializer_list<std::uint32_t> parameters, const Sink& sink) {
-  return transact(operation, parameters, sink);
+Reply Session::receive(Operation operation, std::initializer_list<std::uint32_t> parameters, const Sink& sink,
+                       const Watch& watch, std::uint64_t likelySize) {
+  Exchange transaction{operation};
+  transaction.parameters = parameters;
+  transaction.sink = &sink;
+  transaction.watch = watch ? &watch : nullptr;
+  transaction.likelySize = likelySize;
+  return transact(transaction);
+}
+
+Reply Session::send(Operation operation, std::initializer_list<std::uint32_t> parameters, std::uint64_t size,
+                    const Source& source, const Watch& watch) {
+  Exchange transaction{operation};
+  transaction.parameters = parameters;
+  transaction.source = &source;
+  transaction.toSend = size;
+  transaction.watch = watch ? &watch : nullptr;
+  return transact(transaction);
+}
+
+Reply Session::send(Operation operation, std::initializer_list<std::uint32_t> parameters, Bytes dataset) {
+  std::vector<std::byte> container(ContainerHeader::Size + dataset.size());
+  std::ranges::copy(dataset, container.begin() + ContainerHeader::Size);
+  return send(operation, parameters, dataset.size(), [&] { return std::span(container); });
 }
 
 void Session::close() {
   if (m_closing.exchange(true))
     return;
-  if (std::unique_lock lock(m_transaction, std::try_to_lock); lock && m_open && !m_dead && !m_transport->isGone()) {
+  if (const Exclusive lock(m_transaction, std::try_to_lock); lock && m_open && !m_dead && !m_transport->isGone()) {
     Exchange closing{Operation::CloseSession};
     closing.firstByte = m_limits.control; // a phone that does not say goodbye is not waited for
     exchange(closing);
@@ -143,18 +193,19 @@ void Session::close() {
   m_transport->close();
 }
 
-Reply Session::transact(Operation operation, std::span<const std::uint32_t> parameters, const Sink& sink) {
-  const std::lock_guard lock(m_transaction);
+Reply Session::transact(Exchange& transaction) {
+  const Exclusive lock(m_transaction);
   if (isGone())
     return {DGSTATUS_NO_DEVICE_ATTACHED};
   if (m_dead)
     return {DGSTATUS_INTERNAL_DEVICE_NOT_RESPONSE};
-  Exchange transaction{operation};
-  transaction.parameters = parameters;
-  transaction.firstByte = m_limits.firstByte(operation);
-  if (sink)
-    transaction.sink = &sink;
-  return conclude(transaction, exchange(transaction));
+  transaction.firstByte = m_limits.firstByte(transaction.operation);
+  if (transaction.watch)
+    m_transport->setTick([&](std::size_t moved) { return mayGoOn(transaction, moved); });
+  const Outcome outcome = exchange(transaction);
+  if (transaction.watch)
+    m_transport->setTick({});
+  return conclude(transaction, outcome);
 }
 
 /// Turns the outcome into the caller's reply, bringing the wire back into order first where it needs that.
@@ -165,7 +216,9 @@ Reply Session::conclude(Exchange& exchange, Outcome outcome) {
     reply.status = statusOfResponse(static_cast<std::uint16_t>(reply.code));
     if (exchange.operation == Operation::OpenSession && reply.code == Response::SessionAlreadyOpen)
       reply.status = DGSTATUS_SUCCESS;
-    if (reply.ok() && exchange.cutShort)
+    if (exchange.stopped)
+      reply.status = DGSTATUS_IO_CANCEL;
+    else if (reply.ok() && exchange.cutShort)
       reply.status = DGSTATUS_INTERNAL_SIZE_MISMATCH;
     else if (reply.ok() && exchange.garbage && exchange.sink)
       reply.status = DGSTATUS_INTERNAL_DRIVER_READ_ERROR;
@@ -192,6 +245,8 @@ Reply Session::conclude(Exchange& exchange, Outcome outcome) {
     m_dead = true;
     log(LogLevel::Warning, "the phone does not answer any more; unplugging it and plugging it in again helps");
   }
+  if (exchange.stopped)
+    reply.status = DGSTATUS_IO_CANCEL;
   if (isGone())
     reply.status = DGSTATUS_NO_DEVICE_ATTACHED;
   return reply;
@@ -207,10 +262,51 @@ Session::Outcome Session::exchange(Exchange& exchange) {
   m_transferEnded = false;
   countTransaction();
 
+  if (const Outcome outcome = sendCommand(exchange); outcome != Outcome::Done)
+    return outcome;
+  if (exchange.source) {
+    if (const Outcome outcome = sendData(exchange); outcome != Outcome::Done)
+      return isAnsweredEarly(exchange) ? Outcome::Done : outcome;
+    exchange.start = m_limits.now();
+    exchange.ours = {};
+  }
+  return awaitResponse(exchange);
+}
+
+Session::Outcome Session::sendCommand(Exchange& exchange) {
   const CommandContainer command(exchange.operation, exchange.transaction, exchange.parameters);
-  switch (m_transport->write(command.bytes(), true, std::min(exchange.firstByte, m_limits.idle))) {
+  return outcomeOf(m_transport->write(command.bytes(), true, std::min(exchange.firstByte, m_limits.idle)), exchange);
+}
+
+Session::Outcome Session::sendData(Exchange& exchange) {
+  const std::uint64_t total = ContainerHeader::Size + exchange.toSend;
+  exchange.inDataPhase = true;
+  while (exchange.sent < total) {
+    const auto asked = m_limits.now();
+    std::span<std::byte> piece = (*exchange.source)();
+    exchange.ours += m_limits.now() - asked;
+    if (piece.empty())
+      stop(exchange);
+    if (!mayGoOn(exchange, 0))
+      return Outcome::Refused;
+    if (exchange.sent == 0)
+      std::ranges::copy(dataHeader(total, exchange.operation, exchange.transaction), piece.begin());
+    piece = piece.first(static_cast<std::size_t>(std::min<std::uint64_t>(piece.size(), total - exchange.sent)));
+    const bool last = exchange.sent + piece.size() == total;
+    if (const Outcome outcome = outcomeOf(m_transport->write(piece, last, m_limits.idle), exchange);
+        outcome != Outcome::Done)
+      return outcome;
+    exchange.sent += piece.size();
+  }
+  exchange.inDataPhase = false;
+  mayGoOn(exchange, 0);
+  return Outcome::Done;
+}
+
+Session::Outcome Session::outcomeOf(IoStatus status, const Exchange& exchange) const {
+  switch (status) {
   case IoStatus::Ok:
-    return awaitResponse(exchange);
+    return Outcome::Done;
   case IoStatus::Timeout:
     return Outcome::TimedOut;
   case IoStatus::Stall:
@@ -218,10 +314,65 @@ Session::Outcome Session::exchange(Exchange& exchange) {
   case IoStatus::Gone:
     return Outcome::Gone;
   case IoStatus::Cancelled:
+    if (exchange.stopped)
+      return Outcome::Refused;
+    return exchange.watch && isTooSlow(exchange) ? Outcome::TimedOut : Outcome::Broken;
   case IoStatus::Error:
     break;
   }
   return Outcome::Broken;
+}
+
+/// Whether the phone, which takes no more of the data, has answered already: then it is idle, and a cancel request
+/// would hit the next transaction.
+bool Session::isAnsweredEarly(Exchange& exchange) {
+  if (exchange.stopped || isGone())
+    return false;
+  exchange.firstByte = exchange.limit = Milliseconds(1);
+  exchange.start = m_limits.now();
+  exchange.inDataPhase = false;
+  const bool answered = awaitResponse(exchange) == Outcome::Done && exchange.reply.code != Response::OK;
+  if (!answered) {
+    exchange.reply = {};
+    exchange.inDataPhase = true;
+  }
+  return answered;
+}
+
+/// Asks the watch, and whether a transfer that is to stop has to be broken off.
+bool Session::mayGoOn(Exchange& exchange, std::uint64_t moved) {
+  if (exchange.watch && !exchange.stopped) {
+    const std::uint64_t header = exchange.source ? ContainerHeader::Size : 0;
+    const std::uint64_t all = (exchange.source ? exchange.sent : exchange.received) + moved;
+    const auto asked = m_limits.now();
+    if (!(*exchange.watch)(all - std::min(all, header)))
+      stop(exchange);
+    exchange.ours += m_limits.now() - asked;
+  }
+  if (!exchange.stopped)
+    return !isTooSlow(exchange);
+  if (exchange.source)
+    return !exchange.inDataPhase;
+  if (exchange.hadData && !exchange.inDataPhase)
+    return true;
+  if (exchange.left <= ShortRest && m_limits.now() < exchange.graceEnds)
+    return true;
+  exchange.inDataPhase = true; // or it is about to begin
+  return false;
+}
+
+void Session::stop(Exchange& exchange) {
+  if (exchange.stopped)
+    return;
+  exchange.stopped = true;
+  exchange.graceEnds = m_limits.now() + m_limits.stopping;
+}
+
+/// Without this one byte now and then would hold a caller for good.
+bool Session::isTooSlow(const Exchange& exchange) const {
+  const Milliseconds slowest(1000 * (exchange.received + exchange.sent) / m_limits.slowestBytesPerSecond);
+  return m_limits.now() - exchange.start - exchange.ours >
+         m_limits.firstByte(exchange.operation) + 2 * m_limits.idle + slowest;
 }
 
 Session::Outcome Session::awaitResponse(Exchange& exchange) {
@@ -273,20 +424,34 @@ Session::Outcome Session::receiveData(Exchange& exchange, const ContainerHeader&
   exchange.hadData = true;
   exchange.inDataPhase = true;
   exchange.limit = m_limits.idle;
-  const bool untilShortPacket = header.length == ContainerHeader::UntilShortPacket;
+  const std::uint64_t likely = exchange.likelySize + ContainerHeader::Size;
+  const bool wrapped =
+      likely >= ContainerHeader::UntilShortPacket && header.length == static_cast<std::uint32_t>(likely);
+  const bool untilShortPacket = header.length == ContainerHeader::UntilShortPacket || wrapped;
   std::uint64_t left = untilShortPacket ? ~std::uint64_t{0} : header.length - ContainerHeader::Size;
-  if (!untilShortPacket && left > buffered())
-    m_transport->expect(left - buffered());
+  exchange.left = left;
+  const std::uint64_t toCome = untilShortPacket ? exchange.likelySize : left;
+  if (toCome > buffered())
+    m_transport->expect(toCome - buffered());
   // Some responders send the header in a transfer of its own.
   bool headerAlone = headerBeganTransfer && buffered() == 0 && m_transferEnded && !untilShortPacket;
   while (left > 0) {
     if (buffered() > 0) {
       const auto piece = static_cast<std::size_t>(std::min<std::uint64_t>(buffered(), left));
       headerAlone = false;
-      if (exchange.sink && !(*exchange.sink)(buffer(piece)))
-        return Outcome::Refused;
+      if (exchange.sink && !exchange.stopped) {
+        const auto asked = m_limits.now();
+        if (!(*exchange.sink)(buffer(piece)))
+          stop(exchange);
+        exchange.ours += m_limits.now() - asked;
+      }
       use(piece);
       left -= piece;
+      exchange.left = left;
+      if (exchange.stopped)
+        exchange.limit = std::min(exchange.limit, m_limits.stopping);
+      if (left > 0 && (exchange.watch || exchange.stopped) && !mayGoOn(exchange, 0))
+        return exchange.stopped ? Outcome::Refused : Outcome::TimedOut;
       continue;
     }
     if (m_transferEnded && !headerAlone)
@@ -353,29 +518,16 @@ Session::Outcome Session::readMore(Exchange& exchange) {
     m_end -= m_begin;
     m_begin = 0;
   }
-  const std::chrono::milliseconds slowest(1000 * exchange.received / m_limits.slowestBytesPerSecond);
-  const auto since = m_limits.now() - exchange.start;
-  if (since > m_limits.firstByte(exchange.operation) + 2 * m_limits.idle + slowest)
+  if (isTooSlow(exchange))
     return Outcome::TimedOut;
 
   const ReadResult result = m_transport->read(std::span(m_buffer).subspan(m_end), exchange.limit);
-  switch (result.status) {
-  case IoStatus::Ok:
+  if (result.status == IoStatus::Ok) {
     m_end += result.size;
     exchange.received += result.size;
     m_transferEnded = result.endOfTransfer;
-    return Outcome::Done;
-  case IoStatus::Timeout:
-    return Outcome::TimedOut;
-  case IoStatus::Stall:
-    return Outcome::Stalled;
-  case IoStatus::Gone:
-    return Outcome::Gone;
-  case IoStatus::Cancelled:
-  case IoStatus::Error:
-    break;
   }
-  return Outcome::Broken;
+  return outcomeOf(result.status, exchange);
 }
 
 void Session::beginTransfer() {

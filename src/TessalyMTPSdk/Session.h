@@ -19,11 +19,14 @@ struct TimeLimits {
   Milliseconds information{10'000}; // storages, properties: a phone that wakes up from sleep
   Milliseconds object{20'000};      // anything about one object: a database query
   Milliseconds listing{180'000};    // whole folders: some responders' cost is quadratic (28 s for 20,000 files)
+  Milliseconds deletion{180'000};   // a folder with everything below it
+  Milliseconds settling{60'000};    // after the last byte of an object: a slow card is written out only then
   Milliseconds idle{10'000};        // between two pieces of a transfer
   Milliseconds afterGarbage{2'000}; // for the response of a transaction whose data phase was broken
   Milliseconds quiet{300};          // an emptied pipe stays silent for so long
   Milliseconds probe{2'000};        // for the answer that shows that the wire works again
   Milliseconds control{1'000};      // class requests
+  Milliseconds stopping{150};       // a transfer that is to stop may still end by itself
   Milliseconds longOpening{3'000};  // a phone whose opening failed after more than this is let alone for as long again
 
   /// Data slower than this counts as silence. Far below the slowest phone; without it one byte now and then would hold
@@ -54,6 +57,17 @@ class Session {
 public:
   /// Takes a piece of a data phase; false ends the transfer.
   using Sink = std::function<bool(Bytes piece)>;
+  /// Gives the next piece of a data container to the phone: the first with ContainerHeader::Size bytes of room at its
+  /// start, all but the last a multiple of 1024 bytes. It stays untouched until the next call, or the end. Empty: the
+  /// transfer ends here, incomplete.
+  using Source = std::function<std::span<std::byte>()>;
+  /// Asked on the transacting thread while the phone is waited for, at least every Transport::TickInterval; gets the
+  /// bytes of the data phase so far. False ends the transfer: at once in its data phase, which is cancelled; before and
+  /// behind it the phone is given the chance to end by itself, as a cancel request would then hit the next transaction.
+  using Watch = std::function<bool(std::uint64_t moved)>;
+
+  /// Holds the session for several transactions in a row: those of other threads wait. One thread may have several.
+  using Exclusive = std::unique_lock<std::recursive_mutex>;
 
   explicit Session(std::unique_ptr<Transport> transport, TimeLimits limits = {});
   ~Session();
@@ -71,8 +85,19 @@ public:
   Reply run(Operation operation, std::initializer_list<std::uint32_t> parameters);
   /// A transaction whose data phase comes from the phone. `data` is replaced. No memory is taken ahead of the bytes.
   Reply receive(Operation operation, std::initializer_list<std::uint32_t> parameters, std::vector<std::byte>& data);
-  /// The same, piece by piece as it comes. Ended by the sink: DGSTATUS_IO_CANCEL.
-  Reply receive(Operation operation, std::initializer_list<std::uint32_t> parameters, const Sink& sink);
+  /// The same, piece by piece as it comes. Ended by the sink or the watch: DGSTATUS_IO_CANCEL. `likelySize`: what is
+  /// known of the data phase's size; tells a header apart whose 32 bits have wrapped around.
+  Reply receive(Operation operation, std::initializer_list<std::uint32_t> parameters, const Sink& sink,
+                const Watch& watch = {}, std::uint64_t likelySize = 0);
+  /// A transaction whose data phase, `size` bytes, goes to the phone. Ended by the source or the watch:
+  /// DGSTATUS_IO_CANCEL, whatever the phone answered.
+  Reply send(Operation operation, std::initializer_list<std::uint32_t> parameters, std::uint64_t size,
+             const Source& source, const Watch& watch = {});
+  /// The same for a dataset.
+  Reply send(Operation operation, std::initializer_list<std::uint32_t> parameters, Bytes dataset);
+
+  Exclusive exclusive() { return Exclusive(m_transaction); }
+  const TimeLimits& limits() const { return m_limits; }
 
   /// Unplugged or closed.
   bool isGone() const { return m_closing || m_transport->isGone(); }
@@ -85,8 +110,15 @@ private:
   enum class Outcome { Done, TimedOut, Stalled, Broken, Refused, Gone };
   struct Exchange;
 
-  Reply transact(Operation operation, std::span<const std::uint32_t> parameters, const Sink& sink);
+  Reply transact(Exchange& exchange);
   Outcome exchange(Exchange& exchange);
+  Outcome sendCommand(Exchange& exchange);
+  Outcome sendData(Exchange& exchange);
+  Outcome outcomeOf(IoStatus status, const Exchange& exchange) const;
+  bool isAnsweredEarly(Exchange& exchange);
+  bool mayGoOn(Exchange& exchange, std::uint64_t moved);
+  void stop(Exchange& exchange);
+  bool isTooSlow(const Exchange& exchange) const;
   Outcome awaitResponse(Exchange& exchange);
   Outcome receiveData(Exchange& exchange, const ContainerHeader& header, bool headerBeganTransfer);
   Outcome receiveResponse(Exchange& exchange, const ContainerHeader& header, bool& mine);
@@ -114,7 +146,8 @@ private:
   const TimeLimits m_limits;
   std::function<void()> m_onReopened;
 
-  std::mutex m_transaction; // held for a whole transaction, recovery included; guards all below up to the atomics
+  std::recursive_mutex
+      m_transaction; // held for a whole transaction, recovery included; guards all below up to the atomics
   std::uint32_t m_lastTransaction = 0;
   std::vector<std::byte> m_buffer;
   std::size_t m_begin = 0;

@@ -3,8 +3,11 @@
 #include "TessalyMTPSdk/EngineState.h"
 #include "TessalyMTPSdk/Logging.h"
 #include "TessalyMTPSdk/ObjectExists.h"
+#include "TessalyMTPSdk/ObjectMutation.h"
 
 #include <cstring>
+#include <optional>
+#include <utility>
 
 namespace {
 
@@ -84,6 +87,41 @@ template <typename Record> Status nextOf(const void* address, std::int32_t kind,
     const Node* node = access.find(address, {kind});
     return node ? handOut(node->next, next) : DGSTATUS_NODE_IS_NOT_EXISTED;
   });
+}
+
+/// The text of an argument that has at most so many units and ends at a zero.
+std::optional<std::u16string> textOf(const MTPDEXT_CHAR16* text, std::uint32_t units) {
+  if (!text || units == 0)
+    return std::nullopt;
+  const std::u16string_view all(text, units);
+  return std::u16string(all.substr(0, all.find(u'\0')));
+}
+
+/// What an operation takes along from a folder's or storage's record. Null: it names none.
+std::shared_ptr<Device> placeAt(const void* parent, Place& place) {
+  std::shared_ptr<Device> device;
+  Access access(engine());
+  Node* node = access.find(parent, {MTPDEXT_NODE_STORAGE, MTPDEXT_NODE_FOLDER});
+  device = node ? deviceOf(*node) : nullptr;
+  if (!device)
+    return nullptr;
+  place = {device->store().listingOf(*node), device->epoch()};
+  return place.listing ? device : nullptr;
+}
+
+/// The same for a folder's or file's record, which it also hands out the facts of.
+std::shared_ptr<Device> subjectAt(const void* address, std::initializer_list<std::int32_t> kinds, Subject& subject,
+                                  const std::function<void(const Node&)>& use = {}) {
+  std::shared_ptr<Device> device;
+  Access access(engine());
+  const Node* node = access.find(address, kinds);
+  device = node ? deviceOf(*node) : nullptr;
+  if (!device)
+    return nullptr;
+  subject = {device->store().listingAround(*node), node->common.nodeId, device->epoch()};
+  if (use)
+    use(*node);
+  return subject.listing ? device : nullptr;
 }
 
 using NameGetter = std::u16string (*)(Device&);
@@ -255,18 +293,46 @@ uint32_t mtpDextGetNextFileNode(_MTP_FILE_NODE* file, _MTP_FILE_NODE** next) {
   return nextOf(file, MTPDEXT_NODE_FILE, next);
 }
 
-uint32_t mtpDextCreateFolderNode(_MTP_COMMON_NODE*, const MTPDEXT_CHAR16*, uint32_t, _MTP_FOLDER_NODE** created) {
-  if (created)
-    *created = nullptr;
-  return DGSTATUS_NOT_SUPPORT_OP;
+uint32_t mtpDextCreateFolderNode(_MTP_COMMON_NODE* parent, const MTPDEXT_CHAR16* name, uint32_t byteSize,
+                                 _MTP_FOLDER_NODE** created) {
+  if (!created)
+    return DGSTATUS_INVALID_PARAMETER;
+  *created = nullptr;
+  return guarded([&]() -> Status {
+    const auto text = textOf(name, byteSize / sizeof(MTPDEXT_CHAR16));
+    if (!parent || !text)
+      return DGSTATUS_INVALID_PARAMETER;
+    Place place;
+    const std::shared_ptr<Device> device = placeAt(parent, place);
+    if (!device)
+      return DGSTATUS_NODE_IS_NOT_EXISTED;
+    Node* node = nullptr;
+    const Status status = createFolder(*device, place, *text, node);
+    if (status == DGSTATUS_SUCCESS)
+      *created = recordOf<_MTP_FOLDER_NODE>(node);
+    return status;
+  });
 }
 
-uint32_t mtpDextRenameNode(_MTP_COMMON_NODE*, const MTPDEXT_CHAR16*, uint32_t) {
-  return DGSTATUS_NOT_SUPPORT_OP;
+uint32_t mtpDextRenameNode(_MTP_COMMON_NODE* node, const MTPDEXT_CHAR16* newName, uint32_t byteSize) {
+  return guarded([&]() -> Status {
+    const auto text = textOf(newName, byteSize / sizeof(MTPDEXT_CHAR16));
+    if (!node || !text)
+      return DGSTATUS_INVALID_PARAMETER;
+    Subject subject;
+    const std::shared_ptr<Device> device = subjectAt(node, {MTPDEXT_NODE_FOLDER, MTPDEXT_NODE_FILE}, subject);
+    return device ? renameObject(*device, subject, *text) : DGSTATUS_NODE_IS_NOT_EXISTED;
+  });
 }
 
-uint32_t mtpDextDeleteNode(_MTP_COMMON_NODE*) {
-  return DGSTATUS_NOT_SUPPORT_OP;
+uint32_t mtpDextDeleteNode(_MTP_COMMON_NODE* node) {
+  return guarded([&]() -> Status {
+    if (!node)
+      return DGSTATUS_INVALID_PARAMETER;
+    Subject subject;
+    const std::shared_ptr<Device> device = subjectAt(node, {MTPDEXT_NODE_FOLDER, MTPDEXT_NODE_FILE}, subject);
+    return device ? deleteObject(*device, subject) : DGSTATUS_NODE_IS_NOT_EXISTED;
+  });
 }
 
 uint32_t mtpDextGetFileEx(_MTP_FILE_NODE*, const MTPDEXT_CHAR16*, uint32_t, mtpDextProgressCallback, void*) {
@@ -280,8 +346,36 @@ uint32_t mtpDextSendFileEx(const MTPDEXT_CHAR16*, uint32_t, _MTP_COMMON_NODE*, _
   return DGSTATUS_NOT_SUPPORT_OP;
 }
 
-uint32_t mtpDextGetThumb(_MTP_FILE_NODE*, void*, uint32_t*) {
-  return DGSTATUS_NOT_SUPPORT_OP;
+uint32_t mtpDextGetThumb(_MTP_FILE_NODE* file, void* buffer, uint32_t* byteSize) {
+  if (!file || !byteSize)
+    return DGSTATUS_INVALID_PARAMETER;
+  return guarded([&]() -> Status {
+    Subject subject;
+    const std::shared_ptr<Device> device = subjectAt(file, {MTPDEXT_NODE_FILE}, subject);
+    if (!device)
+      return DGSTATUS_NODE_IS_NOT_EXISTED;
+    std::vector<std::byte> bytes;
+    {
+      const Access access(engine());
+      if (buffer && device->thumbnail().handle == subject.handle && device->epoch() == subject.epoch)
+        bytes = std::exchange(device->thumbnail(), {}).bytes;
+    }
+    if (bytes.empty()) {
+      if (const Status status = fetchThumbnail(*device, subject, bytes); status != DGSTATUS_SUCCESS)
+        return status;
+    }
+    const auto size = static_cast<std::uint32_t>(bytes.size()); // a dataset's size: below 2^32
+    const bool fits = buffer && *byteSize >= size;
+    *byteSize = size;
+    if (fits) {
+      if (size > 0)
+        std::memcpy(buffer, bytes.data(), size);
+      return DGSTATUS_SUCCESS;
+    }
+    const Access access(engine());
+    device->thumbnail() = {subject.handle, std::move(bytes)};
+    return DGSTATUS_MORE_DATA;
+  });
 }
 
 uint32_t mtpDextRequestEventNotifyEx(_MTP_DEVICE_NODE* device, mtpDextEventCallback callback, void* context) {

@@ -17,7 +17,7 @@ enum class IoStatus {
   Timeout,   // nothing moved for the time given
   Stall,     // the endpoint is halted
   Gone,      // unplugged or closed; final
-  Cancelled, // interrupt() was called
+  Cancelled, // interrupt() was called, or the tick said so
   Error      // anything else; the transport may still work
 };
 
@@ -31,15 +31,23 @@ struct ReadResult {
 
 enum class Pipe { BulkIn, BulkOut };
 
-/// One opened MTP interface. write, read, control, clearHalt and expect belong to one thread at a time (the session's
-/// transaction lock sees to that); interrupt, isGone and close may come from any thread.
+/// One opened MTP interface. write, read, control, clearHalt, expect and setTick belong to one thread at a time (the
+/// session's transaction lock sees to that); interrupt, isGone and close may come from any thread.
 class Transport {
 public:
   using Milliseconds = std::chrono::milliseconds;
   /// One interrupt-pipe packet sequence, called on the transport's own event thread.
   using EventHandler = std::function<void(std::span<const std::byte>)>;
 
+  /// Asked while a read or write waits; gets the bytes the call has moved so far. False ends the call with Cancelled.
+  using Tick = std::function<bool(std::size_t moved)>;
+  static constexpr Milliseconds TickInterval{50};
+
   virtual ~Transport() = default;
+
+  /// From now on reads and writes ask this on their own thread at least every TickInterval; none: they ask nobody. A
+  /// transport that never waits may leave it out.
+  virtual void setTick(Tick) {}
 
   /// wMaxPacketSize of the bulk pipes: 64, 512 or 1024.
   virtual std::size_t maxPacketSize() const = 0;

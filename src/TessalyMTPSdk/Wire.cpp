@@ -20,6 +20,23 @@ void put(std::byte* to, std::uint64_t value, std::size_t size) {
     to[i] = static_cast<std::byte>(value >> 8 * i);
 }
 
+constexpr std::uint64_t GenericFolder = 1; // AssociationType
+
+void append(std::vector<std::byte>& bytes, std::uint64_t value, std::size_t size) {
+  bytes.resize(bytes.size() + size);
+  put(bytes.data() + bytes.size() - size, value, size);
+}
+
+/// An MTP string: the empty one is a count of zero and nothing else.
+void append(std::vector<std::byte>& bytes, std::u16string_view text) {
+  text = text.substr(0, MaxNameUnits);
+  append(bytes, text.empty() ? 0 : text.size() + 1, 1);
+  for (const char16_t unit : text)
+    append(bytes, unit, 2);
+  if (!text.empty())
+    append(bytes, 0, 2);
+}
+
 /// Bytes of one value of an integer type; 0 for any other type.
 std::size_t integerSize(std::uint16_t type) {
   if (type < static_cast<std::uint16_t>(DataType::Int8) || type > static_cast<std::uint16_t>(DataType::Uint128))
@@ -186,6 +203,16 @@ CommandContainer::CommandContainer(Operation operation, std::uint32_t transactio
     put(&m_bytes[ContainerHeader::Size + 4 * i], parameters[i], 4);
 }
 
+std::array<std::byte, ContainerHeader::Size> dataHeader(std::uint64_t length, Operation operation,
+                                                        std::uint32_t transaction) {
+  std::array<std::byte, ContainerHeader::Size> bytes{};
+  put(bytes.data(), std::min<std::uint64_t>(length, ContainerHeader::UntilShortPacket), 4);
+  put(bytes.data() + 4, static_cast<std::uint16_t>(ContainerType::Data), 2);
+  put(bytes.data() + 6, static_cast<std::uint16_t>(operation), 2);
+  put(bytes.data() + 8, transaction, 4);
+  return bytes;
+}
+
 std::array<std::byte, 6> cancelRequestData(std::uint32_t transaction) {
   std::array<std::byte, 6> data;
   put(&data[0], static_cast<std::uint16_t>(Event::CancelTransaction), 2);
@@ -261,6 +288,36 @@ std::optional<ObjectInfo> parseObjectInfo(Bytes dataset) {
       return wide.info;
   }
   return standard.ok ? std::optional(standard.info) : std::nullopt;
+}
+
+std::vector<std::byte> textDataset(std::u16string_view text) {
+  std::vector<std::byte> bytes;
+  append(bytes, text);
+  return bytes;
+}
+
+std::vector<std::byte> objectInfoDataset(const NewObject& object) {
+  std::vector<std::byte> bytes;
+  append(bytes, object.storageId, 4);
+  append(bytes, static_cast<std::uint16_t>(object.folder ? Format::Association : Format::Undefined), 2);
+  append(bytes, 0, 2); // ProtectionStatus: none
+  append(bytes, std::min<std::uint64_t>(object.size, 0xFFFFFFFF), 4);
+  append(bytes, 0, 2); // thumbnail: format, compressed size, width, height
+  append(bytes, 0, 4);
+  append(bytes, 0, 4);
+  append(bytes, 0, 4);
+  append(bytes, 0, 4); // image: width, height, bit depth
+  append(bytes, 0, 4);
+  append(bytes, 0, 4);
+  append(bytes, object.parent, 4);
+  append(bytes, object.folder ? GenericFolder : 0, 2); // AssociationType
+  append(bytes, 0, 4);                                 // AssociationDesc
+  append(bytes, 0, 4);                                 // SequenceNumber
+  append(bytes, object.name);
+  append(bytes, u""); // CaptureDate
+  append(bytes, object.modified);
+  append(bytes, u""); // Keywords
+  return bytes;
 }
 
 PropertyListReader::PropertyListReader(Bytes dataset)

@@ -84,6 +84,11 @@ private:
   std::size_t m_size = 0;
 };
 
+/// The header of a data container to the phone: `length` with the header's own bytes; one that 32 bits cannot hold is
+/// written as ContainerHeader::UntilShortPacket.
+std::array<std::byte, ContainerHeader::Size> dataHeader(std::uint64_t length, Operation operation,
+                                                        std::uint32_t transaction);
+
 /// The 6 bytes of the class request Cancel: the cancellation code and the transaction.
 std::array<std::byte, 6> cancelRequestData(std::uint32_t transaction);
 /// The code in an answer to the class request GetDeviceStatus: length (16 bit), code (16 bit), parameters. None when
@@ -131,6 +136,22 @@ struct ObjectInfo {
   WireText dateModified;
 };
 std::optional<ObjectInfo> parseObjectInfo(Bytes dataset);
+
+/// The longest file name an MTP string can carry; its count byte includes the terminating zero.
+inline constexpr std::size_t MaxNameUnits = 254;
+
+/// What SendObjectInfo says of an object to come.
+struct NewObject {
+  std::uint32_t storageId = 0;
+  std::uint32_t parent = TopLevelParent;
+  bool folder = false;
+  std::uint64_t size = 0; // bytes; from 0xFFFFFFFF on the dataset says 0xFFFFFFFF
+  std::u16string name;    // at most MaxNameUnits
+  std::u16string modified;
+};
+std::vector<std::byte> objectInfoDataset(const NewObject& object);
+/// An MTP string alone, as SetObjectPropValue takes it. At most MaxNameUnits are put.
+std::vector<std::byte> textDataset(std::u16string_view text);
 
 /// One element of an ObjectPropList. The text points into the dataset.
 struct PropertyRow {

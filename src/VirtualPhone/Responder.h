@@ -65,6 +65,8 @@ private:
   Lock lockPhone();
   /// The end of an operation that changed files: what the watch saw of it is no news to the host.
   void settle(Object* changed);
+  /// Tells the host of its own change, where the phone's manners are such.
+  void tellHost(mtp::Event event, std::uint32_t handle);
 
   // Device and session
   Answer getDeviceInfo();

@@ -248,6 +248,10 @@ Responder::Answer Responder::sendObjectInfo(const Command& c) {
   in.skip(2 + 4 * 6 + 4 + 2 + 4 + 4); // thumbnail, picture, parent, association, sequence number
   auto nameText = in.string();
   in.string(); // date of capture
+  if (phone_.manners.cutsNames)
+    nameText.resize(std::size_t(
+        std::find_if(nameText.begin(), nameText.end(), [](char16_t c) { return c >= 0xD800 && c < 0xE000; }) -
+        nameText.begin()));
   // Some hosts end the dataset behind the name.
   auto name = in.ok() || !nameText.empty() ? fileName(nameText) : std::nullopt;
   incoming.modified = parseDate(in.string());
@@ -262,7 +266,8 @@ Responder::Answer Responder::sendObjectInfo(const Command& c) {
   auto limit = storage->options.maxFileSize;
   if (!isFolder && limit && incoming.size > std::min<std::uint64_t>(limit, SizeUnknown - 1))
     return Code::ObjectTooLarge;
-  if (!isFolder && incoming.size != SizeUnknown && incoming.size > tree.freeSpace(*storage))
+  if (!isFolder && incoming.size != SizeUnknown && incoming.size > tree.freeSpace(*storage) &&
+      !phone_.manners.cutsFilesSilently)
     return Code::StoreFull;
   auto onDisk = tree.open(*folder);
   if (!onDisk)
@@ -278,6 +283,7 @@ Responder::Answer Responder::sendObjectInfo(const Command& c) {
     object = &tree.insert(*folder, *name, true);
     object->hostWriting = true;
     settle(object);
+    tellHost(mtp::Event::ObjectAdded, object->handle);
     return {Code::OK, {storage->options.storageId, parent, object->handle}};
   }
   incoming.replaces = object != nullptr;
@@ -287,6 +293,7 @@ Responder::Answer Responder::sendObjectInfo(const Command& c) {
   incoming.handle = object->handle;
   incoming.diskName = object->name;
   incoming_ = incoming;
+  tellHost(mtp::Event::ObjectAdded, object->handle);
   return {Code::OK, {storage->options.storageId, parent, object->handle}};
 }
 
@@ -312,8 +319,12 @@ Responder::Answer Responder::sendObject() {
   Fd file;
   auto code = Code::OK;
   std::uint64_t room = 0;
+  bool cutsSilently = false;
+  std::uint64_t largest = UINT64_MAX;
   {
     auto lock = lockPhone();
+    largest = phone_.manners.largestFileKept;
+    cutsSilently = phone_.manners.cutsFilesSilently || largest != UINT64_MAX;
     auto& tree = phone_.tree;
     auto* object = tree.find(incoming.handle);
     if (object) {
@@ -333,6 +344,9 @@ Responder::Answer Responder::sendObject() {
       code = folder ? codeOfErrno() : Code::InvalidObjectHandle;
   }
   std::uint64_t at = 0;
+  std::uint64_t kept = UINT64_MAX; // bytes; what comes behind them is lost without a word
+  if (cutsSilently)
+    kept = std::min(room, largest);
   /// The file as it is to stay, or no file.
   auto finish = [&](bool keep) {
     if (file && keep && incoming.modified) {
@@ -355,7 +369,10 @@ Responder::Answer Responder::sendObject() {
     auto received = channel_.receiveStream([&](std::span<const std::byte> piece) {
       if (code != Code::OK)
         return false;
-      if (piece.size() > room - at)
+      if (cutsSilently && piece.size() > kept - std::min(at, kept)) {
+        auto rest = kept - std::min(at, kept);
+        disk::writeAll(file.get(), piece.data(), std::size_t(rest), at);
+      } else if (piece.size() > room - at)
         code = Code::StoreFull;
       else if (!disk::writeAll(file.get(), piece.data(), piece.size(), at))
         code = codeOfErrno();
@@ -370,7 +387,13 @@ Responder::Answer Responder::sendObject() {
     throw;
   }
   finish(code == Code::OK);
+  tellHost(mtp::Event::ObjectInfoChanged, incoming.handle);
   return code;
+}
+
+void Responder::tellHost(mtp::Event event, std::uint32_t handle) {
+  if (phone_.manners.tellsOwnChanges)
+    phone_.events.push({{event, handle}});
 }
 
 Responder::Answer Responder::beginEdit(const Command& c) {
@@ -485,6 +508,7 @@ Responder::Answer Responder::deleteObject(const Command& c) {
   auto result = disk::removeTree(folder.get(), object->name, phone_.manners.undeletable);
   bool gone = !disk::facts(folder.get(), object->name);
   settle(object);
+  tellHost(mtp::Event::ObjectRemoved, c.parameters[0]);
   if (gone && object->alive)
     tree.remove(*object);
   if (gone)

@@ -30,12 +30,16 @@ struct StorageOptions {
 
 /// Ways in which other makers' responders differ from Android's.
 struct Manners {
-  std::set<std::uint16_t> missingOperations; // answered 0x2005 and not advertised
-  bool ignoresDepth = false;                 // GetObjectPropList answers for the object itself, whatever the depth
-  bool zeroLengthPackets = true;             // false: a transfer of full packets ends without one
-  bool sizeModulo32 = false;                 // ObjectInfo's size is the size mod 2^32 instead of 0xFFFFFFFF
-  bool wideObjectInfoSize = false;           // ObjectInfo carries a 64-bit size
-  std::set<std::string> undeletable;         // names of files that refuse to be deleted
+  std::set<std::uint16_t> missingOperations;  // answered 0x2005 and not advertised
+  bool ignoresDepth = false;                  // GetObjectPropList answers for the object itself, whatever the depth
+  bool zeroLengthPackets = true;              // false: a transfer of full packets ends without one
+  bool sizeModulo32 = false;                  // ObjectInfo's size is the size mod 2^32 instead of 0xFFFFFFFF
+  bool wideObjectInfoSize = false;            // ObjectInfo carries a 64-bit size
+  bool tellsOwnChanges = false;               // events tell of what the host itself did, too
+  bool cutsNames = false;                     // a name ends before its first character beyond U+FFFF
+  bool cutsFilesSilently = false;             // where the room ends; the answer is OK all the same
+  std::uint64_t largestFileKept = UINT64_MAX; // bytes; what is longer is cut there, the answer is OK
+  std::set<std::string> undeletable;          // names of files that refuse to be deleted
 };
 
 struct Options {

@@ -72,6 +72,8 @@ inline mtp::TimeLimits shortLimits() {
   using std::chrono::milliseconds;
   mtp::TimeLimits limits;
   limits.opening = limits.information = limits.object = limits.listing = milliseconds(150);
+  limits.deletion = limits.settling = milliseconds(150);
+  limits.stopping = milliseconds(20);
   limits.idle = milliseconds(100);
   limits.afterGarbage = limits.probe = limits.control = milliseconds(80);
   limits.quiet = milliseconds(10);

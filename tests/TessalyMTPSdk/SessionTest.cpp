@@ -401,12 +401,109 @@ TEST_F(SessionOnScript, AnEndlessLengthTakesNoMemoryAhead) {
 
 TEST_F(SessionOnScript, ASinkThatHasEnoughEndsTheTransfer) {
   open();
-  script->answer({piece(data(0x1009, 1, ByteVector(400)), false)});
+  ByteVector large = data(0x1009, 1, ByteVector(400));
+  std::ranges::copy(hex("00000001"), large.begin()); // of which far more is to come
+  script->answer({piece(large, false)});
   script->otherwise = answering;
   const Reply reply = session->receive(Operation::GetObject, {5}, [](Bytes) { return false; });
   EXPECT_EQ(reply.status, DGSTATUS_IO_CANCEL);
   ASSERT_FALSE(script->controls.empty());
   EXPECT_EQ(script->controls[0].request, 0x64);
+  expectUsable();
+}
+
+TEST_F(SessionOnScript, ATransferWhoseRestHasAlreadyComeIsEndedWithoutACancelRequest) {
+  open();
+  script->answer({piece(data(0x1009, 1, ByteVector(400)), true), piece(ok(1))});
+  int pieces = 0;
+  const Reply reply = session->receive(Operation::GetObject, {5}, [&](Bytes) { return ++pieces > 1; });
+  EXPECT_EQ(reply.status, DGSTATUS_IO_CANCEL);
+  EXPECT_EQ(pieces, 1);
+  EXPECT_TRUE(script->controls.empty()) << "the phone is idle: the request would hit the next transaction";
+  EXPECT_EQ(script->resets(), 0u);
+  expectUsable();
+}
+
+TEST_F(SessionOnScript, AHeaderWhoseLengthHasWrappedAroundIsToldByTheLikelySize) {
+  open();
+  // 2^32 + 8 bytes, as a responder writes it that keeps 32 bits of the length; the phone ends the transfer early.
+  ByteVector wrapped = data(0x1009, 1, ByteVector(100));
+  std::ranges::copy(hex("14000000"), wrapped.begin());
+  script->answer({piece(wrapped), piece(ok(1))});
+  std::size_t got = 0;
+  const auto count = [&](Bytes piece) {
+    got += piece.size();
+    return true;
+  };
+  EXPECT_TRUE(session->receive(Operation::GetObject, {5}, count, {}, (std::uint64_t{1} << 32) + 8).ok());
+  EXPECT_EQ(got, 100u) << "until the short packet";
+}
+
+TEST_F(SessionOnScript, SendsADataContainerBehindTheCommand) {
+  open();
+  script->answer({});
+  script->answer({piece(ok(1))});
+  EXPECT_TRUE(session->send(Operation::SetObjectPropValue, {5, 0xDC07}, hex("02 4100 0000")).ok());
+  ASSERT_EQ(script->commands.size(), 2u);
+  EXPECT_EQ(script->commands[0], hex("14000000 0100 0498 01000000 05000000 07DC0000"));
+  EXPECT_EQ(script->commands[1], hex("11000000 0200 0498 01000000 02 4100 0000"));
+}
+
+TEST_F(SessionOnScript, SendsPiecesOfOneContainerWithOneHeader) {
+  open();
+  for (int i = 0; i < 3; ++i)
+    script->answer({});
+  script->answer({piece(ok(1))});
+  ByteVector bytes(1024, std::byte{7});
+  EXPECT_TRUE(session->send(Operation::SendObject, {}, 2500, [&] { return std::span(bytes); }).ok());
+  ASSERT_EQ(script->commands.size(), 4u);
+  EXPECT_EQ(ByteVector(script->commands[1].begin(), script->commands[1].begin() + 12),
+            hex("D0090000 0200 0D10 01000000"));
+  EXPECT_EQ(script->commands[2].size(), 1024u);
+  EXPECT_EQ(script->commands[3].size(), 2512u - 2048u);
+}
+
+TEST_F(SessionOnScript, ALengthBeyondThirtyTwoBitsIsLeftToTheShortPacket) {
+  for (const auto& [size, length] :
+       {std::pair{std::uint64_t{0xFFFFFFFE} - 12, "FEFFFFFF"}, std::pair{std::uint64_t{0xFFFFFFFF} - 12, "FFFFFFFF"},
+        std::pair{std::uint64_t{1} << 40, "FFFFFFFF"}}) {
+    open();
+    ByteVector bytes(1024);
+    int asked = 0;
+    session->send(Operation::SendObject, {}, size, [&] { return std::span(bytes).first(asked++ ? 0 : 1024); });
+    ASSERT_GE(script->commands.size(), 2u);
+    EXPECT_EQ(ByteVector(script->commands[1].begin(), script->commands[1].begin() + 4), hex(length));
+    script = std::make_shared<Script>();
+  }
+}
+
+TEST_F(SessionOnScript, ASourceThatEndsEarlyCancelsTheDataPhase) {
+  open();
+  script->answer({});
+  script->answer({});
+  script->otherwise = answering;
+  ByteVector bytes(1024);
+  int asked = 0;
+  const Reply reply =
+      session->send(Operation::SendObject, {}, 5000, [&] { return std::span(bytes).first(asked++ ? 0 : 1024); });
+  EXPECT_EQ(reply.status, DGSTATUS_IO_CANCEL);
+  ASSERT_FALSE(script->controls.empty());
+  EXPECT_EQ(script->controls[0].request, 0x64);
+  EXPECT_EQ(script->controls[0].data, hex("0140 01000000"));
+  expectUsable();
+}
+
+TEST_F(SessionOnScript, AWatchThatWantsAnEndBehindTheDataWaitsForTheResponse) {
+  open();
+  script->answer({});
+  script->answer({piece(ok(1))});
+  ByteVector bytes(512);
+  const Reply reply = session->send(
+      Operation::SendObject, {}, 100, [&] { return std::span(bytes); },
+      [](std::uint64_t moved) { return moved < 100; });
+  EXPECT_EQ(reply.status, DGSTATUS_IO_CANCEL);
+  EXPECT_EQ(reply.code, Response::OK);
+  EXPECT_TRUE(script->controls.empty());
   expectUsable();
 }
 

@@ -470,13 +470,11 @@ TEST_F(Interface, HeldRecordsStayReadableAfterARelease) {
   mtpDextUnholdNodes();
 }
 
-TEST_F(Interface, ChangesAndTransfersAreNotSupportedYet) {
-  EXPECT_EQ(mtpDextCreateFolderNode(nullptr, nullptr, 0, nullptr), 0x14000001u);
-  EXPECT_EQ(mtpDextRenameNode(nullptr, nullptr, 0), 0x14000001u);
-  EXPECT_EQ(mtpDextDeleteNode(nullptr), 0x14000001u);
-  EXPECT_EQ(mtpDextGetFileEx(nullptr, nullptr, 0, nullptr, nullptr), 0x14000001u);
-  EXPECT_EQ(mtpDextSendFileEx(nullptr, 0, nullptr, nullptr, nullptr, nullptr), 0x14000001u);
-  EXPECT_EQ(mtpDextGetThumb(nullptr, nullptr, nullptr), 0x14000001u);
+TEST_F(Interface, ChangesAndTransfersOfNothingAreRefused) {
+  EXPECT_EQ(mtpDextCreateFolderNode(nullptr, nullptr, 0, nullptr), 0x10000002u);
+  EXPECT_EQ(mtpDextRenameNode(nullptr, nullptr, 0), 0x10000002u);
+  EXPECT_EQ(mtpDextDeleteNode(nullptr), 0x10000002u);
+  EXPECT_EQ(mtpDextGetThumb(nullptr, nullptr, nullptr), 0x10000002u);
 }
 
 TEST_F(Interface, FileNamesAppearInTheLogAtDebugOnly) {

@@ -1,0 +1,126 @@
+#include "TessalyMTPSdk/ObjectCreation.h"
+
+#include "TessalyMTPSdk/Logging.h"
+#include "TessalyMTPSdk/ObjectNames.h"
+
+namespace mtp {
+
+Status refusalOf(const Reply& reply) {
+  switch (reply.code) {
+  case Response::StoreFull:
+    return DGSTATUS_STORAGE_FULL;
+  case Response::InvalidParameter:
+  case Response::InvalidObjectPropValue:
+    return DGSTATUS_FILE_INVALID_CHAR;
+  case Response::InvalidObjectHandle:
+  case Response::InvalidParentObject:
+    return DGSTATUS_NODE_IS_NOT_EXISTED;
+  default:
+    return reply.status;
+  }
+}
+
+ObjectCreation::ObjectCreation(Device& device, Place place, std::u16string name)
+    : m_device(device)
+    , m_place(std::move(place))
+    , m_name(std::move(name)) {}
+
+Status ObjectCreation::prepare(Node*& namesake) {
+  if (!isObjectName(m_name))
+    return DGSTATUS_FILE_INVALID_CHAR;
+  if (const Status status = lookForNamesake(namesake); status != DGSTATUS_SUCCESS)
+    return status;
+  m_alone = m_device.session().exclusive();
+  return m_device.isCurrent(m_place.epoch) ? DGSTATUS_SUCCESS : DGSTATUS_NODE_IS_NOT_EXISTED;
+}
+
+Status ObjectCreation::lookForNamesake(Node*& namesake) {
+  std::unique_lock lock(m_device.registry().mutex);
+  if (const Status status = m_device.fetch(m_place.listing, lock); status != DGSTATUS_SUCCESS)
+    return status;
+  if (!m_place.listing->known)
+    return DGSTATUS_NODE_IS_NOT_EXISTED;
+  Node* found = ObjectStore::namesake(*m_place.listing, m_name);
+  if (!found)
+    return DGSTATUS_SUCCESS;
+  namesake = found;
+  return found->kind == MTPDEXT_NODE_FOLDER ? DGSTATUS_NODE_FOLDER_DUPNAME_EXISTED : DGSTATUS_NODE_FILE_DUPNAME_EXISTED;
+}
+
+Status ObjectCreation::announce(bool folder, std::uint64_t size, std::u16string_view modified, Node*& namesake) {
+  const Listing& listing = *m_place.listing;
+  const std::uint32_t parent = listing.parent == FolderLister::TopLevel ? TopLevelParent : listing.parent;
+  const NewObject object{listing.storage, parent, folder, size, m_name, std::u16string(modified)};
+  m_folder = folder;
+  Reply reply;
+  {
+    const Device::EventsWait wait(m_device);
+    reply = m_device.session().send(Operation::SendObjectInfo, {listing.storage, parent}, objectInfoDataset(object));
+    m_handle = reply.parameters[2];
+    if (reply.ok() && m_handle != 0)
+      m_device.noteOwnChange(m_handle);
+  }
+  if (reply.ok() && m_handle != 0)
+    return DGSTATUS_SUCCESS;
+  m_alone.unlock(); // for the others, and for the listing's fetch below
+  if (reply.ok()) {
+    log(LogLevel::Warning, "the phone made an object without telling which");
+    return DGSTATUS_INTERNAL_GENERALERROR;
+  }
+  const Status status = refusalOf(reply);
+  {
+    const std::lock_guard lock(m_device.registry().mutex);
+    if (m_device.epoch() != m_place.epoch)
+      return status;
+    if (reply.code == Response()) // it may have been made, or not
+      m_place.listing->stale = true;
+    if (status == DGSTATUS_NODE_IS_NOT_EXISTED)
+      m_device.store().markStale(listing.parent);
+    if (reply.code != Response::GeneralError)
+      return status;
+    m_place.listing->stale = true;
+  }
+  const Status found = lookForNamesake(namesake);
+  return found == DGSTATUS_SUCCESS ? status : found;
+}
+
+Node* ObjectCreation::adopt(std::uint64_t size, std::u16string_view date) {
+  const std::u16string name = isBeyondBasicPlane(m_name) ? nameOnPhone() : m_name;
+  ListedFolder one;
+  ListedObject object;
+  object.handle = m_handle;
+  object.folder = m_folder;
+  object.size = size;
+  object.nameUnits = static_cast<std::uint16_t>(name.size());
+  object.dateAt = object.nameUnits;
+  object.dateUnits = static_cast<std::uint16_t>(date.size());
+  one.text = name;
+  one.text += date;
+  one.objects.push_back(object);
+  m_device.noteOwnChange(m_handle);
+  const std::lock_guard lock(m_device.registry().mutex);
+  return m_device.epoch() == m_place.epoch ? m_device.store().insert(*m_place.listing, one) : nullptr;
+}
+
+void ObjectCreation::withdraw() {
+  if (m_handle == 0 || !m_device.isCurrent(m_place.epoch))
+    return;
+  m_device.noteOwnChange(m_handle);
+  m_device.forgetRoom(m_place.listing->storage);
+  const Reply reply = m_device.session().run(Operation::DeleteObject, {m_handle, 0});
+  if (!reply.ok() && reply.code != Response::InvalidObjectHandle && !m_device.isGone())
+    log(LogLevel::Warning, "an incomplete object may have stayed on the phone: status 0x%08x", reply.status);
+}
+
+/// Some responders cut a name at the first character they cannot keep.
+std::u16string ObjectCreation::nameOnPhone() {
+  std::vector<std::byte> value;
+  if (!m_device.info().supports(Operation::GetObjectPropValue))
+    return m_name;
+  const Reply reply = m_device.session().receive(
+      Operation::GetObjectPropValue, {m_handle, static_cast<std::uint32_t>(Property::ObjectFileName)}, value);
+  const auto name = parseTextValue(value);
+  return reply.ok() && name && isObjectName(*name) ? *name : m_name;
+}
+
+} // namespace mtp
