@@ -79,13 +79,31 @@ const DragOutMimeData* ownData(const QMimeData* data) {
   return dynamic_cast<const DragOutMimeData*>(data);
 }
 
-// After the end of the drag's event loop: whether it was ended without asking anybody else for a folder.
-bool wasAbandoned() {
-  // Elsewhere the program hears nothing of the pointer while it drags.
-  if (QGuiApplication::platformName() != QLatin1String("xcb"))
+// Whether the button was released while a drag ran, rather than the drag ended some other way.
+class ReleaseWatch : public QObject {
+public:
+  ReleaseWatch() {
+    // Filters are asked from the last one on, and the drag's own, which is there when it runs, lets nothing pass.
+    QTimer::singleShot(0, this, [this] { qApp->installEventFilter(this); });
+  }
+
+  // After the end of the drag's event loop: whether it was ended without asking anybody else for a folder.
+  bool wasAbandoned() const {
+    // Elsewhere the program hears nothing of the pointer while it drags.
+    if (QGuiApplication::platformName() != QLatin1String("xcb"))
+      return false;
+    return !m_released || QGuiApplication::topLevelAt(QCursor::pos()) != nullptr;
+  }
+
+  bool eventFilter(QObject*, QEvent* event) override {
+    if (event->type() == QEvent::MouseButtonRelease)
+      m_released = true;
     return false;
-  return QGuiApplication::mouseButtons() != Qt::NoButton || QGuiApplication::topLevelAt(QCursor::pos()) != nullptr;
-}
+  }
+
+private:
+  bool m_released = false;
+};
 
 } // namespace
 
@@ -166,6 +184,7 @@ void DragOut::start(QObject& source, const QPixmap& picture, const QPoint& hotSp
   // The drag goes with its source; whoever is in the middle of running it must not find it gone.
   QObject::connect(&source, &QObject::destroyed, drag, [] { QDrag::cancel(); });
 
+  const ReleaseWatch watch;
   // What it returns says nothing about whether a folder was or will be named.
   drag->exec(Qt::CopyAction);
 
@@ -173,7 +192,7 @@ void DragOut::start(QObject& source, const QPixmap& picture, const QPoint& hotSp
   if (session->isOver())
     return;
   m_running = nullptr;
-  session->released(wasAbandoned());
+  session->released(watch.wasAbandoned());
 }
 
 bool DragOut::isOwnDrag(const QMimeData* data) {
