@@ -185,6 +185,11 @@ Entsperren Sie es und wählen Sie in der USB-Benachrichtigung „Dateiübertragu
         <extracomment>Help menu.</extracomment>
         <translation>&amp;Diagnoseprotokoll anzeigen</translation>
     </message>
+    <message id="menu_help_keys">
+        <source>&amp;Keyboard Shortcuts</source>
+        <extracomment>Help menu: shows the commands of the menus with their keys.</extracomment>
+        <translation>&amp;Tastenkürzel</translation>
+    </message>
     <message id="menu_help_about">
         <source>&amp;About MTP Browser</source>
         <extracomment>Help menu.</extracomment>

@@ -184,6 +184,11 @@ Then unlock it and choose “File transfer” in its USB notification.</translat
         <extracomment>Help menu.</extracomment>
         <translation>Show &amp;Debug Log</translation>
     </message>
+    <message id="menu_help_keys">
+        <source></source>
+        <extracomment>Help menu: shows the commands of the menus with their keys.</extracomment>
+        <translation>&amp;Keyboard Shortcuts</translation>
+    </message>
     <message id="menu_help_about">
         <source></source>
         <extracomment>Help menu.</extracomment>

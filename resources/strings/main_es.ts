@@ -185,6 +185,11 @@ Después desbloquéelo y elija «Transferencia de archivos» en su notificación
         <extracomment>Help menu.</extracomment>
         <translation>Mostrar el registro de &amp;depuración</translation>
     </message>
+    <message id="menu_help_keys">
+        <source>&amp;Keyboard Shortcuts</source>
+        <extracomment>Help menu: shows the commands of the menus with their keys.</extracomment>
+        <translation>Atajos de &amp;teclado</translation>
+    </message>
     <message id="menu_help_about">
         <source>&amp;About MTP Browser</source>
         <extracomment>Help menu.</extracomment>

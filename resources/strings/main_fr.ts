@@ -185,6 +185,11 @@ Déverrouillez-le, puis choisissez « Transfert de fichiers » dans sa notific
         <extracomment>Help menu.</extracomment>
         <translation>Afficher le journal de &amp;débogage</translation>
     </message>
+    <message id="menu_help_keys">
+        <source>&amp;Keyboard Shortcuts</source>
+        <extracomment>Help menu: shows the commands of the menus with their keys.</extracomment>
+        <translation>&amp;Raccourcis clavier</translation>
+    </message>
     <message id="menu_help_about">
         <source>&amp;About MTP Browser</source>
         <extracomment>Help menu.</extracomment>

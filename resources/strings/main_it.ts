@@ -185,6 +185,11 @@ Poi sbloccalo e scegli “Trasferimento file” nella notifica USB.</translation
         <extracomment>Help menu.</extracomment>
         <translation>Mostra il registro di &amp;debug</translation>
     </message>
+    <message id="menu_help_keys">
+        <source>&amp;Keyboard Shortcuts</source>
+        <extracomment>Help menu: shows the commands of the menus with their keys.</extracomment>
+        <translation>&amp;Scorciatoie da tastiera</translation>
+    </message>
     <message id="menu_help_about">
         <source>&amp;About MTP Browser</source>
         <extracomment>Help menu.</extracomment>

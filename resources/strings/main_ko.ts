@@ -185,6 +185,11 @@ Then unlock it and choose “File transfer” in its USB notification.</source>
         <extracomment>Help menu.</extracomment>
         <translation>디버그 로그 표시(&amp;D)</translation>
     </message>
+    <message id="menu_help_keys">
+        <source>&amp;Keyboard Shortcuts</source>
+        <extracomment>Help menu: shows the commands of the menus with their keys.</extracomment>
+        <translation>키보드 단축키(&amp;K)</translation>
+    </message>
     <message id="menu_help_about">
         <source>&amp;About MTP Browser</source>
         <extracomment>Help menu.</extracomment>

@@ -185,6 +185,11 @@ Depois desbloqueie-o e escolha “Transferência de arquivos” na notificação
         <extracomment>Help menu.</extracomment>
         <translation>Mostrar o registro de &amp;depuração</translation>
     </message>
+    <message id="menu_help_keys">
+        <source>&amp;Keyboard Shortcuts</source>
+        <extracomment>Help menu: shows the commands of the menus with their keys.</extracomment>
+        <translation>Atalhos de &amp;teclado</translation>
+    </message>
     <message id="menu_help_about">
         <source>&amp;About MTP Browser</source>
         <extracomment>Help menu.</extracomment>

@@ -185,6 +185,11 @@ Then unlock it and choose “File transfer” in its USB notification.</source>
         <extracomment>Help menu.</extracomment>
         <translation>Показать журнал &amp;отладки</translation>
     </message>
+    <message id="menu_help_keys">
+        <source>&amp;Keyboard Shortcuts</source>
+        <extracomment>Help menu: shows the commands of the menus with their keys.</extracomment>
+        <translation>&amp;Клавиши</translation>
+    </message>
     <message id="menu_help_about">
         <source>&amp;About MTP Browser</source>
         <extracomment>Help menu.</extracomment>

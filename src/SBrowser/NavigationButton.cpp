@@ -20,7 +20,7 @@ QColor plateColor(const QPalette& palette, bool pressed) {
 } // namespace
 
 NavigationButton::NavigationButton(const QString& imageName, QWidget* parent)
-    : QAbstractButton(parent)
+    : QToolButton(parent)
     , m_image(ui::namedImage(imageName)) {
   platform::assertMainThread();
   setFocusPolicy(Qt::TabFocus);
@@ -39,7 +39,7 @@ bool NavigationButton::event(QEvent* event) {
   } else if (event->type() == QEvent::EnabledChange) {
     update();
   }
-  return QAbstractButton::event(event);
+  return QToolButton::event(event);
 }
 
 void NavigationButton::paintEvent(QPaintEvent*) {

@@ -1,10 +1,10 @@
 #pragma once
 // A toolbar button that is a picture, with a plate behind it while the pointer is over it.
-#include <QAbstractButton>
 #include <QIcon>
+#include <QToolButton>
 
-/// Main thread.
-class NavigationButton : public QAbstractButton {
+/// Drawn by itself; a tool button, so that screen readers know it as a button. Main thread.
+class NavigationButton : public QToolButton {
   Q_OBJECT
 public:
   /// `imageName` as for ui::namedImage().

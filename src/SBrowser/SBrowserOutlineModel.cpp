@@ -8,6 +8,20 @@
 #include "UI/Controls/SOutlineView.h"
 #include "stringDefine/VornLocalStringDefine.h"
 
+namespace {
+
+QString localized(const char* key) {
+  return VornLocalStringDefine::QX_LocalizedStringWithKey(QLatin1StringView(key));
+}
+
+SSortDescriptor::Key keyOfColumn(int column) {
+  static constexpr SSortDescriptor::Key keys[] = {SSortDescriptor::FileName, SSortDescriptor::DateModified,
+                                                  SSortDescriptor::FileSize};
+  return column >= 0 && column < kOutlineColumnCount ? keys[column] : SSortDescriptor::None;
+}
+
+} // namespace
+
 SBrowserOutlineModel::SBrowserOutlineModel(QObject* parent)
     : QAbstractItemModel(parent)
     , m_itemSource(std::make_shared<SItemArray>()) {}
@@ -147,21 +161,30 @@ QVariant SBrowserOutlineModel::data(const QModelIndex& index, int role) const {
   case Qt::ToolTipRole:
     // As plain text whatever it looks like.
     return index.column() == kFileName ? QVariant(text(*item, kFileName).toHtmlEscaped()) : QVariant();
+  case Qt::AccessibleDescriptionRole:
+    return index.column() == kFileName
+               ? QVariant(localized(isExpandable(*item) ? "accessible_folder" : "accessible_file"))
+               : QVariant();
   default:
     return {};
   }
 }
 
 QVariant SBrowserOutlineModel::headerData(int section, Qt::Orientation orientation, int role) const {
-  if (orientation != Qt::Horizontal || role != Qt::DisplayRole)
+  if (orientation != Qt::Horizontal)
+    return {};
+  if (role == Qt::AccessibleDescriptionRole && m_sortDescriptor.key != SSortDescriptor::None &&
+      m_sortDescriptor.key == keyOfColumn(section))
+    return localized(m_sortDescriptor.ascending ? "accessible_sorted_ascending" : "accessible_sorted_descending");
+  if (role != Qt::DisplayRole)
     return {};
   switch (section) {
   case kFileName:
-    return VornLocalStringDefine::QX_LocalizedStringWithKey(QStringLiteral("MNU_FileName"));
+    return localized("MNU_FileName");
   case kDateModified:
-    return VornLocalStringDefine::QX_LocalizedStringWithKey(QStringLiteral("MNU_DateOfModify"));
+    return localized("MNU_DateOfModify");
   case kFileSize:
-    return VornLocalStringDefine::QX_LocalizedStringWithKey(QStringLiteral("MSG_FileSize"));
+    return localized("MSG_FileSize");
   default:
     return {};
   }
@@ -179,10 +202,7 @@ Qt::ItemFlags SBrowserOutlineModel::flags(const QModelIndex& index) const {
 
 void SBrowserOutlineModel::sort(int column, Qt::SortOrder order) {
   platform::assertMainThread();
-  static constexpr SSortDescriptor::Key keys[] = {SSortDescriptor::FileName, SSortDescriptor::DateModified,
-                                                  SSortDescriptor::FileSize};
-  const bool known = column >= 0 && column < kOutlineColumnCount;
-  const SSortDescriptor descriptor{known ? keys[column] : SSortDescriptor::None, order == Qt::AscendingOrder};
+  const SSortDescriptor descriptor{keyOfColumn(column), order == Qt::AscendingOrder};
   Q_EMIT layoutAboutToBeChanged({}, QAbstractItemModel::VerticalSortHint);
   const QModelIndexList before = persistentIndexList();
   m_sortDescriptor = descriptor;

@@ -7,12 +7,16 @@
 #include "SBrowser/NavigationButton.h"
 #include "SBrowser/SBrowserOutlineModel.h"
 #include "SBrowser/WindowLayout.h"
+#include "SBrowser/WindowMemory.h"
+#include "SBrowser/WindowMenus.h"
 #include "UI/Common/NSStringPredicate.h"
 #include "UI/Common/SizeText.h"
 #include "UI/Controls/SGhostView.h"
 #include "UI/Controls/SToolbarButton.h"
+#include "UI/FileNameView/SFileNameView.h"
 #include "UI/LoadingView/SLoadingAniView.h"
 #include "UI/LoadingView/SLoadingAniViewController.h"
+#include "UI/NoticeView/SNoticeView.h"
 #include "stringDefine/VornLocalStringDefine.h"
 
 #include <QHeaderView>
@@ -58,6 +62,10 @@ SBrowserWindowController::SBrowserWindowController(SBrowserDependencies dependen
     , m_events(m_queue, *m_dependencies.timers, [this] { updateMTPChangeProcess(); }) {
   awakeFromNib();
   windowDidLoad();
+  connectCommands();
+  m_memory = std::make_unique<WindowMemory>(*window(), *m_layout->outlineView);
+  restoreSorting();
+  enableCommands();
 }
 
 SBrowserWindowController::~SBrowserWindowController() {
@@ -68,6 +76,10 @@ SBrowserWindowController::~SBrowserWindowController() {
   m_events.dropTimer();
   if (m_session)
     m_session->end();
+  m_memory.reset(); // looks at the window
+  m_layout->progressView->setOwnerDelegate(nullptr);
+  for (QWidget* const cover : covers())
+    cover->removeEventFilter(this);
   m_layout.reset(); // the view before its model
 }
 
@@ -87,6 +99,9 @@ void SBrowserWindowController::awakeFromNib() {
       m_layout->outlineView->collapse(index);
   });
   connect(m_layout.get(), &WindowLayout::toolbarClicked, this, &SBrowserWindowController::btnToolbar_clicked);
+  m_layout->progressView->setOwnerDelegate(this);
+  for (QWidget* const cover : covers())
+    cover->installEventFilter(this);
   m_layout->showWelcome(welcomeText());
 }
 
@@ -128,6 +143,8 @@ void SBrowserWindowController::connected(const ConnectedDevice& device) {
   showStorageButtons();
   resetBrowsingState();
   m_layout->showBrowser(_deviceName);
+  m_foldersToReenter.clear();
+  showStoragesInMenu();
   m_queue->perform("mtp-storage", m_session, [root = _internalRootName](DeviceSession& session) {
     session.bind(root.isNull() ? session.rootPath : root);
   });
@@ -194,6 +211,7 @@ void SBrowserWindowController::setSelectedStorage(int storage) {
   m_layout->btn_InternalStorage->setIsSelected(!external);
   m_layout->btn_ExternalStorage->setIsSelected(external);
   _currentSelectedStorage = external ? kExternalStorage : kInternalStorage;
+  showStoragesInMenu();
 }
 
 void SBrowserWindowController::gotoNewFolder(const ItemPointer& item) {
@@ -210,10 +228,18 @@ void SBrowserWindowController::publishChildren(const ItemPointer& item, std::sha
   m_model->setChildren(item, std::move(children));
   // A folder the user went back from may be gone from the tree now; there is nothing left of it to go forward to.
   _nextStack.removeIf([this](const ItemPointer& next) { return !isInTree(*next); });
+  enableCommands();
 }
 
 void SBrowserWindowController::folderEntered(const ItemPointer& item) {
+  if (continueReloading(item))
+    return;
   reloadDataOfOutlineView(item); // in the phone's order: clicking a header sorts
+  if (m_appliesSorting) {
+    m_appliesSorting = false;
+    const QHeaderView& header = *m_layout->outlineView->header();
+    m_layout->outlineView->sortByColumn(header.sortIndicatorSection(), header.sortIndicatorOrder());
+  }
   Q_EMIT folderShown();
 }
 
@@ -320,6 +346,7 @@ bool SBrowserWindowController::isInTree(const SItem& item) const {
 void SBrowserWindowController::btnToolbar_clicked(const QObject* sender) {
   platform::assertMainThread();
   const QString identifier = sender != nullptr ? sender->objectName() : QString();
+  m_foldersToReenter.clear();
   if (identifier == u"btn_InternalStorage")
     setSelectedStorage(kInternalStorage);
   else if (identifier == u"btn_ExternalStorage")
@@ -328,6 +355,9 @@ void SBrowserWindowController::btnToolbar_clicked(const QObject* sender) {
     goBack();
   else if (identifier == u"btn_next")
     goNext();
+  else if (identifier == u"btn_AddNewFolder")
+    performCommand(WindowCommand::NewFolder);
+  enableCommands();
 }
 
 void SBrowserWindowController::goBack() {
@@ -348,41 +378,262 @@ void SBrowserWindowController::outlineViewRowDoubleClicked(const QModelIndex& cl
   const ItemPointer item = m_model->itemAtIndex(clickedRow);
   if (!item)
     return;
+  m_foldersToReenter.clear();
   _nextStack.removeAllObject();
   gotoNewFolder(item);
-}
-
-bool SBrowserWindowController::handleKey(int keyWithModifiers) {
-  // Alt and an arrow mean the direction on the keyboard, which right-to-left layouts turn round.
-  const bool mirrored = m_layout->outlineView->isRightToLeft();
-  const int back = QKeyCombination(Qt::ALT, mirrored ? Qt::Key_Right : Qt::Key_Left).toCombined();
-  const int next = QKeyCombination(Qt::ALT, mirrored ? Qt::Key_Left : Qt::Key_Right).toCombined();
-  if (keyWithModifiers == Qt::Key_Return || keyWithModifiers == Qt::Key_Enter) {
-    outlineViewRowDoubleClicked(m_layout->outlineView->currentIndex());
-    return true;
-  }
-  const bool isBack =
-      keyWithModifiers == Qt::Key_Backspace || keyWithModifiers == back || keyWithModifiers == Qt::Key_Back;
-  const bool isNext = keyWithModifiers == next || keyWithModifiers == Qt::Key_Forward;
-  if (isBack && m_layout->btn_Previous->isEnabled())
-    goBack();
-  if (isNext && m_layout->btn_Next->isEnabled())
-    goNext();
-  return isBack || isNext;
+  enableCommands();
 }
 
 bool SBrowserWindowController::eventFilter(QObject* watched, QEvent* event) {
-  if (event->type() == QEvent::KeyPress) {
+  switch (event->type()) {
+  case QEvent::KeyPress: {
     const auto& press = static_cast<const QKeyEvent&>(*event);
-    const int modifiers = static_cast<int>(press.modifiers() & ~Qt::KeypadModifier);
-    if (handleKey(press.key() | modifiers))
+    const bool isEnter = press.key() == Qt::Key_Return || press.key() == Qt::Key_Enter;
+    if (watched == m_layout->outlineView && isEnter && (press.modifiers() & ~Qt::KeypadModifier) == 0) {
+      outlineViewRowDoubleClicked(m_layout->outlineView->currentIndex());
       return true;
-  } else if (event->type() == QEvent::MouseButtonPress) {
+    }
+    break;
+  }
+  case QEvent::MouseButtonPress: {
     const Qt::MouseButton button = static_cast<const QMouseEvent&>(*event).button();
-    if (button == Qt::BackButton || button == Qt::ForwardButton)
-      return handleKey(button == Qt::BackButton ? Qt::Key_Back : Qt::Key_Forward);
+    if (watched == m_layout->outlineView->viewport() && (button == Qt::BackButton || button == Qt::ForwardButton)) {
+      performCommand(button == Qt::BackButton ? WindowCommand::Back : WindowCommand::Next);
+      return true;
+    }
+    break;
+  }
+  case QEvent::ShowToParent:
+  case QEvent::HideToParent:
+    enableCommands();
+    break;
+  default:
+    break;
   }
   return QObject::eventFilter(watched, event);
+}
+
+// ---- Commands ----
+
+std::array<QWidget*, 3> SBrowserWindowController::covers() const {
+  return {m_layout->ghostView, m_layout->loadingViewController->view(), m_layout->progressView};
+}
+
+void SBrowserWindowController::connectCommands() {
+  const SOutlineView& outline = *m_layout->outlineView;
+  const WindowMenus& menus = *m_layout->menus;
+  connect(&menus, &WindowMenus::triggered, this, &SBrowserWindowController::performCommand);
+  connect(&menus, &WindowMenus::contextMenuTriggered, this, &SBrowserWindowController::runCommandHandler);
+  for (const WindowCommand command : {WindowCommand::NewFolder, WindowCommand::Upload, WindowCommand::CopyTo,
+                                      WindowCommand::Rename, WindowCommand::Delete})
+    m_layout->menus->setOffered(command, false);
+  const auto enable = [this] { enableCommands(); };
+  connect(outline.selectionModel(), &QItemSelectionModel::selectionChanged, this, enable);
+  connect(outline.selectionModel(), &QItemSelectionModel::currentChanged, this, enable);
+  connect(&outline, &QTreeView::expanded, this, enable);
+  connect(&outline, &QTreeView::collapsed, this, enable);
+  connect(m_model.get(), &QAbstractItemModel::modelReset, this, enable);
+  connect(m_model.get(), &QAbstractItemModel::rowsRemoved, this, enable);
+  connect(outline.header(), &QHeaderView::sortIndicatorChanged, this, [this](int column, Qt::SortOrder order) {
+    WindowMemory::setSorting({column, order});
+    m_layout->menus->setSortColumn(column);
+  });
+}
+
+void SBrowserWindowController::restoreSorting() {
+  if (const auto sorting = WindowMemory::sorting()) {
+    m_layout->outlineView->sortByColumn(sorting->column, sorting->order);
+    m_appliesSorting = true;
+  }
+}
+
+void SBrowserWindowController::setCommandHandler(WindowCommand command, std::function<void()> handler) {
+  platform::assertMainThread();
+  const bool offered = handler != nullptr;
+  if (offered)
+    m_commandHandlers[command] = std::move(handler);
+  else
+    m_commandHandlers.erase(command);
+  m_layout->menus->setOffered(command, offered);
+  const bool anyInContextMenu = m_commandHandlers.contains(WindowCommand::NewFolder) ||
+                                m_commandHandlers.contains(WindowCommand::Rename) ||
+                                m_commandHandlers.contains(WindowCommand::Delete);
+  m_layout->outlineView->setOwnerMenu(anyInContextMenu ? m_layout->menus->contextMenu() : nullptr);
+  if (command == WindowCommand::NewFolder)
+    m_layout->setNewFolderButtonShown(offered);
+  enableCommands();
+}
+
+void SBrowserWindowController::runCommandHandler(WindowCommand command) const {
+  const auto found = m_commandHandlers.find(command);
+  if (found == m_commandHandlers.end())
+    return;
+  const auto handler = found->second; // it may set another one
+  handler();
+}
+
+void SBrowserWindowController::performCommand(WindowCommand command) {
+  platform::assertMainThread();
+  if (!possibleCommands().contains(command))
+    return;
+  SOutlineView& outline = *m_layout->outlineView;
+  switch (command) {
+  case WindowCommand::NewFolder:
+    outline.setSelectedRowIndex(-1); // in the current folder, whatever was right-clicked before
+    runCommandHandler(command);
+    break;
+  case WindowCommand::Upload:
+  case WindowCommand::CopyTo:
+  case WindowCommand::Rename:
+  case WindowCommand::Delete:
+    runCommandHandler(command);
+    break;
+  case WindowCommand::Quit:
+    closeAllWindows();
+    break;
+  case WindowCommand::SelectAll:
+    outline.selectAll();
+    break;
+  case WindowCommand::Open:
+    outlineViewRowDoubleClicked(outline.currentIndex());
+    break;
+  case WindowCommand::Back:
+    btnToolbar_clicked(m_layout->btn_Previous);
+    break;
+  case WindowCommand::Next:
+    btnToolbar_clicked(m_layout->btn_Next);
+    break;
+  case WindowCommand::InternalStorage:
+    btnToolbar_clicked(m_layout->btn_InternalStorage);
+    break;
+  case WindowCommand::ExternalStorage:
+    btnToolbar_clicked(m_layout->btn_ExternalStorage);
+    break;
+  case WindowCommand::Reload:
+    reloadCurrentFolder();
+    break;
+  case WindowCommand::SortByName:
+    sortBy(kFileName);
+    break;
+  case WindowCommand::SortByDate:
+    sortBy(kDateModified);
+    break;
+  case WindowCommand::SortBySize:
+    sortBy(kFileSize);
+    break;
+  case WindowCommand::Expand:
+    outline.expand(outline.currentIndex().siblingAtColumn(kFileName));
+    break;
+  case WindowCommand::Collapse:
+    outline.collapse(outline.currentIndex().siblingAtColumn(kFileName));
+    break;
+  case WindowCommand::ShowKeys:
+    m_layout->menus->showKeys();
+    break;
+  case WindowCommand::About:
+    m_layout->menus->showAbout();
+    break;
+  }
+  showStoragesInMenu(); // an entry marks itself when it is chosen
+  m_layout->menus->setSortColumn(outline.header()->sortIndicatorSection());
+}
+
+void SBrowserWindowController::sortBy(int column) {
+  SOutlineView& outline = *m_layout->outlineView;
+  const QHeaderView& header = *outline.header();
+  const bool turnRound = header.sortIndicatorSection() == column && header.sortIndicatorOrder() == Qt::AscendingOrder;
+  outline.sortByColumn(column, turnRound ? Qt::DescendingOrder : Qt::AscendingOrder);
+}
+
+void SBrowserWindowController::reloadCurrentFolder() {
+  platform::assertMainThread();
+  QStringList names;
+  ItemPointer item = _currentFolderItem;
+  for (; item && item->parentItem(); item = item->parentItem())
+    names.prepend(item->fileName());
+  const std::size_t selected = _currentSelectedStorage == kExternalStorage ? 1 : 0;
+  updateMTPChangeProcess(); // the only way to make the phone tell anew
+  if (selected < _staticSource.size() && item == _staticSource[selected])
+    m_foldersToReenter = names;
+  m_appliesSorting = m_layout->outlineView->header()->sortIndicatorSection() >= 0;
+}
+
+bool SBrowserWindowController::continueReloading(const ItemPointer& entered) {
+  if (m_foldersToReenter.isEmpty())
+    return false;
+  const QString name = m_foldersToReenter.takeFirst();
+  if (const auto children = entered->childObjects())
+    for (const ItemPointer& child : *children)
+      if (child->fileName() == name && child->isExpandable()) {
+        gotoNewFolder(child);
+        return true;
+      }
+  m_foldersToReenter.clear();
+  return false;
+}
+
+bool SBrowserWindowController::isBlocked() const {
+  return !m_layout->ghostView->isHidden() || !m_layout->progressView->isHidden();
+}
+
+bool SBrowserWindowController::isAnySelectedRowProtected() const {
+  for (const QItemSelectionRange& range : m_layout->outlineView->selectionModel()->selection()) {
+    const ItemPointer folder = range.parent().isValid() ? m_model->itemAtIndex(range.parent()) : m_model->folder();
+    // Only a storage's own top level holds protected folders: no need to look at all rows of another.
+    if (!folder || !folder->isStorageRoot())
+      continue;
+    for (int row = range.top(); range.left() <= kFileName && row <= range.bottom(); ++row)
+      if (menuTypeForItem(m_model->itemAtIndex(m_model->index(row, kFileName, range.parent()))) == kMenuTypeProtected)
+        return true;
+  }
+  return false;
+}
+
+WindowCommandSet SBrowserWindowController::possibleCommands() const {
+  platform::assertMainThread();
+  const SOutlineView& outline = *m_layout->outlineView;
+  WindowState state;
+  state.showsPhone = !m_layout->scrollViewBrowser->isHidden();
+  state.isLoading = !m_layout->loadingViewController->view()->isHidden();
+  state.isBlocked = isBlocked();
+  state.storagesEnabled = m_layout->btn_InternalStorage->isEnabled();
+  state.backAndNextEnabled = m_layout->btn_Previous->isEnabled();
+  state.storages = _staticSource.size();
+  state.hasParent = _currentFolderItem && _currentFolderItem->parentItem();
+  state.hasNext = _nextStack.count() > 0;
+  state.hasRows = m_model->rowCount() > 0;
+  state.selectedRows = outline.numberOfSelectedRows();
+  if (state.selectedRows == 1)
+    state.selectedType = menuTypeForItem(m_model->itemAtIndex(outline.selectionModel()->selectedIndexes().value(0)));
+  else
+    state.isProtectedSelected = isAnySelectedRowProtected();
+  if (const ItemPointer current = m_model->itemAtIndex(outline.currentIndex())) {
+    state.isCurrentExpandable = current->isExpandable();
+    state.isCurrentExpanded = outline.isExpanded(outline.currentIndex().siblingAtColumn(kFileName));
+  }
+  return ::possibleCommands(state);
+}
+
+void SBrowserWindowController::enableCommands() {
+  m_layout->menus->setPossible(possibleCommands());
+}
+
+void SBrowserWindowController::showStoragesInMenu() {
+  QStringList names;
+  if (!m_layout->scrollViewBrowser->isHidden())
+    for (const ItemPointer& root : _staticSource)
+      names.append(root->fileName());
+  m_layout->menus->setStorages(names.first(qMin<qsizetype>(names.size(), 2)), _currentSelectedStorage - 1);
+}
+
+void SBrowserWindowController::onProgressActionCanceled(SProgressView* view) {
+  platform::assertMainThread();
+  MTPB_LOG("Enter");
+  _isCanceled = true;
+  _isDropOvering = false;
+  setIsTransferProcess(false);
+  view->hide();
+  MTPB_LOG("Exit");
 }
 
 void SBrowserWindowController::mouseEntered(QEvent&) {}
@@ -433,10 +684,12 @@ void SBrowserWindowController::__hideLoadingViewOnMainThread() {
 }
 
 void SBrowserWindowController::setToolbarEnabled(bool storages, bool backAndNext) {
+  m_layout->btn_AddNewFolder->setEnabled(storages && m_commandHandlers.contains(WindowCommand::NewFolder));
   m_layout->btn_InternalStorage->setEnabled(storages);
   m_layout->btn_ExternalStorage->setEnabled(storages);
   m_layout->btn_Previous->setEnabled(backAndNext);
   m_layout->btn_Next->setEnabled(backAndNext);
+  enableCommands();
 }
 
 void SBrowserWindowController::setDisableCaptureEvent(bool disable) {
@@ -482,6 +735,7 @@ void SBrowserWindowController::catchMTPEvent() {
 void SBrowserWindowController::updateMTPChangeProcess() {
   platform::assertMainThread();
   m_events.dropTimer();
+  m_foldersToReenter.clear();
   if (!m_session || m_session->ended || _staticSource.empty())
     return;
   m_queue->perform("mtp-reset", m_session, [root = _staticSource.front()->rootPath()](DeviceSession& session) {
@@ -501,7 +755,15 @@ void SBrowserWindowController::deviceDisconnected() {
     m_session->end();
   m_loader.forgetRequests();
   m_events.dropTimer();
+  m_foldersToReenter.clear();
+  // Whoever asks something has nobody to ask any more.
+  m_layout->fileNameView->cancelQuestion();
+  m_layout->noticeView->cancelQuestion();
+  m_layout->progressView->hide();
+  setDisableCaptureEvent(false);
   m_layout->showWelcome(welcomeText());
+  showStoragesInMenu();
+  enableCommands();
   if (m_session)
     m_queue->performLast("mtp-release", m_session, [](DeviceSession& session) { session.mtp->removeMtpBrowser(); });
   MTPB_LOG("Exit");

@@ -8,25 +8,35 @@
 #include "SBrowser/SItemArray.h"
 #include "SBrowser/SStack.h"
 #include "SBrowser/TreeLoader.h"
+#include "SBrowser/WindowCommands.h"
 #include "UI/Controls/SOutlineView.h"
+#include "UI/ProgressView/SProgressView.h"
 
 #include <QObject>
 #include <QString>
+#include <QStringList>
 
+#include <array>
 #include <atomic>
 #include <cstdint>
 #include <functional>
+#include <map>
 #include <memory>
 #include <vector>
 
 class QMainWindow;
+class QWidget;
 class SBrowserOutlineModel;
 class WindowLayout;
+class WindowMemory;
 
 /// Owns the window, the connection, the storage roots and with them the item tree. Main thread only, except where "any
 /// thread" is said: such an operation does its work on the main thread and waits for it (and does nothing when the
 /// program is ending). Nothing here blocks but those waits: what talks to the phone runs on workers, one at a time.
-class SBrowserWindowController : public QObject, private SOutlineViewOwner, private TreeLoaderOwner {
+class SBrowserWindowController : public QObject,
+                                 public SProgressViewDelegate,
+                                 private SOutlineViewOwner,
+                                 private TreeLoaderOwner {
   Q_OBJECT
 public:
   using ItemPointer = std::shared_ptr<SItem>;
@@ -86,8 +96,25 @@ public:
   /// SGhostView::setOwnerDelegate()), or, with null, frees it but for the back and next buttons. Any thread.
   void changeEventRecieverObject(QObject* view);
 
+  // ---- Commands of the menus, the keys and the toolbar ----
+
+  /// Carries a command out as if the user had chosen it in the menu bar.
+  void performCommand(WindowCommand command);
+  /// What NewFolder, Upload, CopyTo, Rename or Delete does. The window offers the command, in the menus, by its key and
+  /// in the toolbar, as long as there is a handler; null: no longer. It is called on the main thread, must not block,
+  /// and works with the outline's selected rows; a new folder's place is getSelectedRowIndex() of the outline, -1 being
+  /// the current folder.
+  void setCommandHandler(WindowCommand command, std::function<void()> handler);
+  /// What can be carried out now.
+  WindowCommandSet possibleCommands() const;
+  /// Lists the current folder anew, as the phone has it now, and stays in it if it is still there.
+  void reloadCurrentFolder();
+
   /// `menuTypeForItem:` A SOutlineMenuType.
   int menuTypeForItem(const ItemPointer& item) const;
+
+  /// `onProgressActionCanceled:` The user ends the transfer.
+  void onProgressActionCanceled(SProgressView* view) override;
 
   // ---- Device events and disconnection ----
 
@@ -161,7 +188,17 @@ private:
   void setToolbarEnabled(bool storages, bool backAndNext);
   void goBack();
   void goNext();
-  bool handleKey(int key);
+  /// What lies over the rows, or is shown while they must not be used.
+  std::array<QWidget*, 3> covers() const;
+  void connectCommands();
+  void runCommandHandler(WindowCommand command) const;
+  void sortBy(int column);
+  void enableCommands();
+  void showStoragesInMenu();
+  bool isAnySelectedRowProtected() const;
+  bool isBlocked() const;
+  bool continueReloading(const ItemPointer& entered);
+  void restoreSorting();
   bool isInTree(const SItem& item) const;
   void reloadItem(const ItemPointer& item, bool withChildren);
   void performOnMainThread(const std::function<void()>& work) const;
@@ -180,6 +217,7 @@ private:
 
   SBrowserDependencies m_dependencies;
   std::unique_ptr<WindowLayout> m_layout;
+  std::unique_ptr<WindowMemory> m_memory;
   std::unique_ptr<SBrowserOutlineModel> m_model;
   std::shared_ptr<DeviceQueue> m_queue;
   DeviceConnection m_connection;
@@ -194,6 +232,9 @@ private:
   ItemPointer _currentFolderItem;
   int _currentSelectedStorage = 1;
   SStack<SItem> _nextStack;
+  QStringList m_foldersToReenter; // while reloading: the names on the way to the folder that was shown
+  bool m_appliesSorting = false;  // the first folder that is shown is sorted as the user left it
+  std::map<WindowCommand, std::function<void()>> m_commandHandlers;
   bool m_isExpanding = false; // rows are being expanded by us, not by the user
   bool _isDropOvering = false;
   std::atomic<bool> _isDetached{false}; // written by the main thread, polled by workers of transfers and changes

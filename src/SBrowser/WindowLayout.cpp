@@ -2,6 +2,7 @@
 
 #include "Platform/MainThread.h"
 #include "SBrowser/NavigationButton.h"
+#include "SBrowser/WindowMenus.h"
 #include "UI/Common/DisplayText.h"
 #include "UI/Common/Images.h"
 #include "UI/Common/LayoutDirection.h"
@@ -9,8 +10,11 @@
 #include "UI/Controls/SGhostView.h"
 #include "UI/Controls/SOutlineView.h"
 #include "UI/Controls/SToolbarButton.h"
+#include "UI/FileNameView/SFileNameView.h"
 #include "UI/LoadingView/SLoadingAniView.h"
 #include "UI/LoadingView/SLoadingAniViewController.h"
+#include "UI/NoticeView/SNoticeView.h"
+#include "UI/ProgressView/SProgressView.h"
 #include "stringDefine/VornLocalStringDefine.h"
 
 #include <QAction>
@@ -51,6 +55,23 @@ private:
   QIcon m_image;
 };
 
+/// The folder's path, to be read and copied.
+class PathField : public QLineEdit {
+public:
+  using QLineEdit::QLineEdit;
+
+protected:
+  void paintEvent(QPaintEvent* event) override {
+    QLineEdit::paintEvent(event);
+    if (!hasFocus())
+      return;
+    // It has no frame and no cursor to tell that the keyboard is here.
+    QPainter painter(this);
+    painter.setPen(QPen(ui::namedColor(QStringLiteral("Accent"), palette()), 1));
+    painter.drawRect(rect().adjusted(0, 0, -1, -1));
+  }
+};
+
 QWidget* makeSpace(QWidget* parent) {
   auto* const space = new QWidget(parent);
   space->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Preferred);
@@ -66,6 +87,7 @@ WindowLayout::WindowLayout(platform::Timers& timers)
   m_window->setWindowIcon(ui::namedImage(QStringLiteral("mtpbrowser")));
   m_window->setContextMenuPolicy(Qt::NoContextMenu); // no menu that hides the toolbar for good
   m_window->resize(kWindowSize);
+  menus = std::make_unique<WindowMenus>(*m_window);
   buildToolbar();
   buildContent(timers);
   showWelcome(QString());
@@ -73,6 +95,7 @@ WindowLayout::WindowLayout(platform::Timers& timers)
 
 WindowLayout::~WindowLayout() {
   contentView->removeEventFilter(this);
+  menus.reset(); // before the window
 }
 
 NavigationButton* WindowLayout::addNavigationButton(const QString& identifier, const QString& imageName,
@@ -121,11 +144,9 @@ void WindowLayout::buildToolbar() {
   btn_ExternalStorage =
       addStorageButton(QStringLiteral("btn_ExternalStorage"), QStringLiteral("Card"), &m_externalItem);
   toolbar->addWidget(makeSpace(toolbar));
-  QAction* addNewFolder = nullptr;
   btn_AddNewFolder = addNavigationButton(QStringLiteral("btn_AddNewFolder"), QStringLiteral("toolbar_new_folder"),
-                                         localized("MNU_AddNewFolder"), &addNewFolder);
-  btn_AddNewFolder->setEnabled(false);
-  addNewFolder->setVisible(false);
+                                         localized("MNU_AddNewFolder"), &m_addNewFolderItem);
+  setNewFolderButtonShown(false);
 }
 
 void WindowLayout::buildContent(platform::Timers& timers) {
@@ -134,12 +155,11 @@ void WindowLayout::buildContent(platform::Timers& timers) {
   column->setContentsMargins(0, 0, 0, 0);
   column->setSpacing(0);
 
-  paths = new QLineEdit(contentView);
+  paths = new PathField(contentView);
   paths->setReadOnly(true);
   paths->setFrame(false);
   paths->setFont(SFont::sharedInstance().fontWithPixelSize(12, false));
   paths->setTextMargins(10, 4, 10, 4);
-  paths->setFocusPolicy(Qt::ClickFocus); // the keyboard belongs to the tree
   // A path runs from left to right in any window; it begins where the window's lines do.
   paths->setAlignment((ui::isRTLLayout() ? Qt::AlignRight : Qt::AlignLeft) | Qt::AlignAbsolute | Qt::AlignVCenter);
   paths->setAccessibleName(localized("accessible_path"));
@@ -158,6 +178,11 @@ void WindowLayout::buildContent(platform::Timers& timers) {
   ghostView->hide();
   loadingViewController = std::make_unique<SLoadingAniViewController>(contentView->rect(), contentView, timers);
   loadingViewController->view()->hide();
+  loadingViewController->view()->setAccessibleName(localized("accessible_loading"));
+  fileNameView = new SFileNameView(contentView);
+  progressView = new SProgressView(contentView);
+  progressView->hide();
+  noticeView = new SNoticeView(contentView);
   contentView->installEventFilter(this);
   m_window->setCentralWidget(contentView);
 }
@@ -221,12 +246,22 @@ void WindowLayout::setStorageButton(SToolbarButton& button, bool shown, const QS
   (&button == btn_InternalStorage ? m_internalItem : m_externalItem)->setVisible(shown);
 }
 
+void WindowLayout::setNewFolderButtonShown(bool shown) {
+  platform::assertMainThread();
+  btn_AddNewFolder->setEnabled(shown);
+  m_addNewFolderItem->setVisible(shown);
+}
+
 void WindowLayout::cover(QWidget& overlay) {
   platform::assertMainThread();
   overlay.setGeometry(contentView->rect());
   overlay.show();
   overlay.raise();
   overlay.setFocus();
+  // A panel that is there already is used above the cover.
+  fileNameView->raise();
+  progressView->raise();
+  noticeView->raise();
 }
 
 bool WindowLayout::eventFilter(QObject* watched, QEvent* event) {

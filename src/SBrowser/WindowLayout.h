@@ -14,13 +14,18 @@ class QLineEdit;
 class QMainWindow;
 class QToolBar;
 class QWidget;
+class SFileNameView;
 class SGhostView;
 class SLoadingAniViewController;
+class SNoticeView;
 class SOutlineView;
+class SProgressView;
 class SToolbarButton;
+class WindowMenus;
 
-/// Builds the window in its welcome state, hidden. A toolbar with back, next, the storages and the new-folder button;
-/// below it either the welcome or the path and the tree, with the overlays on top. Owns all widgets. Main thread.
+/// Builds the window in its welcome state, hidden. The menu bar; a toolbar with back, next, the storages and the
+/// new-folder button; below it either the welcome or the path and the tree, with the overlays on top: panels wait above
+/// the upper edge, the covers lie below the panels. Owns all widgets. Main thread.
 class WindowLayout : public QObject {
   Q_OBJECT
 public:
@@ -38,6 +43,8 @@ public:
   /// Gives the button the width of its title in the bold face of 13 points and 15 more.
   static void sizeToTitle(SToolbarButton& button);
   void setStorageButton(SToolbarButton& button, bool shown, const QString& title);
+  /// Shows or hides the new-folder button.
+  void setNewFolderButtonShown(bool shown);
   /// The overlay fills the content area, comes to the front, is shown and gets the keyboard.
   void cover(QWidget& overlay);
 
@@ -55,7 +62,11 @@ public:
   QWidget* scrollViewBrowser = nullptr; ///< what encloses the tree
   SOutlineView* outlineView = nullptr;
   SGhostView* ghostView = nullptr;
+  SFileNameView* fileNameView = nullptr;
+  SNoticeView* noticeView = nullptr;
+  SProgressView* progressView = nullptr;
   std::unique_ptr<SLoadingAniViewController> loadingViewController;
+  std::unique_ptr<WindowMenus> menus;
 
 Q_SIGNALS:
   /// A button of the toolbar was clicked; its identifier is its objectName.
@@ -77,4 +88,5 @@ private:
   std::unique_ptr<QMainWindow> m_window;
   QAction* m_internalItem = nullptr; // what shows or hides a widget of a toolbar
   QAction* m_externalItem = nullptr;
+  QAction* m_addNewFolderItem = nullptr;
 };

@@ -4,6 +4,7 @@
 #include "MTPCore/MTPDextSDKWrapper.h"
 #include "Platform/MainThread.h"
 #include "Platform/Timers.h"
+#include "Platform/UserDefaults.h"
 #include "Platform/Workers.h"
 #include "SBrowser/SBrowserOutlineModel.h"
 #include "SBrowser/SBrowserWindowController.h"
@@ -12,6 +13,7 @@
 
 #include <QCoreApplication>
 #include <QStringList>
+#include <QTemporaryDir>
 #include <QTest>
 
 #include <gtest/gtest.h>
@@ -55,6 +57,17 @@ protected:
   static constexpr int kPatience = 60'000; // ms, for a machine under load; the conditions hold long before
 
   void SetUp() override {
+    platform::userDefaults::useFile(defaults.filePath(QStringLiteral("defaults.conf")));
+    openWindow();
+  }
+  void TearDown() override {
+    controller.reset();
+    platform::userDefaults::useFile({});
+    EXPECT_TRUE(waitUntil([] { return platform::runningWorkers() == 0; }));
+  }
+  /// Closes the window that there is, if any, and opens one as the next start of the program would.
+  void openWindow() {
+    controller.reset();
     SBrowserDependencies dependencies;
     dependencies.createAccessObject = [this] { return std::make_shared<MTPDextSDKWrapper>(sdk); };
     dependencies.timers = &timers;
@@ -64,10 +77,6 @@ protected:
     };
     controller = std::make_unique<SBrowserWindowController>(dependencies);
     controller->showWindow();
-  }
-  void TearDown() override {
-    controller.reset();
-    EXPECT_TRUE(waitUntil([] { return platform::runningWorkers() == 0; }));
   }
 
   /// Handles the window's events until `condition` holds.
@@ -128,6 +137,7 @@ protected:
     return controller->currentFolderItem() ? controller->currentFolderItem()->fileName() : QString();
   }
 
+  QTemporaryDir defaults;
   std::shared_ptr<FakeMtpSdk> sdk = std::make_shared<FakeMtpSdk>();
   platform::ManualTimers timers;
   std::unique_ptr<SBrowserWindowController> controller;

@@ -40,6 +40,8 @@ public:
   int widthOfColumn(int section) const;
   /// Sets a column's width, held within its limits.
   void setWidthOfColumn(int section, int width);
+  /// Whether the first column takes the room that the others leave.
+  bool isFirstColumnFitted() const { return m_firstColumnFits; }
 
   QSize sizeHint() const override;
 
