@@ -35,6 +35,7 @@ void SBrowserOutlineModel::reloadData(const ItemPointer& folder) {
     m_folder = folder;
     m_itemSource =
         folder->childObjects() ? std::make_shared<SItemArray>(*folder->childObjects()) : std::make_shared<SItemArray>();
+    m_itemSource->contentsChanged(); // a name may have changed since the array was sorted
   }
   endResetModel();
   m_isReloadingData = false;
@@ -70,6 +71,42 @@ void SBrowserOutlineModel::setChildren(const ItemPointer& item, ArrayPointer chi
   beginInsertRows(shown, 0, children->count() - 1);
   item->setChildObjects(std::move(children));
   endInsertRows();
+}
+
+void SBrowserOutlineModel::insertChild(const ItemPointer& parent, int place, ItemPointer child) {
+  platform::assertMainThread();
+  const ArrayPointer children = parent->childObjects();
+  setChildren(parent, nullptr); // the new row's place among sorted ones is known when they are sorted again
+  children->insert(place, std::move(child));
+  setChildren(parent, children);
+}
+
+void SBrowserOutlineModel::removeItem(const ItemPointer& item) {
+  platform::assertMainThread();
+  const ItemPointer parent = item->parentItem();
+  if (!parent || !parent->childObjects())
+    return;
+  const QModelIndex shown = indexOfItem(*parent);
+  SItemArray& children = shown.isValid() ? *rowsBelow(parent.get()) : *parent->childObjects();
+  const int row = children.indexOf(*item);
+  if (row < 0)
+    return;
+  if (shown.isValid())
+    beginRemoveRows(shown, row, row);
+  children.removeAt(row);
+  if (shown.isValid())
+    endRemoveRows();
+}
+
+void SBrowserOutlineModel::itemRenamed(const SItem& item) {
+  platform::assertMainThread();
+  const ItemPointer parent = item.parentItem();
+  if (parent && parent == m_folder) {
+    m_itemSource->contentsChanged();
+    if (parent->childObjects())
+      parent->childObjects()->contentsChanged();
+  }
+  reloadItem(item, false);
 }
 
 void SBrowserOutlineModel::reloadItem(const SItem& item, bool reloadChildren) {

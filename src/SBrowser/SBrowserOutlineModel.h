@@ -11,7 +11,7 @@
 /// sees to the listing. Columns as in SOutlineColumnIndex. Rows: the top level is an array of its own, filled from the
 /// folder by reloadData() and sorted when the descriptor changes; the children of an item are its `childObjects`, which
 /// are sorted in place, once, before they are shown. While an item's children are shown (item below the current
-/// folder), change them through setChildren() only.
+/// folder), change them through this model only.
 ///
 /// Main thread only. Nothing blocks; sorting 100,000 rows takes a tenth of a second.
 class SBrowserOutlineModel : public QAbstractItemModel {
@@ -29,6 +29,14 @@ public:
   void removeAll();
   /// Gives `item` these children (null: none), telling the view when the item is shown.
   void setChildren(const ItemPointer& item, ArrayPointer children);
+  /// Puts `child` among `parent`'s children, at `place` of their array as it stands. Where they are shown sorted the
+  /// row comes to stand where its name belongs; at the top level it comes with the next reloadData(). The parent must
+  /// have children (an empty array are some).
+  void insertChild(const ItemPointer& parent, int place, ItemPointer child);
+  /// Takes the item from its parent's children. A row of the top level goes with the next reloadData().
+  void removeItem(const ItemPointer& item);
+  /// The item got another name: its row stays where it is until somebody sorts.
+  void itemRenamed(const SItem& item);
   /// The item's texts may have changed; with its children also theirs.
   void reloadItem(const SItem& item, bool reloadChildren);
 

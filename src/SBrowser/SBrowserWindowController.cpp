@@ -4,7 +4,9 @@
 #include "MTPCore/MTPSDKUtil.h"
 #include "Platform/Log.h"
 #include "Platform/MainThread.h"
+#include "SBrowser/ItemMutations.h"
 #include "SBrowser/NavigationButton.h"
+#include "SBrowser/OutlineState.h"
 #include "SBrowser/SBrowserOutlineModel.h"
 #include "SBrowser/WindowLayout.h"
 #include "SBrowser/WindowMemory.h"
@@ -23,6 +25,7 @@
 #include <QKeyEvent>
 #include <QLineEdit>
 #include <QMainWindow>
+#include <QMenu>
 #include <QMouseEvent>
 #include <QScrollBar>
 #include <QToolBar>
@@ -59,7 +62,8 @@ SBrowserWindowController::SBrowserWindowController(SBrowserDependencies dependen
     , m_queue(std::make_shared<DeviceQueue>(m_dependencies.startWorker))
     , m_connection(m_queue, m_dependencies.createAccessObject, m_dependencies.sleep)
     , m_loader(m_queue, *this)
-    , m_events(m_queue, *m_dependencies.timers, [this] { updateMTPChangeProcess(); }) {
+    , m_events(m_queue, *m_dependencies.timers, [this] { updateMTPChangeProcess(); })
+    , m_mutations(std::make_unique<ItemMutations>(*this, m_queue, m_dependencies.startWorker, m_dependencies.sleep)) {
   awakeFromNib();
   windowDidLoad();
   connectCommands();
@@ -76,8 +80,11 @@ SBrowserWindowController::~SBrowserWindowController() {
   m_events.dropTimer();
   if (m_session)
     m_session->end();
+  endQuestions();
   m_memory.reset(); // looks at the window
-  m_layout->progressView->setOwnerDelegate(nullptr);
+  window()->removeEventFilter(this);
+  for (SBrowserChildViewDelegate* const panel : panels())
+    panel->setOwnerDelegate(nullptr);
   for (QWidget* const cover : covers())
     cover->removeEventFilter(this);
   m_layout.reset(); // the view before its model
@@ -99,7 +106,9 @@ void SBrowserWindowController::awakeFromNib() {
       m_layout->outlineView->collapse(index);
   });
   connect(m_layout.get(), &WindowLayout::toolbarClicked, this, &SBrowserWindowController::btnToolbar_clicked);
-  m_layout->progressView->setOwnerDelegate(this);
+  for (SBrowserChildViewDelegate* const panel : panels())
+    panel->setOwnerDelegate(this);
+  window()->installEventFilter(this);
   for (QWidget* const cover : covers())
     cover->installEventFilter(this);
   m_layout->showWelcome(welcomeText());
@@ -137,6 +146,10 @@ void SBrowserWindowController::connected(const ConnectedDevice& device) {
   m_events.dropTimer();
   m_session = device.session;
   m_loader.setSession(m_session);
+  m_mutations->setSession(m_session);
+  endQuestions(); // about another phone
+  if (isBlocked())
+    setDisableCaptureEvent(false);
   _locationID = m_session->locationID;
   _deviceName = device.deviceName;
   makeStorageRoots(device.storages);
@@ -249,9 +262,19 @@ void SBrowserWindowController::reloadDataOfOutlineView(const ItemPointer& item) 
 
 void SBrowserWindowController::__reloadDataOfOutlineViewOnMainThread(const ItemPointer& item) {
   _currentFolderItem = item;
+  SOutlineView& outline = *m_layout->outlineView;
+  if (!item || item == m_model->folder()) {
+    OutlineState state(outline, *m_model);
+    m_model->reloadData(item);
+    m_isExpanding = true;
+    state.restore();
+    m_isExpanding = false;
+    outline.setSelectedRowIndex(-1);
+    return;
+  }
   m_model->reloadData(item);
-  m_layout->outlineView->setSelectedRowIndex(-1);
-  m_layout->outlineView->verticalScrollBar()->setValue(0);
+  outline.setSelectedRowIndex(-1);
+  outline.verticalScrollBar()->setValue(0);
 }
 
 std::shared_ptr<SItemArray> SBrowserWindowController::getContentsOfItem(const ItemPointer& item) {
@@ -403,6 +426,12 @@ bool SBrowserWindowController::eventFilter(QObject* watched, QEvent* event) {
     }
     break;
   }
+  case QEvent::Close:
+    if (watched == window()) {
+      _isCanceled = true;
+      endQuestions();
+    }
+    break;
   case QEvent::ShowToParent:
   case QEvent::HideToParent:
     enableCommands();
@@ -423,10 +452,13 @@ void SBrowserWindowController::connectCommands() {
   const SOutlineView& outline = *m_layout->outlineView;
   const WindowMenus& menus = *m_layout->menus;
   connect(&menus, &WindowMenus::triggered, this, &SBrowserWindowController::performCommand);
-  connect(&menus, &WindowMenus::contextMenuTriggered, this, &SBrowserWindowController::runCommandHandler);
+  connect(menus.contextMenu(), &QMenu::triggered, this, &SBrowserWindowController::actionBrowserMenuItem);
   for (const WindowCommand command : {WindowCommand::NewFolder, WindowCommand::Upload, WindowCommand::CopyTo,
                                       WindowCommand::Rename, WindowCommand::Delete})
     m_layout->menus->setOffered(command, false);
+  setCommandHandler(WindowCommand::NewFolder, [this] { createItemProc(); });
+  setCommandHandler(WindowCommand::Rename, [this] { changeItemNameProc(); });
+  setCommandHandler(WindowCommand::Delete, [this] { deleteItemsProc(); });
   const auto enable = [this] { enableCommands(); };
   connect(outline.selectionModel(), &QItemSelectionModel::selectionChanged, this, enable);
   connect(outline.selectionModel(), &QItemSelectionModel::currentChanged, this, enable);
@@ -470,6 +502,35 @@ void SBrowserWindowController::runCommandHandler(WindowCommand command) const {
     return;
   const auto handler = found->second; // it may set another one
   handler();
+}
+
+void SBrowserWindowController::actionBrowserMenuItem(const QAction* menuEntry) {
+  platform::assertMainThread();
+  switch (contextMenuEntryTitled(menuEntry->text())) {
+  case SOutlineMenuEntry::AddNewFolder:
+    runCommandHandler(WindowCommand::NewFolder);
+    break;
+  case SOutlineMenuEntry::EditName:
+    runCommandHandler(WindowCommand::Rename);
+    break;
+  case SOutlineMenuEntry::Delete:
+    runCommandHandler(WindowCommand::Delete);
+    break;
+  case SOutlineMenuEntry::Other:
+    break;
+  }
+}
+
+void SBrowserWindowController::createItemProc() {
+  m_mutations->createItemProc();
+}
+
+void SBrowserWindowController::changeItemNameProc() {
+  m_mutations->changeItemNameProc();
+}
+
+void SBrowserWindowController::deleteItemsProc() {
+  m_mutations->deleteItemsProc();
 }
 
 void SBrowserWindowController::performCommand(WindowCommand command) {
@@ -756,10 +817,7 @@ void SBrowserWindowController::deviceDisconnected() {
   m_loader.forgetRequests();
   m_events.dropTimer();
   m_foldersToReenter.clear();
-  // Whoever asks something has nobody to ask any more.
-  m_layout->fileNameView->cancelQuestion();
-  m_layout->noticeView->cancelQuestion();
-  m_layout->progressView->hide();
+  endQuestions();
   setDisableCaptureEvent(false);
   m_layout->showWelcome(welcomeText());
   showStoragesInMenu();
@@ -767,6 +825,17 @@ void SBrowserWindowController::deviceDisconnected() {
   if (m_session)
     m_queue->performLast("mtp-release", m_session, [](DeviceSession& session) { session.mtp->removeMtpBrowser(); });
   MTPB_LOG("Exit");
+}
+
+std::array<SBrowserChildViewDelegate*, 3> SBrowserWindowController::panels() const {
+  return {m_layout->fileNameView, m_layout->noticeView, m_layout->progressView};
+}
+
+void SBrowserWindowController::endQuestions() {
+  // Whoever asks something has nobody to ask any more.
+  m_layout->fileNameView->cancelQuestion();
+  m_layout->noticeView->cancelQuestion();
+  m_layout->progressView->hide();
 }
 
 void SBrowserWindowController::closeAllWindows() {

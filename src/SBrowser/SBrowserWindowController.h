@@ -24,6 +24,8 @@
 #include <memory>
 #include <vector>
 
+class ItemMutations;
+class QAction;
 class QMainWindow;
 class QWidget;
 class SBrowserOutlineModel;
@@ -75,6 +77,9 @@ public:
   /// Whether the row may be expanded now; if so, its listing starts when it is needed.
   bool shouldExpandItem(const ItemPointer& item);
 
+  /// Gives the item these children (null: none).
+  void publishChildren(const ItemPointer& item, std::shared_ptr<SItemArray> children) override;
+
   /// `resetOutlineView` Forgets what was listed and lists the selected storage anew. Any thread.
   void resetOutlineView();
   /// `reloadDataOfOutlineView:` Makes the item the current folder and shows its children; null: draws all rows anew.
@@ -96,6 +101,9 @@ public:
   /// SGhostView::setOwnerDelegate()), or, with null, frees it but for the back and next buttons. Any thread.
   void changeEventRecieverObject(QObject* view);
 
+  /// Whether a panel or a transfer has the window: nothing else can be begun.
+  bool isBlocked() const;
+
   // ---- Commands of the menus, the keys and the toolbar ----
 
   /// Carries a command out as if the user had chosen it in the menu bar.
@@ -109,6 +117,13 @@ public:
   WindowCommandSet possibleCommands() const;
   /// Lists the current folder anew, as the phone has it now, and stays in it if it is still there.
   void reloadCurrentFolder();
+
+  /// `actionBrowserMenuItem:` The context menu's entry was chosen: what its title says is begun, as by the next three.
+  void actionBrowserMenuItem(const QAction* menuEntry);
+  /// `createItemProc:`, `changeItemNameProc:`, `deleteItemsProc:` See ItemMutations. Each returns at once.
+  void createItemProc();
+  void changeItemNameProc();
+  void deleteItemsProc();
 
   /// `menuTypeForItem:` A SOutlineMenuType.
   int menuTypeForItem(const ItemPointer& item) const;
@@ -177,7 +192,6 @@ private:
   void mouseEntered(QEvent& event) override;
   void mouseExited(QEvent& event) override;
   // TreeLoaderOwner
-  void publishChildren(const ItemPointer& item, std::shared_ptr<SItemArray> children) override;
   void folderEntered(const ItemPointer& item) override;
   void folderExpanded(const ItemPointer& item) override;
 
@@ -190,13 +204,16 @@ private:
   void goNext();
   /// What lies over the rows, or is shown while they must not be used.
   std::array<QWidget*, 3> covers() const;
+  /// What reports to the window.
+  std::array<SBrowserChildViewDelegate*, 3> panels() const;
+  /// Answers what is being asked by "canceled" and takes the progress away: the phone is gone, or the window.
+  void endQuestions();
   void connectCommands();
   void runCommandHandler(WindowCommand command) const;
   void sortBy(int column);
   void enableCommands();
   void showStoragesInMenu();
   bool isAnySelectedRowProtected() const;
-  bool isBlocked() const;
   bool continueReloading(const ItemPointer& entered);
   void restoreSorting();
   bool isInTree(const SItem& item) const;
@@ -223,6 +240,7 @@ private:
   DeviceConnection m_connection;
   TreeLoader m_loader;
   DeviceEvents m_events;
+  std::unique_ptr<ItemMutations> m_mutations;
   std::shared_ptr<DeviceSession> m_session; // null until connected
 
   QString _locationID;

@@ -24,11 +24,6 @@ struct TreeLoader::Source {
   QString nodeID;
 };
 
-struct TreeLoader::Listing {
-  ArrayPointer children; // null: the phone does not know the item
-  QString nodeID;        // of a storage root that was resolved; else null
-};
-
 struct TreeLoader::Request {
   enum Kind { Enter, Expand };
   ItemPointer item;
@@ -153,6 +148,11 @@ TreeLoader::ArrayPointer TreeLoader::getContentsOfItem(const ItemPointer& item) 
   if (!listing.nodeID.isNull())
     platform::runOnMainAndWait([&] { item->setNodeID(listing.nodeID); });
   return listing.children;
+}
+
+std::function<TreeLoader::Listing(DeviceSession&)> TreeLoader::lister(const ItemPointer& item) {
+  platform::assertMainThread();
+  return [item, source = sourceOf(*item)](DeviceSession& session) { return list(session, source, item); };
 }
 
 TreeLoader::Source TreeLoader::sourceOf(const SItem& item) {

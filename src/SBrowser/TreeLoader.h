@@ -5,6 +5,7 @@
 #include "SBrowser/SItemArray.h"
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <set>
 
@@ -49,10 +50,17 @@ public:
   /// know the item (any more). Any thread but the main one, not within a job of the queue; blocks.
   ArrayPointer getContentsOfItem(const ItemPointer& item);
 
+  /// What the phone tells of an item.
+  struct Listing {
+    ArrayPointer children; ///< null: the phone does not know the item
+    QString nodeID;        ///< of a storage root that was resolved; else null
+  };
+  /// What lists the item, as getContentsOfItem() does, in a job of the queue. Blocks there.
+  static std::function<Listing(DeviceSession&)> lister(const ItemPointer& item);
+
 private:
   struct Request;
   struct Source;
-  struct Listing;
   using RequestPointer = std::shared_ptr<Request>;
 
   static Source sourceOf(const SItem& item);

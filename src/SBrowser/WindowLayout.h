@@ -52,7 +52,7 @@ public:
   QToolBar* toolbar = nullptr;
   NavigationButton* btn_Previous = nullptr;
   NavigationButton* btn_Next = nullptr;
-  NavigationButton* btn_AddNewFolder = nullptr; ///< not shown: there is nothing behind it yet
+  NavigationButton* btn_AddNewFolder = nullptr; ///< shown while a new folder can be made
   SToolbarButton* btn_InternalStorage = nullptr;
   SToolbarButton* btn_ExternalStorage = nullptr;
   QWidget* contentView = nullptr;

@@ -83,9 +83,7 @@ QAction* WindowMenus::add(QMenu* menu, WindowCommand command, const QString& tex
 }
 
 void WindowMenus::addToContextMenu(WindowCommand command, const char* key) {
-  QAction* const action = m_contextMenu->addAction(localized(key));
-  connect(action, &QAction::triggered, this, [this, command] { Q_EMIT contextMenuTriggered(command); });
-  m_contextActions[std::size_t(command)] = action;
+  m_contextActions[std::size_t(command)] = m_contextMenu->addAction(localized(key));
 }
 
 void WindowMenus::buildFileMenu() {

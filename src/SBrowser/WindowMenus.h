@@ -47,8 +47,6 @@ public:
 Q_SIGNALS:
   /// Chosen in the menu bar or by its key.
   void triggered(WindowCommand command);
-  /// Chosen in the context menu.
-  void contextMenuTriggered(WindowCommand command);
 
 private:
   QMenu* addMenu(const char* key);

@@ -61,6 +61,46 @@ TEST_F(SBrowserOutlineModelTest, TheTopLevelIsTheFoldersChildrenAndBelowAreTheir
   EXPECT_EQ(model.rowCount(model.index(1, 0)), 0);
 }
 
+TEST_F(SBrowserOutlineModelTest, AChildThatIsInsertedStandsAtItsPlaceAndWhereTheRowsAreSortedAmongThem) {
+  model.insertChild(f, 1, item("c", SObjectTypeFile, f));
+  EXPECT_EQ(names(model.index(0, 0)), QStringList({"b", "c", "a"}));
+  model.sort(kFileName);
+  model.insertChild(f, 0, item("bb", SObjectTypeFile, f));
+  EXPECT_EQ(names(model.indexOfItem(*f)), QStringList({"a", "b", "bb", "c"}));
+}
+
+TEST_F(SBrowserOutlineModelTest, AChildOfTheShownFolderIsShownWithTheNextReload) {
+  model.insertChild(root, 2, item("h", SObjectTypeFolder, root));
+  EXPECT_EQ(names(), QStringList({"f", "g", "x"}));
+  model.reloadData(root);
+  EXPECT_EQ(names(), QStringList({"f", "g", "h", "x"}));
+  model.removeItem(g);
+  EXPECT_EQ(names().size(), 4);
+  model.reloadData(root);
+  EXPECT_EQ(names(), QStringList({"f", "h", "x"}));
+}
+
+TEST_F(SBrowserOutlineModelTest, ARemovedItemsRowGoesAtOnceWhereItLiesInAShownFolder) {
+  model.sort(kFileName);
+  const ItemPointer a = model.itemAtIndex(model.index(0, 0, model.indexOfItem(*f)));
+  ASSERT_EQ(a->fileName(), QStringLiteral("a"));
+  const QPersistentModelIndex b = model.index(1, 0, model.indexOfItem(*f));
+  model.removeItem(a);
+  EXPECT_EQ(names(model.indexOfItem(*f)), QStringList({"b"}));
+  EXPECT_EQ(b.row(), 0);
+  model.removeItem(a); // it is gone: nothing happens
+  EXPECT_EQ(names(model.indexOfItem(*f)), QStringList({"b"}));
+}
+
+TEST_F(SBrowserOutlineModelTest, ARenamedItemStaysInItsRowUntilSomebodySorts) {
+  model.sort(kFileName);
+  f->setFileName(QStringLiteral("z"));
+  model.itemRenamed(*f);
+  EXPECT_EQ(names(), QStringList({"z", "g", "x"}));
+  model.sort(kFileName);
+  EXPECT_EQ(names(), QStringList({"g", "z", "x"}));
+}
+
 TEST_F(SBrowserOutlineModelTest, StoragesAndFoldersAreExpandableEvenBeforeTheyWereListed) {
   EXPECT_TRUE(model.hasChildren(model.index(1, 0)));
   EXPECT_FALSE(model.hasChildren(model.index(2, 0)));

@@ -4,6 +4,7 @@
 #include "UI/Common/OverlayPanel.h"
 #include "UI/Common/SBrowserChildViewDelegate.h"
 
+#include <functional>
 #include <memory>
 
 namespace ui {
@@ -16,6 +17,11 @@ class QuestionPanel : public OverlayPanel, public SBrowserChildViewDelegate {
 public:
   explicit QuestionPanel(QWidget* parent);
   ~QuestionPanel() override;
+
+  /// What a worker asks with, in place of runViewModalWithParam(): it may be called when the panel has gone meanwhile,
+  /// and is canceled then. Main thread; what it returns is for background threads.
+  using Asker = std::function<int(const QVariant& param, QVariant* result)>;
+  virtual Asker asker() = 0;
 
   /// Ends the question that is being asked, and those that wait, as if the user had canceled: the phone is gone, say.
   /// Any thread.

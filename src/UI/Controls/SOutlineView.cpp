@@ -13,12 +13,25 @@
 #include <QPainterPath>
 
 #include <limits>
+#include <map>
+#include <vector>
 
 namespace {
 
 constexpr int kIndentation = 18;
 
-SOutlineMenuEntry entryTitled(QString title) {
+/// Where a row is: its number among its siblings, behind those of the rows it lies in.
+std::vector<int> placeOf(QModelIndex index) {
+  std::vector<int> place;
+  for (; index.isValid(); index = index.parent()) {
+    place.insert(place.begin(), index.row());
+  }
+  return place;
+}
+
+} // namespace
+
+SOutlineMenuEntry contextMenuEntryTitled(QString title) {
   title.remove(u'&'); // the mark of a mnemonic, which the localized texts may gain in a menu
   const auto text = [](const char* key) {
     return VornLocalStringDefine::QX_LocalizedStringWithKey(QLatin1StringView(key)).remove(u'&');
@@ -31,8 +44,6 @@ SOutlineMenuEntry entryTitled(QString title) {
   }
   return title == text("MNU_Delete") ? SOutlineMenuEntry::Delete : SOutlineMenuEntry::Other;
 }
-
-} // namespace
 
 bool isContextMenuEntryEnabled(SOutlineMenuEntry entry, qsizetype selectedRows, int clickedType, bool anyProtected) {
   if (selectedRows >= 2) {
@@ -66,6 +77,7 @@ SOutlineView::SOutlineView(QWidget* parent)
   setTextElideMode(Qt::ElideRight);
   m_header->setSortIndicator(kFileName, Qt::AscendingOrder);
   setSortingEnabled(true);
+  connect(this, &QTreeView::collapsed, this, &SOutlineView::deselectBelow);
 }
 
 void SOutlineView::awakeFromNib() {
@@ -158,6 +170,37 @@ int SOutlineView::widthOfColumn(int column) const {
   return m_header->widthOfColumn(column);
 }
 
+QModelIndexList SOutlineView::selectedRowIndexes() const {
+  platform::assertMainThread();
+  std::map<std::vector<int>, QModelIndex> inOrder; // a folder comes before what it holds
+  if (selectionModel() != nullptr) {
+    for (const QModelIndex& index : selectionModel()->selectedRows(kFileName)) {
+      inOrder.emplace(placeOf(index), index);
+    }
+  }
+  QModelIndexList indexes;
+  for (const auto& entry : inOrder) {
+    indexes.append(entry.second);
+  }
+  return indexes;
+}
+
+void SOutlineView::deselectBelow(const QModelIndex& folder) {
+  // What is done with the selected rows must not be done with rows that nobody sees.
+  QItemSelection hidden;
+  for (const QItemSelectionRange& range : selectionModel()->selection()) {
+    for (QModelIndex parent = range.parent(); parent.isValid(); parent = parent.parent()) {
+      if (parent == folder) {
+        hidden.append(range);
+        break;
+      }
+    }
+  }
+  if (!hidden.isEmpty()) {
+    selectionModel()->select(hidden, QItemSelectionModel::Deselect);
+  }
+}
+
 QMenu* SOutlineView::menuForEvent(const QPoint& viewportPoint) {
   platform::assertMainThread();
   return menuForRow(rowAtPoint(viewportPoint));
@@ -181,7 +224,8 @@ void SOutlineView::enableMenuEntries(const QModelIndex& clicked) {
   const int type = isOne && m_pOwnerDelegate != nullptr ? m_pOwnerDelegate->menuTypeForItem(clicked) : kMenuTypeFolder;
   const bool anyProtected = !isOne && isAnySelectedRowProtected();
   for (QAction* action : m_ownerMenu->actions()) {
-    action->setEnabled(isContextMenuEntryEnabled(entryTitled(action->text()), selectedRows, type, anyProtected));
+    action->setEnabled(
+        isContextMenuEntryEnabled(contextMenuEntryTitled(action->text()), selectedRows, type, anyProtected));
   }
 }
 

@@ -25,6 +25,9 @@ enum SOutlineMenuType { kMenuTypeProtected = 0, kMenuTypeFile = 1, kMenuTypeFold
 /// The context menu's entries, told by their titles.
 enum class SOutlineMenuEntry { AddNewFolder, EditName, Delete, Other };
 
+/// The entry with this title; Other for any other text.
+SOutlineMenuEntry contextMenuEntryTitled(QString title);
+
 /// Whether a context menu entry is enabled. `selectedRows`: how many rows are selected; `clickedType`: the
 /// SOutlineMenuType of the clicked row, kMenuTypeFolder over empty space, counting while fewer than two rows are
 /// selected; `anyProtected`: whether one of the selected rows is of kMenuTypeProtected, counting with two or more.
@@ -82,8 +85,10 @@ public:
   QModelIndex indexAtRow(qint64 row) const;
   /// The row below a point of the viewport, anywhere in its width; -1 over empty space.
   qint64 rowAtPoint(const QPoint& viewportPoint) const;
-  /// How many rows are selected.
+  /// How many rows are selected. A row that goes out of sight as its folder is collapsed is no longer selected.
   qsizetype numberOfSelectedRows() const;
+  /// The selected rows' indexes (of column kFileName), from the first row to the last.
+  QModelIndexList selectedRowIndexes() const;
 
   /// A column's width in device-independent pixels, without the spacing between columns.
   int widthOfColumn(int column) const;
@@ -107,6 +112,7 @@ protected:
 
 private:
   QMenu* menuForRow(qint64 row);
+  void deselectBelow(const QModelIndex& folder);
   bool isAnySelectedRowProtected() const;
   void enableMenuEntries(const QModelIndex& clicked);
   void setHoveredRow(qint64 row);

@@ -60,12 +60,18 @@ void SFileNameView::awakeFromNib() {
 }
 
 int SFileNameView::runViewModalWithParam(const QVariant& param, QVariant* result) {
-  const auto question = _waitingCondition; // outlives the view
-  const ui::ModalQuestion::Answer answer =
-      question->ask([&] { animationShowViewWithInfos(param); }, [this] { animationHiddenView(); });
-  if (result != nullptr)
-    *result = answer.result;
-  return answer.returnCode;
+  return asker()(param, result);
+}
+
+SFileNameView::Asker SFileNameView::asker() {
+  // The question outlives the view, which it does not touch any more then.
+  return [this, question = _waitingCondition](const QVariant& param, QVariant* result) {
+    const ui::ModalQuestion::Answer answer =
+        question->ask([&] { animationShowViewWithInfos(param); }, [this] { animationHiddenView(); });
+    if (result != nullptr)
+      *result = answer.result;
+    return answer.returnCode;
+  };
 }
 
 void SFileNameView::animationShowViewWithInfos(const QVariant& infos) {

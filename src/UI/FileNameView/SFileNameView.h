@@ -21,6 +21,7 @@ public:
   /// may be empty) or an invalid QVariant. Blocks until there is an answer (see QuestionPanel). Background threads
   /// only; the view must exist when it is called, not for all of it.
   int runViewModalWithParam(const QVariant& param, QVariant* result) override;
+  Asker asker() override;
 
   /// `animationShowViewWithInfos:` Fills the panel (`infos` as above), gives the field the keyboard and slides in.
   void animationShowViewWithInfos(const QVariant& infos);

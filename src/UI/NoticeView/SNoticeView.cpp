@@ -64,20 +64,26 @@ SNoticeView::SNoticeView(QWidget* parent)
   move(x(), -height());
 }
 
-int SNoticeView::runViewModalWithParam(const QVariant&, QVariant* result) {
-  const auto question = _waitingCondition; // outlives the view
-  const ui::ModalQuestion::Answer answer = question->ask(
-      [this] {
-        _returnCode = ui::ModalQuestion::kCanceled;
-        animationHidden(false);
-      },
-      [this] {
-        becomeUnreachable(); // at once: the next question must not be answered by what is meant for this one
-        animationHidden(true);
-      });
-  if (answer.returnCode == ui::ModalQuestion::kConfirmed && result != nullptr)
-    *result = answer.result;
-  return answer.returnCode;
+int SNoticeView::runViewModalWithParam(const QVariant& param, QVariant* result) {
+  return asker()(param, result);
+}
+
+SNoticeView::Asker SNoticeView::asker() {
+  // The question outlives the view, which it does not touch any more then.
+  return [this, question = _waitingCondition](const QVariant&, QVariant* result) {
+    const ui::ModalQuestion::Answer answer = question->ask(
+        [this] {
+          _returnCode = ui::ModalQuestion::kCanceled;
+          animationHidden(false);
+        },
+        [this] {
+          becomeUnreachable(); // at once: the next question must not be answered by what is meant for this one
+          animationHidden(true);
+        });
+    if (answer.returnCode == ui::ModalQuestion::kConfirmed && result != nullptr)
+      *result = answer.result;
+    return answer.returnCode;
+  };
 }
 
 void SNoticeView::animationHidden(bool hidden) {

@@ -23,6 +23,7 @@ public:
   /// is an answer (see QuestionPanel). Background threads only; the view must exist when it is called, not for all of
   /// it.
   int runViewModalWithParam(const QVariant& param, QVariant* result) override;
+  Asker asker() override;
 
   using SBrowserChildViewDelegate::animationHidden;
   /// `animationHidden:` Sets the texts, clears the box and slides out (true) or in, soon, on the main thread. Any

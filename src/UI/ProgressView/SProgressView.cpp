@@ -84,14 +84,14 @@ void SProgressView::setProgressInfo(quint64 done, quint64 totalValue) {
 void SProgressView::animationHidden(bool, const QVariant&) {
   platform::assertMainThread();
   const QString ready = localized("MNU_PrepareToSomething");
-  const QString cancel = localized("FUS_MNU_Cancel");
+  const QString cancel = localized("accessible_cancel_transfer");
   _lbFileName->setText(QString());
   _lbProgressStatus->setText(ready);
   _progressIndicator->setPercentage(0);
   _btnCancel->setAccessibleName(cancel);
   _btnCancel->setToolTip(cancel.toHtmlEscaped());
-  setAccessibleName(localized("MSG_BnRTransfering"));
-  _progressIndicator->setAccessibleName(accessibleName());
+  setAccessibleName(localized("accessible_progress_panel"));
+  _progressIndicator->setAccessibleName(localized("accessible_progress_bar"));
 }
 
 void SProgressView::transitionView(bool hidden) {

@@ -351,6 +351,29 @@ TEST_F(Outline, NumbersRowsTheSameWhileScrolled) {
   EXPECT_EQ(m_view.indexAtRow(100).row(), 100);
 }
 
+TEST_F(Outline, TellsTheSelectedRowsFromTheFirstToTheLastHoweverTheyWereSelected) {
+  m_view.expand(m_dcim->index());
+  const auto select = [&](const QStandardItem* item) {
+    m_view.selectionModel()->select(item->index(), QItemSelectionModel::Select | QItemSelectionModel::Rows);
+  };
+  EXPECT_TRUE(m_view.selectedRowIndexes().isEmpty());
+  for (const QStandardItem* item : {m_otherFile, m_nested, m_folder, m_dcim})
+    select(item);
+  EXPECT_EQ(m_view.selectedRowIndexes(),
+            QModelIndexList({m_dcim->index(), m_nested->index(), m_folder->index(), m_otherFile->index()}));
+}
+
+TEST_F(Outline, ARowThatGoesOutOfSightIsNoLongerSelected) {
+  m_view.expand(m_dcim->index());
+  m_view.expand(m_folder->index());
+  for (const QStandardItem* item : {m_nested, m_file})
+    m_view.selectionModel()->select(item->index(), QItemSelectionModel::Select | QItemSelectionModel::Rows);
+  m_view.collapse(m_dcim->index());
+  EXPECT_EQ(m_view.selectedRowIndexes(), QModelIndexList({m_file->index()}));
+  m_view.expand(m_dcim->index());
+  EXPECT_EQ(m_view.numberOfSelectedRows(), 1);
+}
+
 TEST_F(Outline, RowsAreTwentyTwoPointsHigh) {
   m_file->setText("two\nlines");
   EXPECT_EQ(m_view.visualRect(m_file->index()).height(), 22);

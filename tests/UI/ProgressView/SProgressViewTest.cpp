@@ -174,12 +174,16 @@ TEST_F(ProgressPanel, IsFramedInBlackOnTheViewBackground) {
 TEST_F(ProgressPanel, IsADialogWithANamedButtonAndBarToAScreenReader) {
   QAccessibleInterface* const panel = QAccessible::queryAccessibleInterface(&m_panel);
   EXPECT_EQ(panel->role(), QAccessible::Dialog);
-  EXPECT_FALSE(panel->text(QAccessible::Name).isEmpty());
+  const auto localized = [](const char* key) {
+    return VornLocalStringDefine::QX_LocalizedStringWithKey(QString::fromLatin1(key));
+  };
+  EXPECT_EQ(panel->text(QAccessible::Name), localized("accessible_progress_panel"));
   QAccessibleInterface* const cancel = QAccessible::queryAccessibleInterface(m_panel.btnCancel());
   EXPECT_EQ(cancel->role(), QAccessible::Button);
-  EXPECT_EQ(cancel->text(QAccessible::Name), VornLocalStringDefine::QX_LocalizedStringWithKey("FUS_MNU_Cancel"));
+  EXPECT_EQ(cancel->text(QAccessible::Name), localized("accessible_cancel_transfer"));
   ASSERT_NE(cancel->actionInterface(), nullptr);
   cancel->actionInterface()->doAction(QAccessibleActionInterface::pressAction());
   EXPECT_TRUE(waitFor([this] { return m_owner.cancels == 1; }));
-  EXPECT_FALSE(QAccessible::queryAccessibleInterface(m_panel.progressIndicator())->text(QAccessible::Name).isEmpty());
+  EXPECT_EQ(QAccessible::queryAccessibleInterface(m_panel.progressIndicator())->text(QAccessible::Name),
+            localized("accessible_progress_bar"));
 }
