@@ -269,7 +269,7 @@ bool Device::isCurrent(std::uint64_t epoch) {
   return m_epoch == epoch;
 }
 
-Status Device::checkRoom(std::uint32_t storage, std::uint64_t size) {
+Status Device::checkRoom(std::uint32_t storage, std::uint64_t size, const Session::Watch& watch) {
   const auto now = m_session.limits().now();
   {
     const std::lock_guard lock(m_registry.mutex);
@@ -279,7 +279,7 @@ Status Device::checkRoom(std::uint32_t storage, std::uint64_t size) {
       return DGSTATUS_SUCCESS;
   }
   std::vector<std::byte> dataset;
-  const Reply reply = m_session.receive(Operation::GetStorageInfo, {storage}, dataset);
+  const Reply reply = m_session.receive(Operation::GetStorageInfo, {storage}, dataset, watch);
   if (!reply.ok())
     return reply.status;
   const auto info = parseStorageInfo(dataset);

@@ -63,7 +63,10 @@ public:
 
   /// Whether `size` bytes can be stored: 0, DGSTATUS_STORAGE_FULL, the status of a storage that is read-only, or why
   /// the phone could not be asked. Asks it unless it said lately that there is far more room.
-  Status checkRoom(std::uint32_t storage, std::uint64_t size);
+  Status checkRoom(std::uint32_t storage, std::uint64_t size, const Session::Watch& watch);
+  /// Whether the phone has not refused the property ObjectSize yet.
+  bool knowsSizeProperty() const { return m_knowsSizeProperty; }
+  void noteNoSizeProperty() { m_knowsSizeProperty = false; }
   /// Takes what was stored off what is known of the room.
   void takeRoom(std::uint32_t storage, std::uint64_t size);
   /// What is known of the room is no longer so.
@@ -108,7 +111,8 @@ private:
   Session m_session;
   DeviceInfo m_info; // written while opening, constant afterwards
   std::u16string m_modelName;
-  std::optional<FolderLister> m_lister; // made while opening
+  std::optional<FolderLister> m_lister;         // made while opening
+  std::atomic<bool> m_knowsSizeProperty = true; // written and read by the threads that transfer
   // The rest is guarded by NodeRegistry::mutex.
   std::optional<std::u16string> m_friendlyName;
   ObjectStore m_store;

@@ -25,18 +25,24 @@ ObjectCreation::ObjectCreation(Device& device, Place place, std::u16string name)
     , m_place(std::move(place))
     , m_name(std::move(name)) {}
 
-Status ObjectCreation::prepare(Node*& namesake) {
+Status ObjectCreation::prepare(Node*& namesake, const Session::Watch& watch) {
   if (!isObjectName(m_name))
     return DGSTATUS_FILE_INVALID_CHAR;
-  if (const Status status = lookForNamesake(namesake); status != DGSTATUS_SUCCESS)
+  if (const Status status = lookForNamesake(namesake, Ask::Phone); status != DGSTATUS_SUCCESS)
     return status;
-  m_alone = m_device.session().exclusive();
-  return m_device.isCurrent(m_place.epoch) ? DGSTATUS_SUCCESS : DGSTATUS_NODE_IS_NOT_EXISTED;
+  m_alone = m_device.session().exclusive(watch);
+  if (!m_alone)
+    return DGSTATUS_IO_CANCEL;
+  if (!m_device.isCurrent(m_place.epoch))
+    return DGSTATUS_NODE_IS_NOT_EXISTED;
+  return lookForNamesake(namesake, Ask::Memory); // another thread may have made it meanwhile
 }
 
-Status ObjectCreation::lookForNamesake(Node*& namesake) {
+/// Whoever fetches may want the session: those that hold it must not wait for them.
+Status ObjectCreation::lookForNamesake(Node*& namesake, Ask ask) {
   std::unique_lock lock(m_device.registry().mutex);
-  if (const Status status = m_device.fetch(m_place.listing, lock); status != DGSTATUS_SUCCESS)
+  const Status status = ask == Ask::Phone ? m_device.fetch(m_place.listing, lock) : DGSTATUS_SUCCESS;
+  if (status != DGSTATUS_SUCCESS)
     return status;
   if (!m_place.listing->known)
     return DGSTATUS_NODE_IS_NOT_EXISTED;
@@ -47,7 +53,8 @@ Status ObjectCreation::lookForNamesake(Node*& namesake) {
   return found->kind == MTPDEXT_NODE_FOLDER ? DGSTATUS_NODE_FOLDER_DUPNAME_EXISTED : DGSTATUS_NODE_FILE_DUPNAME_EXISTED;
 }
 
-Status ObjectCreation::announce(bool folder, std::uint64_t size, std::u16string_view modified, Node*& namesake) {
+Status ObjectCreation::announce(bool folder, std::uint64_t size, std::u16string_view modified, Node*& namesake,
+                                const Session::Watch& watch) {
   const Listing& listing = *m_place.listing;
   const std::uint32_t parent = listing.parent == FolderLister::TopLevel ? TopLevelParent : listing.parent;
   const NewObject object{listing.storage, parent, folder, size, m_name, std::u16string(modified)};
@@ -55,13 +62,15 @@ Status ObjectCreation::announce(bool folder, std::uint64_t size, std::u16string_
   Reply reply;
   {
     const Device::EventsWait wait(m_device);
-    reply = m_device.session().send(Operation::SendObjectInfo, {listing.storage, parent}, objectInfoDataset(object));
-    m_handle = reply.parameters[2];
-    if (reply.ok() && m_handle != 0)
+    reply =
+        m_device.session().send(Operation::SendObjectInfo, {listing.storage, parent}, objectInfoDataset(object), watch);
+    m_handle = reply.code == Response::OK ? reply.parameters[2] : 0;
+    if (m_handle != 0)
       m_device.noteOwnChange(m_handle);
   }
   if (reply.ok() && m_handle != 0)
     return DGSTATUS_SUCCESS;
+  withdraw();       // stopped by the watch when it was there already
   m_alone.unlock(); // for the others, and for the listing's fetch below
   if (reply.ok()) {
     log(LogLevel::Warning, "the phone made an object without telling which");
@@ -80,7 +89,7 @@ Status ObjectCreation::announce(bool folder, std::uint64_t size, std::u16string_
       return status;
     m_place.listing->stale = true;
   }
-  const Status found = lookForNamesake(namesake);
+  const Status found = lookForNamesake(namesake, Ask::Phone);
   return found == DGSTATUS_SUCCESS ? status : found;
 }
 

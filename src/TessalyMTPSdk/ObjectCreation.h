@@ -25,10 +25,12 @@ public:
 
   /// Sees to it that the folder's contents are known, and looks for an object the storage may take for the new one:
   /// DGSTATUS_NODE_FILE_DUPNAME_EXISTED, DGSTATUS_NODE_FOLDER_DUPNAME_EXISTED. Nothing is sent before 0.
-  Status prepare(Node*& namesake);
+  /// The watch: as Session has it; DGSTATUS_IO_CANCEL.
+  Status prepare(Node*& namesake, const Session::Watch& watch = {});
   /// Tells the phone of the object; a folder is made by that. A refusal that may mean a name that appeared meanwhile is
   /// looked into, with prepare()'s answers.
-  Status announce(bool folder, std::uint64_t size, std::u16string_view modified, Node*& namesake);
+  Status announce(bool folder, std::uint64_t size, std::u16string_view modified, Node*& namesake,
+                  const Session::Watch& watch = {});
   std::uint32_t handle() const { return m_handle; }
   /// Takes the new object over into the listing, under the name the phone gave it. Null when the listing has been
   /// released meanwhile.
@@ -37,7 +39,8 @@ public:
   void withdraw();
 
 private:
-  Status lookForNamesake(Node*& namesake);
+  enum class Ask { Phone, Memory };
+  Status lookForNamesake(Node*& namesake, Ask ask);
   std::u16string nameOnPhone();
 
   Device& m_device;

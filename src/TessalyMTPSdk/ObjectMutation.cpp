@@ -6,14 +6,6 @@ namespace mtp {
 
 namespace {
 
-/// What the phone says of an object that is not there (any more): the folder is listed again.
-Status vanished(Device& device, const Subject& subject) {
-  const std::lock_guard lock(device.registry().mutex);
-  if (device.epoch() == subject.epoch)
-    device.store().retireObject(subject.handle);
-  return DGSTATUS_NODE_IS_NOT_EXISTED;
-}
-
 /// 0 when no other object of the folder has such a name.
 Status lookForNamesake(Device& device, const Subject& subject, std::u16string_view name, bool again, bool& same) {
   std::unique_lock lock(device.registry().mutex);
@@ -69,7 +61,7 @@ Status renameObject(Device& device, const Subject& subject, std::u16string_view 
     }
   }
   if (reply.code == Response::InvalidObjectHandle)
-    return vanished(device, subject);
+    return noteVanished(device, subject);
   if (reply.code == Response()) { // it may have another name now, or not
     const std::lock_guard lock(device.registry().mutex);
     device.store().markAllStale();
@@ -101,6 +93,13 @@ Status deleteObject(Device& device, const Subject& subject) {
     device.store().markAllStale(); // what is left below it only the phone knows
   }
   return reply.status;
+}
+
+Status noteVanished(Device& device, const Subject& subject) {
+  const std::lock_guard lock(device.registry().mutex);
+  if (device.epoch() == subject.epoch)
+    device.store().retireObject(subject.handle);
+  return DGSTATUS_NODE_IS_NOT_EXISTED;
 }
 
 Status fetchThumbnail(Device& device, const Subject& subject, std::vector<std::byte>& bytes) {

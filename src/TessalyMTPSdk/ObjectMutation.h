@@ -20,6 +20,8 @@ Status createFolder(Device& device, const Place& place, std::u16string_view name
 Status renameObject(Device& device, const Subject& subject, std::u16string_view name);
 /// With everything below it. What could not be deleted is listed anew.
 Status deleteObject(Device& device, const Subject& subject);
+/// The phone says that the object is not there (any more): the folder is listed again.
+Status noteVanished(Device& device, const Subject& subject);
 /// The picture's own small one.
 Status fetchThumbnail(Device& device, const Subject& subject, std::vector<std::byte>& bytes);
 

@@ -138,15 +138,16 @@ Reply Session::run(Operation operation, std::initializer_list<std::uint32_t> par
 }
 
 Reply Session::receive(Operation operation, std::initializer_list<std::uint32_t> parameters,
-                       std::vector<std::byte>& data) {
+                       std::vector<std::byte>& data, const Watch& watch) {
   data.clear();
   bool tooLarge = false;
-  Reply reply = receive(operation, parameters, [&](Bytes piece) {
+  const Sink sink = [&](Bytes piece) {
     tooLarge = piece.size() > m_limits.largestDataset - data.size();
     if (!tooLarge)
       data.insert(data.end(), piece.begin(), piece.end());
     return !tooLarge;
-  });
+  };
+  Reply reply = receive(operation, parameters, sink, watch);
   if (tooLarge) {
     log(LogLevel::Warning, "%s: the phone sent more than a dataset may hold", nameOf(operation));
     reply.status = DGSTATUS_INTERNAL_SIZE_MISMATCH;
@@ -174,10 +175,19 @@ Reply Session::send(Operation operation, std::initializer_list<std::uint32_t> pa
   return transact(transaction);
 }
 
-Reply Session::send(Operation operation, std::initializer_list<std::uint32_t> parameters, Bytes dataset) {
+Reply Session::send(Operation operation, std::initializer_list<std::uint32_t> parameters, Bytes dataset,
+                    const Watch& watch) {
   std::vector<std::byte> container(ContainerHeader::Size + dataset.size());
   std::ranges::copy(dataset, container.begin() + ContainerHeader::Size);
-  return send(operation, parameters, dataset.size(), [&] { return std::span(container); });
+  return send(
+      operation, parameters, dataset.size(), [&] { return std::span(container); }, watch);
+}
+
+Session::Exclusive Session::exclusive(const Watch& watch) {
+  Exclusive lock(m_transaction, std::defer_lock);
+  while (!lock.try_lock_for(Transport::TickInterval) && (!watch || watch(0))) {
+  }
+  return lock;
 }
 
 void Session::close() {
@@ -199,6 +209,14 @@ Reply Session::transact(Exchange& transaction) {
     return {DGSTATUS_NO_DEVICE_ATTACHED};
   if (m_dead)
     return {DGSTATUS_INTERNAL_DEVICE_NOT_RESPONSE};
+  if (m_transacting) { // asked for by a sink, source or watch: it would come into the middle of their own
+    log(LogLevel::Warning, "%s refused: a transfer's callback cannot use the phone", nameOf(transaction.operation));
+    return {DGSTATUS_UNSUCCESSFUL};
+  }
+  const struct Transacting {
+    bool& now;
+    ~Transacting() { now = false; }
+  } transacting{m_transacting = true};
   transaction.firstByte = m_limits.firstByte(transaction.operation);
   if (transaction.watch)
     m_transport->setTick([&](std::size_t moved) { return mayGoOn(transaction, moved); });

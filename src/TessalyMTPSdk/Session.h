@@ -62,12 +62,13 @@ public:
   /// transfer ends here, incomplete.
   using Source = std::function<std::span<std::byte>()>;
   /// Asked on the transacting thread while the phone is waited for, at least every Transport::TickInterval; gets the
-  /// bytes of the data phase so far. False ends the transfer: at once in its data phase, which is cancelled; before and
-  /// behind it the phone is given the chance to end by itself, as a cancel request would then hit the next transaction.
+  /// bytes of the data phase so far. Transactions it asks for itself are refused. False ends the transfer: at once in
+  /// its data phase, which is cancelled; before and behind it the phone is given the chance to end by itself, as a
+  /// cancel request would then hit the next transaction.
   using Watch = std::function<bool(std::uint64_t moved)>;
 
   /// Holds the session for several transactions in a row: those of other threads wait. One thread may have several.
-  using Exclusive = std::unique_lock<std::recursive_mutex>;
+  using Exclusive = std::unique_lock<std::recursive_timed_mutex>;
 
   explicit Session(std::unique_ptr<Transport> transport, TimeLimits limits = {});
   ~Session();
@@ -84,7 +85,8 @@ public:
   /// A transaction without data phase.
   Reply run(Operation operation, std::initializer_list<std::uint32_t> parameters);
   /// A transaction whose data phase comes from the phone. `data` is replaced. No memory is taken ahead of the bytes.
-  Reply receive(Operation operation, std::initializer_list<std::uint32_t> parameters, std::vector<std::byte>& data);
+  Reply receive(Operation operation, std::initializer_list<std::uint32_t> parameters, std::vector<std::byte>& data,
+                const Watch& watch = {});
   /// The same, piece by piece as it comes. Ended by the sink or the watch: DGSTATUS_IO_CANCEL. `likelySize`: what is
   /// known of the data phase's size; tells a header apart whose 32 bits have wrapped around.
   Reply receive(Operation operation, std::initializer_list<std::uint32_t> parameters, const Sink& sink,
@@ -94,9 +96,11 @@ public:
   Reply send(Operation operation, std::initializer_list<std::uint32_t> parameters, std::uint64_t size,
              const Source& source, const Watch& watch = {});
   /// The same for a dataset.
-  Reply send(Operation operation, std::initializer_list<std::uint32_t> parameters, Bytes dataset);
+  Reply send(Operation operation, std::initializer_list<std::uint32_t> parameters, Bytes dataset,
+             const Watch& watch = {});
 
-  Exclusive exclusive() { return Exclusive(m_transaction); }
+  /// Waits for the session. The watch, asked at least every Transport::TickInterval, can end that: it is not held then.
+  Exclusive exclusive(const Watch& watch = {});
   const TimeLimits& limits() const { return m_limits; }
 
   /// Unplugged or closed.
@@ -146,7 +150,7 @@ private:
   const TimeLimits m_limits;
   std::function<void()> m_onReopened;
 
-  std::recursive_mutex
+  std::recursive_timed_mutex
       m_transaction; // held for a whole transaction, recovery included; guards all below up to the atomics
   std::uint32_t m_lastTransaction = 0;
   std::vector<std::byte> m_buffer;
@@ -154,6 +158,7 @@ private:
   std::size_t m_end = 0;
   bool m_transferEnded = false; // behind the buffered bytes
   bool m_open = false;
+  bool m_transacting = false;
 
   std::atomic<bool> m_dead = false;    // written by the transaction's thread, read by all
   std::atomic<bool> m_closing = false; // written by close(), read by all

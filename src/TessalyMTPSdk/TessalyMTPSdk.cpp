@@ -1,9 +1,11 @@
 #include "TessalyMTPSdk/TessalyMTPSdk.h"
 
 #include "TessalyMTPSdk/EngineState.h"
+#include "TessalyMTPSdk/FileReceiver.h"
+#include "TessalyMTPSdk/FileSender.h"
 #include "TessalyMTPSdk/Logging.h"
 #include "TessalyMTPSdk/ObjectExists.h"
-#include "TessalyMTPSdk/ObjectMutation.h"
+#include "TessalyMTPSdk/ObjectNames.h"
 
 #include <cstring>
 #include <optional>
@@ -335,15 +337,45 @@ uint32_t mtpDextDeleteNode(_MTP_COMMON_NODE* node) {
   });
 }
 
-uint32_t mtpDextGetFileEx(_MTP_FILE_NODE*, const MTPDEXT_CHAR16*, uint32_t, mtpDextProgressCallback, void*) {
-  return DGSTATUS_NOT_SUPPORT_OP;
+uint32_t mtpDextGetFileEx(_MTP_FILE_NODE* file, const MTPDEXT_CHAR16* destination, uint32_t length,
+                          mtpDextProgressCallback callback, void* context) {
+  return guarded([&]() -> Status {
+    const auto path = textOf(destination, length);
+    if (!file || !path || path->empty())
+      return DGSTATUS_INVALID_PARAMETER;
+    const auto name = toUtf8(*path);
+    if (!name)
+      return DGSTATUS_FILE_INVALID_CHAR;
+    Subject subject;
+    FileFacts facts;
+    const std::shared_ptr<Device> device = subjectAt(file, {MTPDEXT_NODE_FILE}, subject, [&](const Node& node) {
+      facts = {node.file.fileLength, std::u16string(node.file.date, node.file.dateLength)};
+    });
+    if (!device)
+      return DGSTATUS_NODE_IS_NOT_EXISTED;
+    return FileReceiver(*device, subject, facts, {callback, context, device->session().limits().now}).receive(*name);
+  });
 }
 
-uint32_t mtpDextSendFileEx(const MTPDEXT_CHAR16*, uint32_t, _MTP_COMMON_NODE*, _MTP_FILE_NODE** created,
-                           mtpDextProgressCallback, void*) {
-  if (created)
-    *created = nullptr;
-  return DGSTATUS_NOT_SUPPORT_OP;
+uint32_t mtpDextSendFileEx(const MTPDEXT_CHAR16* source, uint32_t length, _MTP_COMMON_NODE* parent,
+                           _MTP_FILE_NODE** created, mtpDextProgressCallback callback, void* context) {
+  if (!created)
+    return DGSTATUS_INVALID_PARAMETER;
+  *created = nullptr;
+  return guarded([&]() -> Status {
+    const auto path = textOf(source, length);
+    if (!parent || !path || path->empty())
+      return DGSTATUS_INVALID_PARAMETER;
+    Place place;
+    const std::shared_ptr<Device> device = placeAt(parent, place);
+    if (!device)
+      return DGSTATUS_NODE_IS_NOT_EXISTED;
+    Node* node = nullptr;
+    const Status status =
+        FileSender(*device, place, {callback, context, device->session().limits().now}).send(*path, node);
+    *created = recordOf<_MTP_FILE_NODE>(node);
+    return status;
+  });
 }
 
 uint32_t mtpDextGetThumb(_MTP_FILE_NODE* file, void* buffer, uint32_t* byteSize) {

@@ -84,7 +84,9 @@ typedef struct _MTP_FILE_NODE {
 
 enum { MTPDEXT_NODE_DEVICE = 1, MTPDEXT_NODE_STORAGE = 2, MTPDEXT_NODE_FOLDER = 3, MTPDEXT_NODE_FILE = 4 };
 
-/* Progress of a transfer, called on the transferring thread. 0: go on; anything else: stop. Positions in bytes. */
+/* Progress of a transfer, called on the thread that asked for it, at least every 100 ms and at most a hundred times a
+ * second, and once at the end. 0: go on; anything else: stop (0x10000007). Positions in bytes. What it asks of the
+ * phone itself is refused: the phone is in the middle of a transaction. */
 typedef uint32_t (*mtpDextProgressCallback)(uint64_t current, uint64_t total, void* context);
 /* A device event (MTP event code, its first two parameters), called on the engine's event thread; returns 0. The
  * callback may not call the engine back for work that talks to the phone: it would wait for its own thread. */
@@ -124,13 +126,20 @@ uint32_t mtpDextGetFileListHead(_MTP_COMMON_NODE* parent, _MTP_FILE_NODE** head,
                                 void* context);
 uint32_t mtpDextGetNextFileNode(_MTP_FILE_NODE* file, _MTP_FILE_NODE** next);
 
-/* Changes and transfers (block). Not built yet: all answer 0x14000001. */
+/* Changes and transfers (block). What the computer changed is in its folder's lists at once; they are not fetched
+ * again. A name that another object of the folder has, but for case and composition, is refused before anything is
+ * sent: 0x10000005 (a file has it), 0x10000006 (a folder). A name that cannot be: 0x11000005. No room: 0x1000000A. */
 uint32_t mtpDextCreateFolderNode(_MTP_COMMON_NODE* parent, const MTPDEXT_CHAR16* name, uint32_t byteSize,
                                  _MTP_FOLDER_NODE** created);
 uint32_t mtpDextRenameNode(_MTP_COMMON_NODE* node, const MTPDEXT_CHAR16* newName, uint32_t byteSize);
 uint32_t mtpDextDeleteNode(_MTP_COMMON_NODE* node);
+/* Copies a file of the phone to the path `destination` (UTF-16, `length` code units, the terminating zero included). It
+ * is written beside it under another name (see PartialFile.h) and replaces what is there only when it is whole. */
 uint32_t mtpDextGetFileEx(_MTP_FILE_NODE* file, const MTPDEXT_CHAR16* destination, uint32_t length,
                           mtpDextProgressCallback callback, void* context);
+/* Copies the file at the path `source` into a folder or storage, under its own last component and with its date. On
+ * 0x10000005 and 0x10000006 `created` is the object that has the name. A copy that fails or is stopped is taken away
+ * again. */
 uint32_t mtpDextSendFileEx(const MTPDEXT_CHAR16* source, uint32_t length, _MTP_COMMON_NODE* parent,
                            _MTP_FILE_NODE** created, mtpDextProgressCallback callback, void* context);
 uint32_t mtpDextGetThumb(_MTP_FILE_NODE* file, void* buffer, uint32_t* byteSize);

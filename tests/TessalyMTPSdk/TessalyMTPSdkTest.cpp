@@ -474,6 +474,8 @@ TEST_F(Interface, ChangesAndTransfersOfNothingAreRefused) {
   EXPECT_EQ(mtpDextCreateFolderNode(nullptr, nullptr, 0, nullptr), 0x10000002u);
   EXPECT_EQ(mtpDextRenameNode(nullptr, nullptr, 0), 0x10000002u);
   EXPECT_EQ(mtpDextDeleteNode(nullptr), 0x10000002u);
+  EXPECT_EQ(mtpDextGetFileEx(nullptr, nullptr, 0, nullptr, nullptr), 0x10000002u);
+  EXPECT_EQ(mtpDextSendFileEx(nullptr, 0, nullptr, nullptr, nullptr, nullptr), 0x10000002u);
   EXPECT_EQ(mtpDextGetThumb(nullptr, nullptr, nullptr), 0x10000002u);
 }
 

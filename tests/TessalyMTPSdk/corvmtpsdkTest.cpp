@@ -115,5 +115,15 @@ TEST_F(OlderNames, ChangeAndMoveTheSameObjects) {
   EXPECT_EQ(mtpCreateFolderNode(&dcim->common, u"new", 8, &folder), 0u);
   EXPECT_EQ(mtpRenameNode(&folder->common, u"x", 4), 0u);
   EXPECT_EQ(mtpGetThumb(note, nullptr, &size), 0x1310000Eu);
+  const TemporaryFolder computer;
+  computer.file("sent.txt", 7);
+  const std::u16string source = (computer.path() / "sent.txt").u16string();
+  const std::u16string destination = (computer.path() / "received.txt").u16string();
+  const auto units = [](const std::u16string& path) { return static_cast<uint32_t>(path.size() + 1); };
+  _MTP_FILE_NODE* file = nullptr;
+  EXPECT_EQ(mtpSendFileEx(source.c_str(), units(source), &folder->common, &file, nullptr, nullptr), 0u);
+  EXPECT_EQ(nameOf(file), "sent.txt");
+  EXPECT_EQ(mtpGetFileEx(file, destination.c_str(), units(destination), nullptr, nullptr), 0u);
+  EXPECT_EQ(std::filesystem::file_size(computer.path() / "received.txt"), 7u);
   EXPECT_EQ(mtpDeleteNode(&folder->common), 0u);
 }

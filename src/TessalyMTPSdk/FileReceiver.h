@@ -1,0 +1,38 @@
+#pragma once
+// Copies one file of the phone to the computer.
+#include "TessalyMTPSdk/ObjectMutation.h"
+#include "TessalyMTPSdk/ObjectSize.h"
+#include "TessalyMTPSdk/TransferProgress.h"
+
+namespace mtp {
+
+/// What is known of the file; taken from its record under the lock.
+struct FileFacts {
+  std::uint64_t size = 0; // bytes
+  std::u16string date;    // as the phone told it
+};
+
+/// One copy, on one thread. Two transactions: the file's size, its contents.
+class FileReceiver {
+public:
+  FileReceiver(Device& device, Subject subject, FileFacts facts, TransferProgress progress);
+
+  /// Blocks. 0: the file is whole, under this name (UTF-8) and with the phone's date. Otherwise what was under that
+  /// name is as it was. DGSTATUS_IO_CANCEL: the callback ended it; DGSTATUS_STORAGE_FULL: the computer has no room.
+  Status receive(const std::string& destination);
+
+private:
+  Status receiveInto(int file, bool durable);
+  Status refused(const Reply& reply);
+  Status checkSize(std::uint64_t received);
+  std::uint64_t likelySize() const;
+
+  Device& m_device;
+  const Subject m_subject;
+  const FileFacts m_facts;
+  TransferProgress m_progress;
+  Session::Exclusive m_alone;
+  DeclaredSize m_declared;
+};
+
+} // namespace mtp

@@ -1,0 +1,208 @@
+// Copying files of the computer to a phone.
+#include "TransferFixture.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <thread>
+
+using namespace testsupport;
+
+namespace {
+
+using vphone::FaultKind;
+using vphone::FaultPhase;
+
+class FileSender : public TransferFixture {};
+
+} // namespace
+
+TEST_F(FileSender, ASentFileIsWholeWhateverItsLength) {
+  const std::vector<std::size_t> sizes{
+      0, 1, 499, 500, 501, 511, 512, 1012, (1 << 20) - 12, 1 << 20, 1048577, 5 << 20, 6000000, (8 << 20) - 12};
+  start();
+  _MTP_STORAGE_NODE* top = firstStorage();
+  for (std::size_t i = 0; i < sizes.size(); ++i) {
+    const std::string name = "file" + std::to_string(i);
+    write(here(name), pattern(sizes[i], static_cast<unsigned>(i)));
+    ASSERT_EQ(send(here(name), top), 0u) << sizes[i] << log();
+    EXPECT_EQ(read(onPhone(name)), pattern(sizes[i], static_cast<unsigned>(i))) << sizes[i];
+    ASSERT_TRUE(created);
+    EXPECT_EQ(nameOf(created), name);
+    EXPECT_EQ(created->fileLength, sizes[i]);
+  }
+  EXPECT_EQ(filesIn(top).size(), sizes.size());
+}
+
+TEST_F(FileSender, FilesIntoOneFolderCostThreeTransactionsEachAndNoListing) {
+  start();
+  _MTP_STORAGE_NODE* top = firstStorage();
+  write(here("first"), "text");
+  ASSERT_EQ(send(here("first"), top), 0u);
+  const std::uint64_t before = transactions();
+  constexpr int Files = 50;
+  for (int i = 0; i < Files; ++i) {
+    const std::string name = "file" + std::to_string(i);
+    write(here(name), "text");
+    ASSERT_EQ(send(here(name), top), 0u);
+  }
+  EXPECT_EQ(filesIn(top).size(), Files + 1u);
+  EXPECT_EQ(transactions(), before + 3 * Files);
+}
+
+TEST_F(FileSender, ASentFileHasTheComputersDate) {
+  write(here("old.txt"), "text");
+  const struct timespec times[2] = {{0, UTIME_OMIT}, {1234567890, 0}};
+  ASSERT_EQ(utimensat(AT_FDCWD, here("old.txt").c_str(), times, 0), 0);
+  start();
+  ASSERT_EQ(send(here("old.txt"), firstStorage()), 0u);
+  struct stat facts {};
+  ASSERT_EQ(stat(onPhone("old.txt").c_str(), &facts), 0);
+  EXPECT_EQ(facts.st_mtim.tv_sec, 1234567890);
+  // What is shown is what the phone would tell.
+  const std::u16string shown(created->date, created->dateLength);
+  mtp::shutdown();
+  start();
+  const auto files = filesIn(firstStorage());
+  ASSERT_EQ(files.size(), 1u);
+  EXPECT_EQ(std::u16string(files[0]->date, files[0]->dateLength).substr(0, 15), shown.substr(0, 15));
+}
+
+TEST_F(FileSender, ProgressEndsAtTheFilesLength) {
+  write(here("file"), pattern(3 << 20));
+  start();
+  Progress progress;
+  ASSERT_EQ(send(here("file"), firstStorage(), &progress), 0u);
+  ASSERT_FALSE(progress.calls.empty());
+  EXPECT_EQ(progress.calls.back(), std::make_pair(std::uint64_t{3 << 20}, std::uint64_t{3 << 20}));
+  EXPECT_TRUE(std::is_sorted(progress.calls.begin(), progress.calls.end()));
+}
+
+TEST_F(FileSender, ANamesakeIsFoundBeforeAnythingIsSentAndHandedOut) {
+  write(onPhone("Photo.JPG"), "phone's");
+  storage.folder("Folder");
+  write(here("photo.jpg"), "computer's");
+  write(here("folder"), "a file");
+  start();
+  _MTP_STORAGE_NODE* top = firstStorage();
+  _MTP_FILE_NODE* there = filesIn(top).at(0);
+  _MTP_FOLDER_NODE* folder = foldersIn(top).at(0);
+  const std::uint64_t before = transactions();
+  EXPECT_EQ(send(here("photo.jpg"), top), 0x10000005u);
+  EXPECT_EQ(created, there);
+  EXPECT_EQ(send(here("folder"), top), 0x10000006u);
+  EXPECT_EQ(static_cast<void*>(created), static_cast<void*>(folder));
+  EXPECT_EQ(transactions(), before);
+  EXPECT_EQ(read(onPhone("Photo.JPG")), "phone's");
+}
+
+TEST_F(FileSender, ACancelledFileIsGoneFromThePhone) {
+  write(here("file"), pattern(64 << 20));
+  start();
+  _MTP_STORAGE_NODE* top = firstStorage();
+  Progress progress;
+  progress.answer = [](std::uint64_t current) { return current > 0 ? Cancel : 0; };
+  EXPECT_EQ(send(here("file"), top, &progress), Cancel);
+  EXPECT_EQ(created, nullptr);
+  EXPECT_LT(progress.calls.back().first, 64u << 20);
+  EXPECT_FALSE(std::filesystem::exists(onPhone("file")));
+  EXPECT_TRUE(filesIn(top).empty());
+  EXPECT_EQ(send(here("file"), top), 0u) << "the session goes on" << log();
+  EXPECT_EQ(read(onPhone("file")), pattern(64 << 20));
+}
+
+TEST_F(FileSender, ACancelAtTheLastByteCounts) {
+  write(here("file"), "text");
+  start();
+  _MTP_STORAGE_NODE* top = firstStorage();
+  Progress progress;
+  progress.answer = [](std::uint64_t) { return Cancel; };
+  EXPECT_EQ(send(here("file"), top, &progress), Cancel);
+  EXPECT_FALSE(std::filesystem::exists(onPhone("file")));
+  EXPECT_TRUE(filesIn(top).empty());
+}
+
+TEST_F(FileSender, AFileThatDoesNotFitIsRefusedBeforeItIsAnnounced) {
+  vphone::Options options;
+  options.storages.push_back({.folder = storage.path(), .description = "Phone", .capacity = 1 << 20});
+  start(options);
+  write(here("file"), pattern(2 << 20));
+  EXPECT_EQ(send(here("file"), firstStorage()), 0x1000000Au);
+  EXPECT_EQ(asked(mtp::Operation::SendObjectInfo), 0u);
+  EXPECT_EQ(created, nullptr);
+}
+
+TEST_F(FileSender, AFileThePhoneCutShortIsAFailureAndIsDeleted) {
+  vphone::Manners manners;
+  manners.largestFileKept = 1000;
+  start(manners);
+  _MTP_STORAGE_NODE* top = firstStorage();
+  write(here("file"), pattern(5000));
+  EXPECT_EQ(send(here("file"), top), 0x13100005u);
+  EXPECT_EQ(created, nullptr);
+  EXPECT_FALSE(std::filesystem::exists(onPhone("file")));
+  EXPECT_TRUE(filesIn(top).empty());
+}
+
+TEST_F(FileSender, AFileCutShortForWantOfRoomSaysThatThePhoneIsFull) {
+  vphone::Options options;
+  options.storages.push_back({.folder = storage.path(), .description = "Phone", .capacity = 100 << 20});
+  options.manners.cutsFilesSilently = true;
+  start(options);
+  _MTP_STORAGE_NODE* top = firstStorage();
+  write(here("first"), "text");
+  ASSERT_EQ(send(here("first"), top), 0u) << "the phone has told how much room there is";
+  storage.file("filled meanwhile", (100 << 20) - 1000);
+  write(here("file"), pattern(5000));
+  EXPECT_EQ(send(here("file"), top), 0x1000000Au) << log();
+  EXPECT_FALSE(std::filesystem::exists(onPhone("file")));
+}
+
+TEST_F(FileSender, WhatIsNoFileIsNotSent) {
+  start();
+  _MTP_STORAGE_NODE* top = firstStorage();
+  const std::uint64_t before = transactions();
+  ASSERT_EQ(mkfifo(here("pipe").c_str(), 0600), 0);
+  computer.folder("folder");
+  EXPECT_EQ(send(here("missing"), top), 0x11000001u);
+  EXPECT_EQ(send(here("pipe"), top), 0x11000001u);
+  EXPECT_EQ(send(here("folder"), top), 0x11000001u);
+  EXPECT_EQ(transactions(), before);
+}
+
+TEST_F(FileSender, ALinkIsSentAsTheFileItLeadsTo) {
+  write(here("target"), "text");
+  std::filesystem::create_symlink(here("target"), here("link"));
+  start();
+  ASSERT_EQ(send(here("link"), firstStorage()), 0u);
+  EXPECT_EQ(read(onPhone("link")), "text");
+}
+
+TEST_F(FileSender, AReadOnlyStorageTakesNoFile) {
+  write(here("file"), "text");
+  vphone::Options options;
+  options.storages.push_back({.folder = storage.path(), .description = "Card", .readOnly = true});
+  start(options);
+  EXPECT_EQ(send(here("file"), firstStorage()), 0x1310000Cu);
+}
+
+TEST_F(FileSender, SendingIntoAFolderDeletedMeanwhileSaysThatItIsNotThere) {
+  storage.folder("gone");
+  write(here("file"), "text");
+  start();
+  _MTP_FOLDER_NODE* folder = foldersIn(firstStorage()).at(0);
+  EXPECT_TRUE(filesIn(folder).empty());
+  std::filesystem::remove(onPhone("gone"));
+  EXPECT_EQ(send(here("file"), folder), 0x10000004u);
+}
+
+TEST_F(FileSender, ArgumentsThatNameNothingAreRefused) {
+  start();
+  _MTP_COMMON_NODE* top = &firstStorage()->common;
+  EXPECT_EQ(mtpDextSendFileEx(nullptr, 7, top, &created, nullptr, nullptr), 0x10000002u);
+  EXPECT_EQ(mtpDextSendFileEx(u"/tmp/x", 0, top, &created, nullptr, nullptr), 0x10000002u);
+  EXPECT_EQ(mtpDextSendFileEx(u"", 1, top, &created, nullptr, nullptr), 0x10000002u);
+  EXPECT_EQ(mtpDextSendFileEx(u"/tmp/x", 7, nullptr, &created, nullptr, nullptr), 0x10000002u);
+  EXPECT_EQ(mtpDextSendFileEx(u"/tmp/x", 7, top, nullptr, nullptr, nullptr), 0x10000002u);
+  EXPECT_EQ(mtpDextSendFileEx(u"/tmp/\xD800", 7, top, &created, nullptr, nullptr), 0x11000005u);
+  EXPECT_EQ(mtpDextSendFileEx(u"/tmp/x", 7, &device()->common, &created, nullptr, nullptr), 0x10000004u);
+}
