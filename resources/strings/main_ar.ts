@@ -60,10 +60,54 @@
     </message>
     <message id="MSG_WelcomToVBX2">
         <source>Connect your phone with a USB cable.
-Then unlock it and choose “File transfer” in its USB notification.</source>
+Then unlock it and choose “File transfer” in its USB notification.
+If nothing happens, try another cable: some only charge.</source>
         <extracomment>The window while no phone is attached. “File transfer” is what Android calls this choice in your language.</extracomment>
         <translation>صِل هاتفك بكبل USB.
-ثم افتح قفله واختر «نقل الملفات» في إشعار USB.</translation>
+ثم افتح قفله واختر «نقل الملفات» في إشعار USB.
+إن لم يحدث شيء، فجرّب كبلًا آخر: بعضها للشحن فقط.</translation>
+    </message>
+    <message id="MSG_PhoneLocked">
+        <source>Your phone is locked or only charging.
+Unlock it and choose “File transfer” in its USB notification.</source>
+        <extracomment>In place of the welcome: a phone is attached and shows no storage.</extracomment>
+        <translation>هاتفك مقفل أو قيد الشحن فقط.
+افتح قفله واختر «نقل الملفات» في إشعار USB.</translation>
+    </message>
+    <message id="MSG_PhonePictureTransfer">
+        <source>Your phone is set to transfer pictures only.
+Choose “File transfer” in its USB notification.</source>
+        <extracomment>In place of the welcome: the phone is in picture-transfer mode. “File transfer” as in MSG_WelcomToVBX2.</extracomment>
+        <translation>هاتفك مضبوط على نقل الصور فقط.
+اختر «نقل الملفات» في إشعار USB.</translation>
+    </message>
+    <message id="MSG_PhoneNoPermission">
+        <source>You don’t have permission to use this phone.
+Plug it in again. If that doesn’t help, ask your administrator for access to it.</source>
+        <extracomment>In place of the welcome: the system does not let the user open the phone.</extracomment>
+        <translation>ليس لديك إذن باستخدام هذا الهاتف.
+أعد توصيله. وإن لم يُجدِ ذلك، فاطلب الإذن من مسؤول النظام.</translation>
+    </message>
+    <message id="MSG_PhoneInUse">
+        <source>Another program is using your phone.
+Quit that program, or eject the phone there.</source>
+        <extracomment>In place of the welcome: another program has the phone; which one is not known.</extracomment>
+        <translation>يستخدم برنامج آخر هاتفك.
+أغلق ذلك البرنامج أو أخرج الهاتف منه.</translation>
+    </message>
+    <message id="MSG_PhoneInUseBy">
+        <source>Another program, %1, is using your phone.
+Quit that program, or eject the phone there.</source>
+        <extracomment>In place of the welcome: another program has the phone. %1 is its name.</extracomment>
+        <translation>يستخدم برنامج آخر، %1، هاتفك.
+أغلق ذلك البرنامج أو أخرج الهاتف منه.</translation>
+    </message>
+    <message id="MSG_PhoneNotAnswering">
+        <source>Your phone doesn’t answer.
+Unlock it. If that doesn’t help, unplug it and plug it in again.</source>
+        <extracomment>In place of the welcome: the phone does not answer.</extracomment>
+        <translation>هاتفك لا يستجيب.
+افتح قفله. وإن لم يُجدِ ذلك، فافصله ثم أعد توصيله.</translation>
     </message>
     <message id="menu_file">
         <source>&amp;File</source>

@@ -60,10 +60,54 @@
     </message>
     <message id="MSG_WelcomToVBX2">
         <source>Connect your phone with a USB cable.
-Then unlock it and choose “File transfer” in its USB notification.</source>
+Then unlock it and choose “File transfer” in its USB notification.
+If nothing happens, try another cable: some only charge.</source>
         <extracomment>The window while no phone is attached. “File transfer” is what Android calls this choice in your language.</extracomment>
         <translation>Verbinden Sie Ihr Telefon über ein USB-Kabel.
+Entsperren Sie es und wählen Sie in der USB-Benachrichtigung „Dateiübertragung“.
+Passiert nichts? Nehmen Sie ein anderes Kabel: Manche laden nur.</translation>
+    </message>
+    <message id="MSG_PhoneLocked">
+        <source>Your phone is locked or only charging.
+Unlock it and choose “File transfer” in its USB notification.</source>
+        <extracomment>In place of the welcome: a phone is attached and shows no storage.</extracomment>
+        <translation>Ihr Telefon ist gesperrt oder wird nur geladen.
 Entsperren Sie es und wählen Sie in der USB-Benachrichtigung „Dateiübertragung“.</translation>
+    </message>
+    <message id="MSG_PhonePictureTransfer">
+        <source>Your phone is set to transfer pictures only.
+Choose “File transfer” in its USB notification.</source>
+        <extracomment>In place of the welcome: the phone is in picture-transfer mode. “File transfer” as in MSG_WelcomToVBX2.</extracomment>
+        <translation>Ihr Telefon überträgt zurzeit nur Bilder.
+Wählen Sie in der USB-Benachrichtigung „Dateiübertragung“.</translation>
+    </message>
+    <message id="MSG_PhoneNoPermission">
+        <source>You don’t have permission to use this phone.
+Plug it in again. If that doesn’t help, ask your administrator for access to it.</source>
+        <extracomment>In place of the welcome: the system does not let the user open the phone.</extracomment>
+        <translation>Sie dürfen dieses Telefon nicht verwenden.
+Stecken Sie es erneut ein. Hilft das nicht, bitten Sie Ihren Administrator um Zugriff.</translation>
+    </message>
+    <message id="MSG_PhoneInUse">
+        <source>Another program is using your phone.
+Quit that program, or eject the phone there.</source>
+        <extracomment>In place of the welcome: another program has the phone; which one is not known.</extracomment>
+        <translation>Ein anderes Programm verwendet Ihr Telefon.
+Beenden Sie dieses Programm oder werfen Sie das Telefon dort aus.</translation>
+    </message>
+    <message id="MSG_PhoneInUseBy">
+        <source>Another program, %1, is using your phone.
+Quit that program, or eject the phone there.</source>
+        <extracomment>In place of the welcome: another program has the phone. %1 is its name.</extracomment>
+        <translation>Ein anderes Programm, %1, verwendet Ihr Telefon.
+Beenden Sie dieses Programm oder werfen Sie das Telefon dort aus.</translation>
+    </message>
+    <message id="MSG_PhoneNotAnswering">
+        <source>Your phone doesn’t answer.
+Unlock it. If that doesn’t help, unplug it and plug it in again.</source>
+        <extracomment>In place of the welcome: the phone does not answer.</extracomment>
+        <translation>Ihr Telefon antwortet nicht.
+Entsperren Sie es. Hilft das nicht, ziehen Sie es ab und stecken Sie es erneut ein.</translation>
     </message>
     <message id="menu_file">
         <source>&amp;File</source>

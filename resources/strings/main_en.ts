@@ -62,7 +62,44 @@
         <source></source>
         <extracomment>The window while no phone is attached. “File transfer” is what Android calls this choice in your language.</extracomment>
         <translation>Connect your phone with a USB cable.
-Then unlock it and choose “File transfer” in its USB notification.</translation>
+Then unlock it and choose “File transfer” in its USB notification.
+If nothing happens, try another cable: some only charge.</translation>
+    </message>
+    <message id="MSG_PhoneLocked">
+        <source></source>
+        <extracomment>In place of the welcome: a phone is attached and shows no storage.</extracomment>
+        <translation>Your phone is locked or only charging.
+Unlock it and choose “File transfer” in its USB notification.</translation>
+    </message>
+    <message id="MSG_PhonePictureTransfer">
+        <source></source>
+        <extracomment>In place of the welcome: the phone is in picture-transfer mode. “File transfer” as in MSG_WelcomToVBX2.</extracomment>
+        <translation>Your phone is set to transfer pictures only.
+Choose “File transfer” in its USB notification.</translation>
+    </message>
+    <message id="MSG_PhoneNoPermission">
+        <source></source>
+        <extracomment>In place of the welcome: the system does not let the user open the phone.</extracomment>
+        <translation>You don’t have permission to use this phone.
+Plug it in again. If that doesn’t help, ask your administrator for access to it.</translation>
+    </message>
+    <message id="MSG_PhoneInUse">
+        <source></source>
+        <extracomment>In place of the welcome: another program has the phone; which one is not known.</extracomment>
+        <translation>Another program is using your phone.
+Quit that program, or eject the phone there.</translation>
+    </message>
+    <message id="MSG_PhoneInUseBy">
+        <source></source>
+        <extracomment>In place of the welcome: another program has the phone. %1 is its name.</extracomment>
+        <translation>Another program, %1, is using your phone.
+Quit that program, or eject the phone there.</translation>
+    </message>
+    <message id="MSG_PhoneNotAnswering">
+        <source></source>
+        <extracomment>In place of the welcome: the phone does not answer.</extracomment>
+        <translation>Your phone doesn’t answer.
+Unlock it. If that doesn’t help, unplug it and plug it in again.</translation>
     </message>
     <message id="menu_file">
         <source></source>

@@ -60,10 +60,54 @@
     </message>
     <message id="MSG_WelcomToVBX2">
         <source>Connect your phone with a USB cable.
-Then unlock it and choose “File transfer” in its USB notification.</source>
+Then unlock it and choose “File transfer” in its USB notification.
+If nothing happens, try another cable: some only charge.</source>
         <extracomment>The window while no phone is attached. “File transfer” is what Android calls this choice in your language.</extracomment>
         <translation>Conecte el teléfono con un cable USB.
-Después desbloquéelo y elija «Transferencia de archivos» en su notificación de USB.</translation>
+Después desbloquéelo y elija «Transferencia de archivos» en su notificación de USB.
+Si no ocurre nada, pruebe otro cable: algunos solo cargan.</translation>
+    </message>
+    <message id="MSG_PhoneLocked">
+        <source>Your phone is locked or only charging.
+Unlock it and choose “File transfer” in its USB notification.</source>
+        <extracomment>In place of the welcome: a phone is attached and shows no storage.</extracomment>
+        <translation>El teléfono está bloqueado o solo se está cargando.
+Desbloquéelo y elija «Transferencia de archivos» en su notificación de USB.</translation>
+    </message>
+    <message id="MSG_PhonePictureTransfer">
+        <source>Your phone is set to transfer pictures only.
+Choose “File transfer” in its USB notification.</source>
+        <extracomment>In place of the welcome: the phone is in picture-transfer mode. “File transfer” as in MSG_WelcomToVBX2.</extracomment>
+        <translation>El teléfono está configurado para transferir solo imágenes.
+Elija «Transferencia de archivos» en su notificación de USB.</translation>
+    </message>
+    <message id="MSG_PhoneNoPermission">
+        <source>You don’t have permission to use this phone.
+Plug it in again. If that doesn’t help, ask your administrator for access to it.</source>
+        <extracomment>In place of the welcome: the system does not let the user open the phone.</extracomment>
+        <translation>No tiene permiso para usar este teléfono.
+Vuelva a conectarlo. Si no sirve, pida acceso a su administrador.</translation>
+    </message>
+    <message id="MSG_PhoneInUse">
+        <source>Another program is using your phone.
+Quit that program, or eject the phone there.</source>
+        <extracomment>In place of the welcome: another program has the phone; which one is not known.</extracomment>
+        <translation>Otro programa está usando el teléfono.
+Cierre ese programa o expulse el teléfono desde él.</translation>
+    </message>
+    <message id="MSG_PhoneInUseBy">
+        <source>Another program, %1, is using your phone.
+Quit that program, or eject the phone there.</source>
+        <extracomment>In place of the welcome: another program has the phone. %1 is its name.</extracomment>
+        <translation>Otro programa, %1, está usando el teléfono.
+Cierre ese programa o expulse el teléfono desde él.</translation>
+    </message>
+    <message id="MSG_PhoneNotAnswering">
+        <source>Your phone doesn’t answer.
+Unlock it. If that doesn’t help, unplug it and plug it in again.</source>
+        <extracomment>In place of the welcome: the phone does not answer.</extracomment>
+        <translation>El teléfono no responde.
+Desbloquéelo. Si no sirve, desconéctelo y vuelva a conectarlo.</translation>
     </message>
     <message id="menu_file">
         <source>&amp;File</source>

@@ -60,10 +60,54 @@
     </message>
     <message id="MSG_WelcomToVBX2">
         <source>Connect your phone with a USB cable.
-Then unlock it and choose “File transfer” in its USB notification.</source>
+Then unlock it and choose “File transfer” in its USB notification.
+If nothing happens, try another cable: some only charge.</source>
         <extracomment>The window while no phone is attached. “File transfer” is what Android calls this choice in your language.</extracomment>
         <translation>Connectez votre téléphone avec un câble USB.
-Déverrouillez-le, puis choisissez « Transfert de fichiers » dans sa notification USB.</translation>
+Déverrouillez-le, puis choisissez « Transfert de fichiers » dans sa notification USB.
+S’il ne se passe rien, essayez un autre câble : certains ne font que charger.</translation>
+    </message>
+    <message id="MSG_PhoneLocked">
+        <source>Your phone is locked or only charging.
+Unlock it and choose “File transfer” in its USB notification.</source>
+        <extracomment>In place of the welcome: a phone is attached and shows no storage.</extracomment>
+        <translation>Votre téléphone est verrouillé ou seulement en charge.
+Déverrouillez-le et choisissez « Transfert de fichiers » dans sa notification USB.</translation>
+    </message>
+    <message id="MSG_PhonePictureTransfer">
+        <source>Your phone is set to transfer pictures only.
+Choose “File transfer” in its USB notification.</source>
+        <extracomment>In place of the welcome: the phone is in picture-transfer mode. “File transfer” as in MSG_WelcomToVBX2.</extracomment>
+        <translation>Votre téléphone est réglé pour ne transférer que des images.
+Choisissez « Transfert de fichiers » dans sa notification USB.</translation>
+    </message>
+    <message id="MSG_PhoneNoPermission">
+        <source>You don’t have permission to use this phone.
+Plug it in again. If that doesn’t help, ask your administrator for access to it.</source>
+        <extracomment>In place of the welcome: the system does not let the user open the phone.</extracomment>
+        <translation>Vous n’avez pas le droit d’utiliser ce téléphone.
+Rebranchez-le. Si cela ne suffit pas, demandez l’accès à votre administrateur.</translation>
+    </message>
+    <message id="MSG_PhoneInUse">
+        <source>Another program is using your phone.
+Quit that program, or eject the phone there.</source>
+        <extracomment>In place of the welcome: another program has the phone; which one is not known.</extracomment>
+        <translation>Un autre programme utilise votre téléphone.
+Quittez ce programme ou éjectez-y le téléphone.</translation>
+    </message>
+    <message id="MSG_PhoneInUseBy">
+        <source>Another program, %1, is using your phone.
+Quit that program, or eject the phone there.</source>
+        <extracomment>In place of the welcome: another program has the phone. %1 is its name.</extracomment>
+        <translation>Un autre programme, %1, utilise votre téléphone.
+Quittez ce programme ou éjectez-y le téléphone.</translation>
+    </message>
+    <message id="MSG_PhoneNotAnswering">
+        <source>Your phone doesn’t answer.
+Unlock it. If that doesn’t help, unplug it and plug it in again.</source>
+        <extracomment>In place of the welcome: the phone does not answer.</extracomment>
+        <translation>Votre téléphone ne répond pas.
+Déverrouillez-le. Si cela ne suffit pas, débranchez-le puis rebranchez-le.</translation>
     </message>
     <message id="menu_file">
         <source>&amp;File</source>

@@ -60,10 +60,54 @@
     </message>
     <message id="MSG_WelcomToVBX2">
         <source>Connect your phone with a USB cable.
-Then unlock it and choose “File transfer” in its USB notification.</source>
+Then unlock it and choose “File transfer” in its USB notification.
+If nothing happens, try another cable: some only charge.</source>
         <extracomment>The window while no phone is attached. “File transfer” is what Android calls this choice in your language.</extracomment>
         <translation>יש לחבר את הטלפון בכבל USB.
-לאחר מכן יש לבטל את נעילתו ולבחור „העברת קבצים” בהתראת ה-USB שלו.</translation>
+לאחר מכן יש לבטל את נעילתו ולבחור „העברת קבצים” בהתראת ה-USB שלו.
+אם לא קורה דבר, כדאי לנסות כבל אחר: יש כבלים שרק טוענים.</translation>
+    </message>
+    <message id="MSG_PhoneLocked">
+        <source>Your phone is locked or only charging.
+Unlock it and choose “File transfer” in its USB notification.</source>
+        <extracomment>In place of the welcome: a phone is attached and shows no storage.</extracomment>
+        <translation>הטלפון נעול או רק נטען.
+יש לבטל את נעילתו ולבחור „העברת קבצים” בהתראת ה-USB שלו.</translation>
+    </message>
+    <message id="MSG_PhonePictureTransfer">
+        <source>Your phone is set to transfer pictures only.
+Choose “File transfer” in its USB notification.</source>
+        <extracomment>In place of the welcome: the phone is in picture-transfer mode. “File transfer” as in MSG_WelcomToVBX2.</extracomment>
+        <translation>הטלפון מוגדר להעברת תמונות בלבד.
+יש לבחור „העברת קבצים” בהתראת ה-USB שלו.</translation>
+    </message>
+    <message id="MSG_PhoneNoPermission">
+        <source>You don’t have permission to use this phone.
+Plug it in again. If that doesn’t help, ask your administrator for access to it.</source>
+        <extracomment>In place of the welcome: the system does not let the user open the phone.</extracomment>
+        <translation>אין לך הרשאה להשתמש בטלפון הזה.
+יש לחבר אותו מחדש. אם זה לא עוזר, יש לבקש גישה ממנהל המערכת.</translation>
+    </message>
+    <message id="MSG_PhoneInUse">
+        <source>Another program is using your phone.
+Quit that program, or eject the phone there.</source>
+        <extracomment>In place of the welcome: another program has the phone; which one is not known.</extracomment>
+        <translation>תוכנית אחרת משתמשת בטלפון.
+יש לסגור אותה או להוציא בה את הטלפון.</translation>
+    </message>
+    <message id="MSG_PhoneInUseBy">
+        <source>Another program, %1, is using your phone.
+Quit that program, or eject the phone there.</source>
+        <extracomment>In place of the welcome: another program has the phone. %1 is its name.</extracomment>
+        <translation>תוכנית אחרת, %1, משתמשת בטלפון.
+יש לסגור אותה או להוציא בה את הטלפון.</translation>
+    </message>
+    <message id="MSG_PhoneNotAnswering">
+        <source>Your phone doesn’t answer.
+Unlock it. If that doesn’t help, unplug it and plug it in again.</source>
+        <extracomment>In place of the welcome: the phone does not answer.</extracomment>
+        <translation>הטלפון אינו מגיב.
+יש לבטל את נעילתו. אם זה לא עוזר, יש לנתק אותו ולחבר מחדש.</translation>
     </message>
     <message id="menu_file">
         <source>&amp;File</source>

@@ -60,10 +60,54 @@
     </message>
     <message id="MSG_WelcomToVBX2">
         <source>Connect your phone with a USB cable.
-Then unlock it and choose “File transfer” in its USB notification.</source>
+Then unlock it and choose “File transfer” in its USB notification.
+If nothing happens, try another cable: some only charge.</source>
         <extracomment>The window while no phone is attached. “File transfer” is what Android calls this choice in your language.</extracomment>
         <translation>Collega il telefono con un cavo USB.
-Poi sbloccalo e scegli “Trasferimento file” nella notifica USB.</translation>
+Poi sbloccalo e scegli “Trasferimento file” nella notifica USB.
+Se non succede nulla, prova un altro cavo: alcuni caricano soltanto.</translation>
+    </message>
+    <message id="MSG_PhoneLocked">
+        <source>Your phone is locked or only charging.
+Unlock it and choose “File transfer” in its USB notification.</source>
+        <extracomment>In place of the welcome: a phone is attached and shows no storage.</extracomment>
+        <translation>Il telefono è bloccato o è solo in carica.
+Sbloccalo e scegli “Trasferimento file” nella notifica USB.</translation>
+    </message>
+    <message id="MSG_PhonePictureTransfer">
+        <source>Your phone is set to transfer pictures only.
+Choose “File transfer” in its USB notification.</source>
+        <extracomment>In place of the welcome: the phone is in picture-transfer mode. “File transfer” as in MSG_WelcomToVBX2.</extracomment>
+        <translation>Il telefono è impostato per trasferire solo immagini.
+Scegli “Trasferimento file” nella notifica USB.</translation>
+    </message>
+    <message id="MSG_PhoneNoPermission">
+        <source>You don’t have permission to use this phone.
+Plug it in again. If that doesn’t help, ask your administrator for access to it.</source>
+        <extracomment>In place of the welcome: the system does not let the user open the phone.</extracomment>
+        <translation>Non hai il permesso di usare questo telefono.
+Ricollegalo. Se non basta, chiedi l’accesso all’amministratore.</translation>
+    </message>
+    <message id="MSG_PhoneInUse">
+        <source>Another program is using your phone.
+Quit that program, or eject the phone there.</source>
+        <extracomment>In place of the welcome: another program has the phone; which one is not known.</extracomment>
+        <translation>Un altro programma sta usando il telefono.
+Chiudi quel programma o espelli il telefono da lì.</translation>
+    </message>
+    <message id="MSG_PhoneInUseBy">
+        <source>Another program, %1, is using your phone.
+Quit that program, or eject the phone there.</source>
+        <extracomment>In place of the welcome: another program has the phone. %1 is its name.</extracomment>
+        <translation>Un altro programma, %1, sta usando il telefono.
+Chiudi quel programma o espelli il telefono da lì.</translation>
+    </message>
+    <message id="MSG_PhoneNotAnswering">
+        <source>Your phone doesn’t answer.
+Unlock it. If that doesn’t help, unplug it and plug it in again.</source>
+        <extracomment>In place of the welcome: the phone does not answer.</extracomment>
+        <translation>Il telefono non risponde.
+Sbloccalo. Se non basta, scollegalo e ricollegalo.</translation>
     </message>
     <message id="menu_file">
         <source>&amp;File</source>

@@ -60,10 +60,54 @@
     </message>
     <message id="MSG_WelcomToVBX2">
         <source>Connect your phone with a USB cable.
-Then unlock it and choose “File transfer” in its USB notification.</source>
+Then unlock it and choose “File transfer” in its USB notification.
+If nothing happens, try another cable: some only charge.</source>
         <extracomment>The window while no phone is attached. “File transfer” is what Android calls this choice in your language.</extracomment>
         <translation>USB 케이블로 휴대전화를 연결하세요.
-그런 다음 잠금을 해제하고 USB 알림에서 ‘파일 전송’을 선택하세요.</translation>
+그런 다음 잠금을 해제하고 USB 알림에서 ‘파일 전송’을 선택하세요.
+아무 반응이 없으면 다른 케이블을 써 보세요. 충전만 되는 케이블도 있습니다.</translation>
+    </message>
+    <message id="MSG_PhoneLocked">
+        <source>Your phone is locked or only charging.
+Unlock it and choose “File transfer” in its USB notification.</source>
+        <extracomment>In place of the welcome: a phone is attached and shows no storage.</extracomment>
+        <translation>휴대전화가 잠겨 있거나 충전만 하고 있습니다.
+잠금을 해제하고 USB 알림에서 ‘파일 전송’을 선택하세요.</translation>
+    </message>
+    <message id="MSG_PhonePictureTransfer">
+        <source>Your phone is set to transfer pictures only.
+Choose “File transfer” in its USB notification.</source>
+        <extracomment>In place of the welcome: the phone is in picture-transfer mode. “File transfer” as in MSG_WelcomToVBX2.</extracomment>
+        <translation>휴대전화가 사진 전송 전용으로 설정되어 있습니다.
+USB 알림에서 ‘파일 전송’을 선택하세요.</translation>
+    </message>
+    <message id="MSG_PhoneNoPermission">
+        <source>You don’t have permission to use this phone.
+Plug it in again. If that doesn’t help, ask your administrator for access to it.</source>
+        <extracomment>In place of the welcome: the system does not let the user open the phone.</extracomment>
+        <translation>이 휴대전화를 사용할 권한이 없습니다.
+다시 연결해 보세요. 그래도 안 되면 관리자에게 접근 권한을 요청하세요.</translation>
+    </message>
+    <message id="MSG_PhoneInUse">
+        <source>Another program is using your phone.
+Quit that program, or eject the phone there.</source>
+        <extracomment>In place of the welcome: another program has the phone; which one is not known.</extracomment>
+        <translation>다른 프로그램이 휴대전화를 사용하고 있습니다.
+그 프로그램을 종료하거나 거기서 휴대전화를 꺼내세요.</translation>
+    </message>
+    <message id="MSG_PhoneInUseBy">
+        <source>Another program, %1, is using your phone.
+Quit that program, or eject the phone there.</source>
+        <extracomment>In place of the welcome: another program has the phone. %1 is its name.</extracomment>
+        <translation>다른 프로그램(%1)이 휴대전화를 사용하고 있습니다.
+그 프로그램을 종료하거나 거기서 휴대전화를 꺼내세요.</translation>
+    </message>
+    <message id="MSG_PhoneNotAnswering">
+        <source>Your phone doesn’t answer.
+Unlock it. If that doesn’t help, unplug it and plug it in again.</source>
+        <extracomment>In place of the welcome: the phone does not answer.</extracomment>
+        <translation>휴대전화가 응답하지 않습니다.
+잠금을 해제하세요. 그래도 안 되면 뽑았다가 다시 연결하세요.</translation>
     </message>
     <message id="menu_file">
         <source>&amp;File</source>

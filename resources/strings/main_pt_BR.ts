@@ -60,10 +60,54 @@
     </message>
     <message id="MSG_WelcomToVBX2">
         <source>Connect your phone with a USB cable.
-Then unlock it and choose “File transfer” in its USB notification.</source>
+Then unlock it and choose “File transfer” in its USB notification.
+If nothing happens, try another cable: some only charge.</source>
         <extracomment>The window while no phone is attached. “File transfer” is what Android calls this choice in your language.</extracomment>
         <translation>Conecte o telefone com um cabo USB.
-Depois desbloqueie-o e escolha “Transferência de arquivos” na notificação de USB.</translation>
+Depois desbloqueie-o e escolha “Transferência de arquivos” na notificação de USB.
+Se nada acontecer, tente outro cabo: alguns só carregam.</translation>
+    </message>
+    <message id="MSG_PhoneLocked">
+        <source>Your phone is locked or only charging.
+Unlock it and choose “File transfer” in its USB notification.</source>
+        <extracomment>In place of the welcome: a phone is attached and shows no storage.</extracomment>
+        <translation>O telefone está bloqueado ou apenas carregando.
+Desbloqueie-o e escolha “Transferência de arquivos” na notificação de USB.</translation>
+    </message>
+    <message id="MSG_PhonePictureTransfer">
+        <source>Your phone is set to transfer pictures only.
+Choose “File transfer” in its USB notification.</source>
+        <extracomment>In place of the welcome: the phone is in picture-transfer mode. “File transfer” as in MSG_WelcomToVBX2.</extracomment>
+        <translation>O telefone está configurado para transferir apenas imagens.
+Escolha “Transferência de arquivos” na notificação de USB.</translation>
+    </message>
+    <message id="MSG_PhoneNoPermission">
+        <source>You don’t have permission to use this phone.
+Plug it in again. If that doesn’t help, ask your administrator for access to it.</source>
+        <extracomment>In place of the welcome: the system does not let the user open the phone.</extracomment>
+        <translation>Você não tem permissão para usar este telefone.
+Conecte-o novamente. Se não adiantar, peça acesso ao administrador.</translation>
+    </message>
+    <message id="MSG_PhoneInUse">
+        <source>Another program is using your phone.
+Quit that program, or eject the phone there.</source>
+        <extracomment>In place of the welcome: another program has the phone; which one is not known.</extracomment>
+        <translation>Outro programa está usando o telefone.
+Feche esse programa ou ejete o telefone nele.</translation>
+    </message>
+    <message id="MSG_PhoneInUseBy">
+        <source>Another program, %1, is using your phone.
+Quit that program, or eject the phone there.</source>
+        <extracomment>In place of the welcome: another program has the phone. %1 is its name.</extracomment>
+        <translation>Outro programa, %1, está usando o telefone.
+Feche esse programa ou ejete o telefone nele.</translation>
+    </message>
+    <message id="MSG_PhoneNotAnswering">
+        <source>Your phone doesn’t answer.
+Unlock it. If that doesn’t help, unplug it and plug it in again.</source>
+        <extracomment>In place of the welcome: the phone does not answer.</extracomment>
+        <translation>O telefone não responde.
+Desbloqueie-o. Se não adiantar, desconecte-o e conecte-o novamente.</translation>
     </message>
     <message id="menu_file">
         <source>&amp;File</source>

@@ -5,9 +5,11 @@
 #include "MTPBrowserApp/AppDelegate.h"
 #include "MTPBrowserApp/EmbeddedPhone.h"
 #include "MTPBrowserApp/PictureTaker.h"
+#include "MTPBrowserApp/SupportLines.h"
 #include "Platform/CompositeDeviceRegistry.h"
 #include "Platform/DistributedNotifications.h"
 #include "Platform/Log.h"
+#include "Platform/LogNames.h"
 #include "Platform/MainThread.h"
 #include "Platform/Timers.h"
 #include "Platform/UdevDeviceRegistry.h"
@@ -52,7 +54,14 @@ private:
 
 class CaptureLog : public CaptureLogService {
 public:
-  void start(const QString& path) override { QXCaptureLog::defaultCaptureLog(path).startCapture(); }
+  void start(const QString& path) override {
+    QXCaptureLog& log = QXCaptureLog::defaultCaptureLog(path);
+    if (log.started())
+      return;
+    log.startCapture();
+    for (const QString& line : supportLines())
+      MTPB_LOG_PLAIN("%s", qUtf8Printable(line));
+  }
   void stop(const QString& path) override { QXCaptureLog::defaultCaptureLog(path).stopCapture(); }
 };
 
@@ -71,6 +80,7 @@ private:
 
 void sendEngineLogToOurs() {
   const bool debug = qEnvironmentVariableIsSet("MTPBROWSER_DEBUG");
+  platform::setNamesInLog(debug);
   mtp::setLog([debug](mtp::LogLevel level, const std::string& line) {
     if (level != mtp::LogLevel::Debug || debug)
       MTPB_LOG_PLAIN("%s", line.c_str());

@@ -2,10 +2,6 @@
 
 #include "TessalyMTPSdk/corvmtpsdk.h"
 
-std::uint32_t CorvMtpSdk::sdkInit() {
-  return 0;
-}
-
 std::uint32_t CorvMtpSdk::getConnectedDeviceListHead(_MTP_DEVICE_NODE** head) {
   return mtpGetConnectedDeviceListHead(head);
 }
@@ -95,7 +91,7 @@ int CorvMtpSdk::libIsExist(_MTP_COMMON_NODE* node, std::int32_t nodeType) {
   return ::libIsExist(node, nodeType);
 }
 
-// Both libraries keep one registry of records.
+// Both libraries are one engine with one registry of records.
 void CorvMtpSdk::holdNodes() {
   mtpDextHoldNodes();
 }
@@ -106,4 +102,9 @@ void CorvMtpSdk::unholdNodes() {
 
 std::uint32_t CorvMtpSdk::getNodeKind(const void* address, std::int32_t* kind) {
   return mtpDextGetNodeKind(address, kind);
+}
+
+std::uint32_t CorvMtpSdk::getOpenFailure(std::uint32_t locationId, std::int32_t* failure, char* holder,
+                                         std::uint32_t holderSize) {
+  return mtpDextGetOpenFailure(locationId, failure, holder, holderSize);
 }

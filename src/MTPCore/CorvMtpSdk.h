@@ -2,12 +2,9 @@
 // The MTP engine's legacy face behind the MtpSdk interface.
 #include "MTPCore/MtpSdk.h"
 
-/// Hands every operation to the legacy library's mtp… functions; stateless. There is nothing to prepare: sdkInit() only
-/// answers 0.
+/// Hands every operation to the legacy library's mtp… functions; stateless.
 class CorvMtpSdk : public MtpSdk {
 public:
-  const char* operationPrefix() const override { return "mtp"; }
-  std::uint32_t sdkInit() override;
   std::uint32_t getConnectedDeviceListHead(_MTP_DEVICE_NODE** head) override;
   std::uint32_t getNextDevice(_MTP_DEVICE_NODE* device, _MTP_DEVICE_NODE** next) override;
   std::uint32_t releaseDeviceList(_MTP_DEVICE_NODE* device) override;
@@ -37,4 +34,6 @@ public:
   void holdNodes() override;
   void unholdNodes() override;
   std::uint32_t getNodeKind(const void* address, std::int32_t* kind) override;
+  std::uint32_t getOpenFailure(std::uint32_t locationId, std::int32_t* failure, char* holder,
+                               std::uint32_t holderSize) override;
 };

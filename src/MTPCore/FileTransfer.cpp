@@ -4,9 +4,10 @@
 #include "MTPCore/MTPSDKUtil.h"
 #include "MTPCore/PathWalk.h"
 #include "MTPCore/Utf16Buffer.h"
-#include "Platform/Log.h"
+#include "Platform/LogNames.h"
 
 #include <QFile>
+#include <QFileInfo>
 #include <QSaveFile>
 #include <QUrl>
 
@@ -39,9 +40,8 @@ std::string errorText(int error) {
 } // namespace
 
 void FileTransfer::logBadParameter(_MTP_DEVICE_NODE* device, const QString& source, const QString& destination) const {
-  const auto text = [](const QString& path) { return path.isNull() ? QByteArray("(null)") : path.toUtf8(); };
-  platform::logLine(m_where, "Input parameter is error. device = %p, srcPath = %s, destPath = %s",
-                    static_cast<const void*>(device), text(source).constData(), text(destination).constData());
+  m_log.line("Input parameter is error. device = %p, srcPath = %s, destPath = %s", static_cast<const void*>(device),
+             platform::nameForLog(source).constData(), platform::nameForLog(destination).constData());
 }
 
 // ---- From the phone ----
@@ -65,7 +65,10 @@ bool FileTransfer::receive(const QString& nodeID, const QString& source, const Q
   const Utf16Buffer path = makeUtf16Buffer(destination);
   if (!path.text)
     return false;
+  const auto begun = AccessLog::Clock::now();
+  const std::optional<std::uint64_t> size = lengthOf(file);
   error = m_sdk.getFileEx(file, path.text.get(), path.units(), callback, context);
+  m_log.ended("GetFileEx", file, begun, error, size);
   if (error != DGSTATUS_SUCCESS)
     return false;
   if (!markReceived(source, destination)) {
@@ -83,17 +86,24 @@ _MTP_FILE_NODE* FileTransfer::fileToReceive(_MTP_DEVICE_NODE* device, const QStr
   return m_phone.nodeKind(node) == MTPDEXT_NODE_FILE ? reinterpret_cast<_MTP_FILE_NODE*>(node) : nullptr;
 }
 
+std::optional<std::uint64_t> FileTransfer::lengthOf(_MTP_FILE_NODE* file) {
+  const NodeHold hold(m_sdk);
+  if (m_phone.nodeKind(file) != MTPDEXT_NODE_FILE)
+    return std::nullopt;
+  return file->fileLength;
+}
+
 bool FileTransfer::markReceived(const QString& source, const QString& destination) {
   struct stat reference = {};
   if (::stat(QFile::encodeName(destination).constData(), &reference) != 0) {
     const int error = errno;
-    platform::logLine(m_where, "Error making ref (%d): %s", error, errorText(error).c_str());
+    m_log.line("Error making ref (%d): %s", error, errorText(error).c_str());
     // Reported as copied, and not there: nothing that this process says of its files can be trusted any more.
     m_computer.endProcess(error);
     return false;
   }
   if (const int error = m_computer.setDownloadMark(destination, originUrl(source)); error != 0)
-    platform::logLine(m_where, "Error setting attribute (%d): %s", error, errorText(error).c_str());
+    m_log.line("Error setting attribute (%d): %s", error, errorText(error).c_str());
   return true;
 }
 
@@ -114,7 +124,7 @@ bool FileTransfer::send(_MTP_COMMON_NODE* parent, const QString& source, const Q
     parent = m_phone.checkCreateFolder(device, &head, destination, error);
     // With a folder missing the file would land further up; the status tells why (a full phone, say).
     if (parent == nullptr || error != DGSTATUS_SUCCESS) {
-      platform::logLine(m_where, "Get Current Node is NULL");
+      m_log.line("Get Current Node is NULL");
       if (error == DGSTATUS_SUCCESS)
         error = DGSTATUS_UNSUCCESSFUL;
       return false;
@@ -127,18 +137,21 @@ bool FileTransfer::send(_MTP_COMMON_NODE* parent, const QString& source, const Q
   Utf16Buffer path;
   m_phone.validateFilePathForMtp(source, path.text, path.byteSize);
   if (!path.text) {
-    platform::logLine(m_where, "Memory alloc for send is failed.");
+    m_log.line("Memory alloc for send is failed.");
     error = DGSTATUS_UNSUCCESSFUL;
     return false;
   }
   _MTP_FILE_NODE* node = nullptr;
+  const auto begun = AccessLog::Clock::now();
+  const std::uint64_t size = std::uint64_t(QFileInfo(source).size());
   error = m_sdk.sendFileEx(path.text.get(), path.units(), parent, &node, callback, context);
+  m_log.ended("SendFileEx", parent, begun, error, size);
   const bool clash = error == DGSTATUS_NODE_FILE_DUPNAME_EXISTED || error == DGSTATUS_NODE_FOLDER_DUPNAME_EXISTED;
   if ((error == DGSTATUS_SUCCESS || clash) && retFileNode != nullptr && node != nullptr)
     *retFileNode = MTPDextSDKWrapper::nodeIDOf(node);
   if (error != DGSTATUS_SUCCESS)
-    platform::logLine(m_where, "mtpSendFile is failed. Common Node = (%p) status = %s",
-                      static_cast<const void*>(parent), qUtf8Printable(MTPSDKUtil::statusString(error)));
+    m_log.line("mtpSendFile is failed. Common Node = (%p) status = %s", static_cast<const void*>(parent),
+               qUtf8Printable(MTPSDKUtil::statusString(error)));
   return error == DGSTATUS_SUCCESS;
 }
 
@@ -152,7 +165,7 @@ std::uint32_t FileTransfer::receiveThumbnail(_MTP_FILE_NODE* fileNode, const QSt
 
 std::uint32_t FileTransfer::fetchThumbnail(_MTP_FILE_NODE* fileNode, const QString& destination) {
   const auto failed = [this](std::uint32_t status) {
-    platform::logLine(m_where, "mtpGetThumb is failed. status = %s", qUtf8Printable(MTPSDKUtil::statusString(status)));
+    m_log.line("mtpGetThumb is failed. status = %s", qUtf8Printable(MTPSDKUtil::statusString(status)));
     return status;
   };
   std::uint32_t byteSize = 0;
@@ -163,8 +176,8 @@ std::uint32_t FileTransfer::fetchThumbnail(_MTP_FILE_NODE* fileNode, const QStri
   if (byteSize <= LargestThumbnail)
     buffer.reset(new (std::nothrow) char[size_t(byteSize) + 1]());
   if (!buffer) {
-    platform::logLine(m_where, "mtpGetThumb - Memory allocate is failed. status = %s",
-                      qUtf8Printable(MTPSDKUtil::statusString(status)));
+    m_log.line("mtpGetThumb - Memory allocate is failed. status = %s",
+               qUtf8Printable(MTPSDKUtil::statusString(status)));
     return status != DGSTATUS_SUCCESS ? status : std::uint32_t(DGSTATUS_UNSUCCESSFUL);
   }
   std::uint32_t filled = byteSize;

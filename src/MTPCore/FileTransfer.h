@@ -1,12 +1,13 @@
 #pragma once
 // Copying one file between the phone and the computer.
+#include "MTPCore/AccessLog.h"
 #include "MTPCore/ComputerSide.h"
 #include "MTPCore/MtpSdk.h"
-#include "Platform/SourceLocation.h"
 
 #include <QString>
 
 #include <cstdint>
+#include <optional>
 
 class MTPDextSDKWrapper;
 
@@ -15,13 +16,11 @@ class MTPDextSDKWrapper;
 /// here.
 class FileTransfer {
 public:
-  /// Logs as the operation that `where` stands in.
-  FileTransfer(MTPDextSDKWrapper& phone, MtpSdk& sdk, const ComputerSide& computer,
-               const platform::SourceLocation& where)
+  FileTransfer(MTPDextSDKWrapper& phone, MtpSdk& sdk, const ComputerSide& computer, const AccessLog& log)
       : m_phone(phone)
       , m_sdk(sdk)
       , m_computer(computer)
-      , m_where(where) {}
+      , m_log(log) {}
 
   /// From the phone: uploadFileFromMTP().
   bool receive(const QString& nodeID, const QString& source, const QString& destination,
@@ -35,6 +34,8 @@ public:
 private:
   void logBadParameter(_MTP_DEVICE_NODE* device, const QString& source, const QString& destination) const;
   _MTP_FILE_NODE* fileToReceive(_MTP_DEVICE_NODE* device, const QString& nodeID, const QString& source);
+  // What the phone tells; nothing of a file the SDK has just forgotten.
+  std::optional<std::uint64_t> lengthOf(_MTP_FILE_NODE* file);
   // False when the file is not where it was just written to; the process ends then.
   bool markReceived(const QString& source, const QString& destination);
   std::uint32_t fetchThumbnail(_MTP_FILE_NODE* fileNode, const QString& destination);
@@ -42,5 +43,5 @@ private:
   MTPDextSDKWrapper& m_phone;
   MtpSdk& m_sdk;
   const ComputerSide& m_computer;
-  const platform::SourceLocation m_where;
+  const AccessLog m_log;
 };

@@ -24,6 +24,7 @@
 
 namespace {
 
+constexpr AccessFace ownFace{"MTPDextSDKWrapper", "mtpDext", true};
 constexpr std::uint32_t LongestDeviceName = 64 * 1024; // bytes; MTP strings end at 510
 
 // The end of a list, and success: everything else is worth a log line.
@@ -106,7 +107,11 @@ MtpItemInfo fileItem(const _MTP_FILE_NODE& file, const QString& folderPath) {
 } // namespace
 
 MTPDextSDKWrapper::MTPDextSDKWrapper(std::shared_ptr<MtpSdk> sdk, ComputerSide computer)
-    : m_sdk(std::move(sdk))
+    : MTPDextSDKWrapper(ownFace, std::move(sdk), std::move(computer)) {}
+
+MTPDextSDKWrapper::MTPDextSDKWrapper(const AccessFace& face, std::shared_ptr<MtpSdk> sdk, ComputerSide computer)
+    : m_face(face)
+    , m_sdk(std::move(sdk))
     , m_computer(std::move(computer)) {}
 
 MTPDextSDKWrapper::~MTPDextSDKWrapper() = default;
@@ -131,15 +136,15 @@ void MTPDextSDKWrapper::setLocationID(const QString& locationID, const QString& 
 }
 
 _MTP_DEVICE_NODE* MTPDextSDKWrapper::findDevice() {
-  std::uint64_t location = 0;
-  {
-    const platform::Lock lock(m_textMutex);
-    location = parseHexadecimal(m_locationID).value_or(0);
-  }
   _MTP_DEVICE_NODE* head = nullptr;
   if (getMTPDeviceHead(&head) != DGSTATUS_SUCCESS || head == nullptr)
     return nullptr;
-  return deviceWithLocationId(head, location);
+  return deviceWithLocationId(head, location());
+}
+
+std::uint64_t MTPDextSDKWrapper::location() const {
+  const platform::Lock lock(m_textMutex);
+  return parseHexadecimal(m_locationID).value_or(0);
 }
 
 QString MTPDextSDKWrapper::getCurrentRootPath() const {
@@ -165,12 +170,13 @@ std::uint32_t MTPDextSDKWrapper::getMTPDeviceHead(_MTP_DEVICE_NODE** deviceNode)
   *deviceNode = nullptr;
   if (isDetached())
     return DGSTATUS_UNSUCCESSFUL;
-  if (const std::uint32_t status = m_sdk->sdkInit(); status != DGSTATUS_SUCCESS)
-    return status;
+  if (m_face.hasInit)
+    if (const std::uint32_t status = m_sdk->sdkInit(); status != DGSTATUS_SUCCESS)
+      return status;
   const std::uint32_t status = m_sdk->getConnectedDeviceListHead(deviceNode);
   if (status != DGSTATUS_SUCCESS) {
-    MTPB_LOG("%sGetConnectedDeviceListHead is faild. status = %s", m_sdk->operationPrefix(),
-             qUtf8Printable(MTPSDKUtil::statusString(status)));
+    log(MTPB_HERE).line("%sGetConnectedDeviceListHead is faild. status = %s", m_face.operationPrefix,
+                        qUtf8Printable(MTPSDKUtil::statusString(status)));
     *deviceNode = nullptr;
     return status;
   }
@@ -222,24 +228,24 @@ std::optional<QString> MTPDextSDKWrapper::getMTPFriendlyName() {
 }
 
 std::uint32_t MTPDextSDKWrapper::getMTPFriendlyName(_MTP_DEVICE_NODE* deviceNode, std::optional<QString>& name) {
-  return readDeviceName(&MtpSdk::getFriendlyName, deviceNode, name, MTPB_HERE);
+  return readDeviceName(&MtpSdk::getFriendlyName, deviceNode, name, log(MTPB_HERE));
 }
 
 std::uint32_t MTPDextSDKWrapper::getMTPModelName(_MTP_DEVICE_NODE* deviceNode, std::optional<QString>& name) {
   static const QString prefix = QStringLiteral("TESSALY-");
-  const std::uint32_t status = readDeviceName(&MtpSdk::getModelName, deviceNode, name, MTPB_HERE);
+  const std::uint32_t status = readDeviceName(&MtpSdk::getModelName, deviceNode, name, log(MTPB_HERE));
   if (name) {
     if (name->startsWith(prefix) && name->size() > prefix.size())
       name->remove(0, prefix.size());
     name->removeIf([](QChar character) { return QStringView(u"/\\?%*|\"<>:").contains(character); });
   }
   if (status != DGSTATUS_SUCCESS)
-    MTPB_LOG("Get MTP model Name is failed. status = %s", qUtf8Printable(MTPSDKUtil::statusString(status)));
+    log(MTPB_HERE).line("Get MTP model Name is failed. status = %s", qUtf8Printable(MTPSDKUtil::statusString(status)));
   return status;
 }
 
 std::uint32_t MTPDextSDKWrapper::readDeviceName(NameOperation operation, _MTP_DEVICE_NODE* deviceNode,
-                                                std::optional<QString>& name, const platform::SourceLocation& where) {
+                                                std::optional<QString>& name, const AccessLog& where) {
   if (isDetached() || deviceNode == nullptr)
     return DGSTATUS_UNSUCCESSFUL;
   std::uint32_t byteSize = 0;
@@ -250,8 +256,7 @@ std::uint32_t MTPDextSDKWrapper::readDeviceName(NameOperation operation, _MTP_DE
   if (byteSize <= LongestDeviceName)
     buffer.reset(new (std::nothrow) char16_t[byteSize / 2 + 1]());
   if (!buffer) {
-    platform::logLine(where, "Memory allocate is failed. status = %s",
-                      qUtf8Printable(MTPSDKUtil::statusString(status)));
+    where.line("Memory allocate is failed. status = %s", qUtf8Printable(MTPSDKUtil::statusString(status)));
     return DGSTATUS_MORE_DATA;
   }
   std::uint32_t filled = byteSize;
@@ -290,7 +295,7 @@ _MTP_STORAGE_NODE* MTPDextSDKWrapper::knownStorageHead() {
   if (!isNode(m_storageHeadNode, MTPDEXT_NODE_STORAGE)) {
     _MTP_STORAGE_NODE* head = nullptr;
     if (_MTP_DEVICE_NODE* const device = m_currentDeviceNode)
-      getMTPStorageListHead(device, &head);
+      m_storageStatus = getMTPStorageListHead(device, &head);
     m_storageHeadNode = head;
   }
   return m_storageHeadNode;
@@ -312,15 +317,16 @@ std::uint32_t MTPDextSDKWrapper::getMTPStorageListHead(_MTP_DEVICE_NODE* deviceN
 std::uint32_t MTPDextSDKWrapper::getMTPNextStorage(_MTP_STORAGE_NODE* storage, _MTP_STORAGE_NODE** next) {
   *next = nullptr;
   if (isDetached() || storage == nullptr) {
-    MTPB_LOG("Current Storage List is NULL.");
+    log(MTPB_HERE).line("Current Storage List is NULL.");
     return DGSTATUS_UNSUCCESSFUL;
   }
   const std::uint32_t status = m_sdk->getNextStorageNode(storage, next);
   if (status == DGSTATUS_SUCCESS)
     MTPSDKUtil::logMTPStorageNode(*next);
   else
-    MTPB_LOG("%sGetNextStorageNode is failed. Current Storage Node = %p, status = %s", m_sdk->operationPrefix(),
-             static_cast<const void*>(storage), qUtf8Printable(MTPSDKUtil::statusString(status)));
+    log(MTPB_HERE).line("%sGetNextStorageNode is failed. Current Storage Node = %p, status = %s",
+                        m_face.operationPrefix, static_cast<const void*>(storage),
+                        qUtf8Printable(MTPSDKUtil::statusString(status)));
   return status;
 }
 
@@ -337,12 +343,12 @@ template <class Visit> void MTPDextSDKWrapper::walkStorages(_MTP_STORAGE_NODE* h
 _MTP_STORAGE_NODE* MTPDextSDKWrapper::getStorageNode(_MTP_DEVICE_NODE* deviceNode, _MTP_STORAGE_NODE** storageHead,
                                                      const QString& name) {
   if (isDetached() || deviceNode == nullptr || storageHead == nullptr || name.isNull()) {
-    MTPB_LOG("Input parameter is invalide. current device node is NULL");
+    log(MTPB_HERE).line("Input parameter is invalide. current device node is NULL");
     return nullptr;
   }
   const QStringList components = devicePath::components(name);
   if (components.isEmpty()) {
-    MTPB_LOG("Get storage name is failed");
+    log(MTPB_HERE).line("Get storage name is failed");
     return nullptr;
   }
   _MTP_STORAGE_NODE* found = nullptr;
@@ -356,19 +362,47 @@ _MTP_STORAGE_NODE* MTPDextSDKWrapper::getStorageNode(_MTP_DEVICE_NODE* deviceNod
 }
 
 std::optional<QList<MtpStorageInfo>> MTPDextSDKWrapper::storageInfoLists() {
-  MTPB_LOG("ENTER");
+  log(MTPB_HERE).line("ENTER");
   QList<MtpStorageInfo> storages;
   {
     const std::lock_guard monitor(m_monitor);
-    storages = collectStorages(MTPB_HERE);
+    storages = collectStorages(log(MTPB_HERE));
   }
-  MTPB_LOG("EXIT");
+  log(MTPB_HERE).line("EXIT");
   if (storages.isEmpty())
     return std::nullopt;
   return storages;
 }
 
-bool MTPDextSDKWrapper::connectForStorages(const platform::SourceLocation& where) {
+ConnectCondition MTPDextSDKWrapper::connectCondition() {
+  using Kind = ConnectCondition::Kind;
+  std::int32_t failure = MTPDEXT_OPEN_DONE;
+  char holder[64] = {};
+  m_sdk->getOpenFailure(std::uint32_t(location()), &failure, holder, sizeof holder);
+  switch (failure) {
+  case MTPDEXT_OPEN_NO_PERMISSION:
+    return {Kind::NoPermission, {}};
+  case MTPDEXT_OPEN_IN_USE:
+    return {Kind::InUse, holder[0] != 0 ? QString::fromUtf8(holder) : QString()};
+  case MTPDEXT_OPEN_PTP_ONLY:
+    return {Kind::PictureTransfer, {}};
+  case MTPDEXT_OPEN_NO_ANSWER:
+    return {Kind::NotAnswering, {}};
+  default:
+    break;
+  }
+  switch (m_storageStatus) {
+  case DGSTATUS_SUCCESS: // none worth showing; or no MTP interface was seen, and nobody was asked
+  case DGSTATUS_NO_STORAGE_ATTACHED:
+  case DGSTATUS_NO_DEVICE_ATTACHED: // it is changing its mode, or leaving
+  case DGSTATUS_UNSUCCESSFUL:       // given up meanwhile
+    return {Kind::NoStorages, {}};
+  default:
+    return {Kind::NotAnswering, {}};
+  }
+}
+
+bool MTPDextSDKWrapper::connectForStorages(const AccessLog& where) {
   // A node that the SDK knows no more is as good as none.
   if (!isNode(m_currentDeviceNode, MTPDEXT_NODE_DEVICE))
     m_currentDeviceNode = findDevice();
@@ -376,25 +410,24 @@ bool MTPDextSDKWrapper::connectForStorages(const platform::SourceLocation& where
   _MTP_STORAGE_NODE* const head = knownStorageHead();
   if (device != nullptr && head != nullptr)
     return true;
-  platform::logLine(where, "failed to connect, %p, %p", static_cast<const void*>(device),
-                    static_cast<const void*>(head));
+  where.line("failed to connect, %p, %p", static_cast<const void*>(device), static_cast<const void*>(head));
   return false;
 }
 
-QList<MtpStorageInfo> MTPDextSDKWrapper::collectStorages(const platform::SourceLocation& where) {
+QList<MtpStorageInfo> MTPDextSDKWrapper::collectStorages(const AccessLog& where) {
   std::optional<QString> modelName;
   if (!connectForStorages(where) || getMTPModelName(m_currentDeviceNode, modelName) != DGSTATUS_SUCCESS || !modelName)
     return {};
   StorageCollector collector(*modelName);
   walkStorages(m_storageHeadNode, [&](_MTP_STORAGE_NODE* storage) {
     const QString name = StorageCollector::shownName(*storage);
-    platform::logLine(where, "StorageName : %s, length : %d", qUtf8Printable(name), int(storage->nameLength));
-    platform::logLine(where, "StorageName : %s, StorageId : %x", qUtf8Printable(name), storage->common.nodeId);
+    where.line("StorageName : %s, length : %d", qUtf8Printable(name), int(storage->nameLength));
+    where.line("StorageName : %s, StorageId : %x", qUtf8Printable(name), storage->common.nodeId);
     collector.add(*storage);
     return true;
   });
   QList<MtpStorageInfo> storages = collector.storages();
-  platform::logLine(where, "device storage list: %s", qUtf8Printable(describe(storages)));
+  where.line("device storage list: %s", qUtf8Printable(describe(storages)));
   return storages;
 }
 
@@ -408,8 +441,8 @@ std::uint32_t MTPDextSDKWrapper::getMTPFolderListHead(_MTP_FOLDER_NODE* parent, 
     return DGSTATUS_UNSUCCESSFUL;
   const std::uint32_t status = m_sdk->getFolderListHead(atStorage, parent, child, callback, context);
   if (isListFailure(status))
-    MTPB_LOG("%sGetFolderListHead is failed. Current Folder Node = %p, status = %s", m_sdk->operationPrefix(),
-             static_cast<const void*>(parent), qUtf8Printable(MTPSDKUtil::statusString(status)));
+    log(MTPB_HERE).line("%sGetFolderListHead is failed. Current Folder Node = %p, status = %s", m_face.operationPrefix,
+                        static_cast<const void*>(parent), qUtf8Printable(MTPSDKUtil::statusString(status)));
   else if (status == DGSTATUS_SUCCESS)
     MTPSDKUtil::logMTPFolderNode(*child);
   return status;
@@ -421,8 +454,9 @@ std::uint32_t MTPDextSDKWrapper::getMTPNextFolder(_MTP_FOLDER_NODE* folder, _MTP
     return DGSTATUS_UNSUCCESSFUL;
   const std::uint32_t status = m_sdk->getNextSiblingFolderNode(folder, next);
   if (isListFailure(status))
-    MTPB_LOG("%sGetNextSiblingFolderNode is failed. Current Folder Node = %p, status = %s", m_sdk->operationPrefix(),
-             static_cast<const void*>(folder), qUtf8Printable(MTPSDKUtil::statusString(status)));
+    log(MTPB_HERE).line("%sGetNextSiblingFolderNode is failed. Current Folder Node = %p, status = %s",
+                        m_face.operationPrefix, static_cast<const void*>(folder),
+                        qUtf8Printable(MTPSDKUtil::statusString(status)));
   else if (status == DGSTATUS_SUCCESS)
     MTPSDKUtil::logMTPFolderNode(*next);
   return status;
@@ -435,8 +469,8 @@ std::uint32_t MTPDextSDKWrapper::getMTPFileListHead(_MTP_COMMON_NODE* commonNode
     return DGSTATUS_SUCCESS;
   const std::uint32_t status = m_sdk->getFileListHead(commonNode, head, callback, context);
   if (isListFailure(status))
-    MTPB_LOG("%sGetFileListHead is failed. Common Node = %p, status = %s", m_sdk->operationPrefix(),
-             static_cast<const void*>(commonNode), qUtf8Printable(MTPSDKUtil::statusString(status)));
+    log(MTPB_HERE).line("%sGetFileListHead is failed. Common Node = %p, status = %s", m_face.operationPrefix,
+                        static_cast<const void*>(commonNode), qUtf8Printable(MTPSDKUtil::statusString(status)));
   else if (status == DGSTATUS_SUCCESS)
     MTPSDKUtil::logMTPFileNode(*head);
   return status;
@@ -448,8 +482,8 @@ std::uint32_t MTPDextSDKWrapper::getMTPNextFile(_MTP_FILE_NODE* file, _MTP_FILE_
     return DGSTATUS_SUCCESS;
   const std::uint32_t status = m_sdk->getNextFileNode(file, next);
   if (isListFailure(status))
-    MTPB_LOG("%sGetNextFileNode is failed. Current File Node = %p, status = %s", m_sdk->operationPrefix(),
-             static_cast<const void*>(file), qUtf8Printable(MTPSDKUtil::statusString(status)));
+    log(MTPB_HERE).line("%sGetNextFileNode is failed. Current File Node = %p, status = %s", m_face.operationPrefix,
+                        static_cast<const void*>(file), qUtf8Printable(MTPSDKUtil::statusString(status)));
   else if (status == DGSTATUS_SUCCESS)
     MTPSDKUtil::logMTPFileNode(*next);
   return status;
@@ -607,10 +641,10 @@ _MTP_FOLDER_NODE* MTPDextSDKWrapper::searchFolder(_MTP_DEVICE_NODE* deviceNode, 
                       });
   switch (walk.end) {
   case PathWalk::End::NoModelName:
-    MTPB_LOG("Get model name is failed.");
+    log(MTPB_HERE).line("Get model name is failed.");
     return nullptr;
   case PathWalk::End::NoStorage:
-    MTPB_LOG("getStorageNode is failed.");
+    log(MTPB_HERE).line("getStorageNode is failed.");
     return nullptr;
   case PathWalk::End::Walked:
     break;
@@ -682,36 +716,36 @@ _MTP_COMMON_NODE* MTPDextSDKWrapper::getParentFolderNode(_MTP_FOLDER_NODE* folde
 // ---- Changes and transfers ----
 
 _MTP_FOLDER_NODE* MTPDextSDKWrapper::createFolder(_MTP_COMMON_NODE* parent, const QString& name, std::uint32_t& error) {
-  return NodeMutations(*this, *m_sdk).createFolder(parent, name, error);
+  return NodeMutations(*this, *m_sdk, log(MTPB_HERE)).createFolder(parent, name, error);
 }
 
 _MTP_COMMON_NODE* MTPDextSDKWrapper::checkCreateFolder(_MTP_DEVICE_NODE* deviceNode, _MTP_STORAGE_NODE** storageHead,
                                                        const QString& folderPath, std::uint32_t& error) {
-  return NodeMutations(*this, *m_sdk)
+  return NodeMutations(*this, *m_sdk, log(MTPB_HERE))
       .checkCreateFolder(deviceNode, storageHead != nullptr ? *storageHead : nullptr, folderPath, error);
 }
 
 bool MTPDextSDKWrapper::renameItemAtPath(_MTP_DEVICE_NODE* deviceNode, _MTP_STORAGE_NODE* storageHead,
                                          const QString& source, const QString& toName, std::uint32_t& error) {
-  return NodeMutations(*this, *m_sdk).renameItemAtPath(deviceNode, storageHead, source, toName, error);
+  return NodeMutations(*this, *m_sdk, log(MTPB_HERE)).renameItemAtPath(deviceNode, storageHead, source, toName, error);
 }
 
 bool MTPDextSDKWrapper::deleteItemAtPath(_MTP_DEVICE_NODE* deviceNode, _MTP_STORAGE_NODE* storageHead,
                                          const QString& fileNode, const QString& path, std::uint32_t& error) {
-  return NodeMutations(*this, *m_sdk).deleteItemAtPath(deviceNode, storageHead, fileNode, path, error);
+  return NodeMutations(*this, *m_sdk, log(MTPB_HERE)).deleteItemAtPath(deviceNode, storageHead, fileNode, path, error);
 }
 
 bool MTPDextSDKWrapper::uploadFileFromMTP(const QString& nodeID, const QString& source, const QString& destination,
                                           const QString&, mtpDextProgressCallback callback, void* context,
                                           std::uint32_t& error) {
-  return FileTransfer(*this, *m_sdk, m_computer, MTPB_HERE)
+  return FileTransfer(*this, *m_sdk, m_computer, log(MTPB_HERE))
       .receive(nodeID, source, destination, callback, context, error);
 }
 
 bool MTPDextSDKWrapper::downloadFileToMTP(_MTP_COMMON_NODE* parent, const QString& source, const QString& destination,
                                           mtpDextProgressCallback callback, void* context, QString* retFileNode,
                                           std::uint32_t& error) {
-  if (!FileTransfer(*this, *m_sdk, m_computer, MTPB_HERE)
+  if (!FileTransfer(*this, *m_sdk, m_computer, log(MTPB_HERE))
            .send(parent, source, destination, callback, context, retFileNode, error))
     return false;
   QString locationID;
@@ -725,7 +759,7 @@ bool MTPDextSDKWrapper::downloadFileToMTP(_MTP_COMMON_NODE* parent, const QStrin
 }
 
 std::uint32_t MTPDextSDKWrapper::getMTPFileThumb(_MTP_FILE_NODE* fileNode, const QString& destination) {
-  return FileTransfer(*this, *m_sdk, m_computer, MTPB_HERE).receiveThumbnail(fileNode, destination);
+  return FileTransfer(*this, *m_sdk, m_computer, log(MTPB_HERE)).receiveThumbnail(fileNode, destination);
 }
 
 void MTPDextSDKWrapper::validateFilePathForMtp(const QString& path, std::unique_ptr<char16_t[]>& uniName,
@@ -741,8 +775,8 @@ void MTPDextSDKWrapper::validateFilePathForMtp(const QString& path, std::unique_
     uniName = std::move(buffer.text);
     byteLength = buffer.byteSize;
   } catch (const std::exception& exception) {
-    MTPB_LOG("Name : %s", typeid(exception).name());
-    MTPB_LOG("Reason :%s", exception.what());
+    log(MTPB_HERE).line("Name : %s", typeid(exception).name());
+    log(MTPB_HERE).line("Reason :%s", exception.what());
   }
 }
 

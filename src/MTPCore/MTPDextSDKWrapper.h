@@ -1,7 +1,9 @@
 #pragma once
 // The one object through which the browser reaches one attached phone: its storages, folders and files, their changes
-// and copies.
+// and copies. Its second face, for the legacy library, is MTPSDKWrapper.
+#include "MTPCore/AccessLog.h"
 #include "MTPCore/ComputerSide.h"
+#include "MTPCore/ConnectCondition.h"
 #include "MTPCore/MtpItemInfo.h"
 #include "MTPCore/MtpSdk.h"
 #include "Platform/SourceLocation.h"
@@ -38,7 +40,7 @@ public:
 
   /// init Not bound, not detached.
   explicit MTPDextSDKWrapper(std::shared_ptr<MtpSdk> sdk, ComputerSide computer = ComputerSide::ofProgram());
-  ~MTPDextSDKWrapper();
+  virtual ~MTPDextSDKWrapper();
   MTPDextSDKWrapper(const MTPDextSDKWrapper&) = delete;
   MTPDextSDKWrapper& operator=(const MTPDextSDKWrapper&) = delete;
 
@@ -65,6 +67,9 @@ public:
   /// storageInfoLists The phone's storages worth showing, internal ones first, at most one of each disk type; nothing
   /// when there are none (phone locked, gone, not ready). One caller at a time, others wait. Blocks.
   std::optional<QList<MtpStorageInfo>> storageInfoLists();
+  /// What keeps the phone at this object's location from being shown, when storageInfoLists() has just given nothing.
+  /// Never blocks.
+  ConnectCondition connectCondition();
 
   /// getMTPDeviceHead: The first attached device. `deviceNode` is null on any status but 0. Blocks.
   std::uint32_t getMTPDeviceHead(_MTP_DEVICE_NODE** deviceNode);
@@ -243,16 +248,21 @@ public:
   /// getLabelFromMtpString:dataSize: The name so long; nothing for a null pointer.
   static std::optional<QString> getLabelFromMtpString(const char16_t* text, std::uint32_t dataSize);
 
+protected:
+  /// For the same work under other names; `face` lives as long as the program.
+  MTPDextSDKWrapper(const AccessFace& face, std::shared_ptr<MtpSdk> sdk, ComputerSide computer);
+
 private:
   using NameOperation = std::uint32_t (MtpSdk::*)(_MTP_DEVICE_NODE*, void*, std::uint32_t*);
 
   bool isNode(const void* node, std::int32_t kind);
+  AccessLog log(const platform::SourceLocation& where) const { return {m_face, where}; }
+  std::uint64_t location() const;
   _MTP_DEVICE_NODE* findDevice();
   std::uint32_t readDeviceName(NameOperation operation, _MTP_DEVICE_NODE* deviceNode, std::optional<QString>& name,
-                               const platform::SourceLocation& where);
-  // The two log as the operation `where` stands in.
-  bool connectForStorages(const platform::SourceLocation& where);
-  QList<MtpStorageInfo> collectStorages(const platform::SourceLocation& where);
+                               const AccessLog& where);
+  bool connectForStorages(const AccessLog& where);
+  QList<MtpStorageInfo> collectStorages(const AccessLog& where);
   _MTP_FOLDER_NODE* findChildFolder(const QString& name, _MTP_STORAGE_NODE* atStorage, _MTP_FOLDER_NODE* parent);
   std::optional<MtpItemInfo> parentEntry(_MTP_FOLDER_NODE* folder, const QString& folderPath);
   void appendFiles(QList<MtpItemInfo>& items, _MTP_COMMON_NODE* commonNode, const QString& folderPath);
@@ -262,6 +272,7 @@ private:
   enum class FailedStep { GoesOn, Ends }; // GoesOn: with the file it gives all the same, if any
   template <class Visit> void walkFiles(_MTP_FILE_NODE* head, FailedStep failedStep, Visit visit);
 
+  const AccessFace& m_face;
   const std::shared_ptr<MtpSdk> m_sdk;
   const ComputerSide m_computer;
 
@@ -272,6 +283,8 @@ private:
   std::atomic<_MTP_DEVICE_NODE*> m_currentDeviceNode{nullptr};
   std::atomic<_MTP_STORAGE_NODE*> m_currentStorageNode{nullptr};
   std::atomic<_MTP_STORAGE_NODE*> m_storageHeadNode{nullptr};
+  std::atomic<std::uint32_t> m_storageStatus{
+      0};                                // of the last listing; written by who lists, read for connectCondition()
   std::atomic<bool> m_isDetached{false}; // written by the browser (and by binding), polled by every operation
   std::recursive_mutex m_monitor;        // one storageInfoLists() at a time
   platform::Mutex m_accLock;             // one validateFilePathForMtp() at a time: they share the folder of links

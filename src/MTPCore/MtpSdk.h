@@ -13,11 +13,8 @@ class MtpSdk {
 public:
   virtual ~MtpSdk() = default;
 
-  /// What the operations' names begin with, for log lines: "mtpDext" or "mtp".
-  virtual const char* operationPrefix() const = 0;
-
-  /// Prepares the SDK; 0 at once where there is nothing to prepare.
-  virtual std::uint32_t sdkInit() = 0;
+  /// Prepares the SDK. The legacy library has no such operation.
+  virtual std::uint32_t sdkInit() { return 0; }
 
   virtual std::uint32_t getConnectedDeviceListHead(_MTP_DEVICE_NODE** head) = 0; // blocks
   virtual std::uint32_t getNextDevice(_MTP_DEVICE_NODE* device, _MTP_DEVICE_NODE** next) = 0;
@@ -61,6 +58,10 @@ public:
   /// The kind (MTPDEXT_NODE_…) of the record at this address: 0; 0x10000004 for an address the SDK does not know,
   /// 0x12000001 for the device record of a phone that is gone. Never follows the address; never blocks.
   virtual std::uint32_t getNodeKind(const void* address, std::int32_t* kind) = 0;
+  /// What kept the phone at this location from being opened when the devices were last listed (MTPDEXT_OPEN_…), and
+  /// the name of a program that has it. Never blocks.
+  virtual std::uint32_t getOpenFailure(std::uint32_t locationId, std::int32_t* failure, char* holder,
+                                       std::uint32_t holderSize) = 0;
 };
 
 /// Keeps every record of the SDK readable for a scope. Short scopes only: never across a call that blocks.

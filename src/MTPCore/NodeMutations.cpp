@@ -21,7 +21,9 @@ _MTP_FOLDER_NODE* NodeMutations::createFolder(_MTP_COMMON_NODE* parent, const QS
     return nullptr;
   }
   _MTP_FOLDER_NODE* created = nullptr;
+  const auto begun = AccessLog::Clock::now();
   error = m_sdk.createFolderNode(parent, buffer.text.get(), buffer.byteSize, &created);
+  m_log.ended("CreateFolderNode", parent, begun, error);
   if (error != DGSTATUS_SUCCESS)
     return nullptr;
   MTPSDKUtil::logMTPFolderNode(created);
@@ -66,7 +68,9 @@ bool NodeMutations::renameItemAtPath(_MTP_DEVICE_NODE* deviceNode, _MTP_STORAGE_
   const Utf16Buffer buffer = makeUtf16Buffer(toName);
   if (!buffer.text)
     return false;
+  const auto begun = AccessLog::Clock::now();
   error = m_sdk.renameNode(node, buffer.text.get(), buffer.byteSize);
+  m_log.ended("RenameNode", node, begun, error);
   return error == DGSTATUS_SUCCESS;
 }
 
@@ -80,6 +84,8 @@ bool NodeMutations::deleteItemAtPath(_MTP_DEVICE_NODE* deviceNode, _MTP_STORAGE_
     node = PathWalk::nodeAt(m_phone, deviceNode, known(storageHead), path);
   if (node == nullptr)
     return false;
+  const auto begun = AccessLog::Clock::now();
   error = m_sdk.deleteNode(node);
+  m_log.ended("DeleteNode", node, begun, error);
   return error == DGSTATUS_SUCCESS;
 }

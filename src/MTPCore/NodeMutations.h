@@ -1,5 +1,6 @@
 #pragma once
 // Creating, renaming and deleting folders and files on the phone.
+#include "MTPCore/AccessLog.h"
 #include "MTPCore/MtpSdk.h"
 
 #include <QString>
@@ -12,9 +13,10 @@ class MTPDextSDKWrapper;
 /// for one call; any thread; all block.
 class NodeMutations {
 public:
-  NodeMutations(MTPDextSDKWrapper& phone, MtpSdk& sdk)
+  NodeMutations(MTPDextSDKWrapper& phone, MtpSdk& sdk, const AccessLog& log)
       : m_phone(phone)
-      , m_sdk(sdk) {}
+      , m_sdk(sdk)
+      , m_log(log) {}
 
   _MTP_FOLDER_NODE* createFolder(_MTP_COMMON_NODE* parent, const QString& name, std::uint32_t& error);
   _MTP_COMMON_NODE* checkCreateFolder(_MTP_DEVICE_NODE* deviceNode, _MTP_STORAGE_NODE* storageHead,
@@ -29,4 +31,5 @@ private:
 
   MTPDextSDKWrapper& m_phone;
   MtpSdk& m_sdk;
+  const AccessLog m_log;
 };

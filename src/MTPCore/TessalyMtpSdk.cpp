@@ -108,3 +108,8 @@ void TessalyMtpSdk::unholdNodes() {
 std::uint32_t TessalyMtpSdk::getNodeKind(const void* address, std::int32_t* kind) {
   return mtpDextGetNodeKind(address, kind);
 }
+
+std::uint32_t TessalyMtpSdk::getOpenFailure(std::uint32_t locationId, std::int32_t* failure, char* holder,
+                                            std::uint32_t holderSize) {
+  return mtpDextGetOpenFailure(locationId, failure, holder, holderSize);
+}

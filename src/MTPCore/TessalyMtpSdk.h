@@ -5,7 +5,6 @@
 /// Hands every operation to the engine's mtpDext… functions; stateless.
 class TessalyMtpSdk : public MtpSdk {
 public:
-  const char* operationPrefix() const override { return "mtpDext"; }
   std::uint32_t sdkInit() override;
   std::uint32_t getConnectedDeviceListHead(_MTP_DEVICE_NODE** head) override;
   std::uint32_t getNextDevice(_MTP_DEVICE_NODE* device, _MTP_DEVICE_NODE** next) override;
@@ -36,4 +35,6 @@ public:
   void holdNodes() override;
   void unholdNodes() override;
   std::uint32_t getNodeKind(const void* address, std::int32_t* kind) override;
+  std::uint32_t getOpenFailure(std::uint32_t locationId, std::int32_t* failure, char* holder,
+                               std::uint32_t holderSize) override;
 };

@@ -2,8 +2,7 @@
 // The system-wide notification centre: named posts between the programs of one session, over the session bus.
 //
 // A post is the D-Bus signal Posted(s name, a{sv} userInfo) of the interface org.mtpbrowser.Notifications, on any
-// object path and from any sender. From a shell:
-//   dbus-send --session --type=signal / org.mtpbrowser.Notifications.Posted string:NAME dict:string:variant:
+// object path and from any sender. docs/SUPPORT.md gives the lines that send one from a shell.
 // What arrives is another program's: values other than booleans, numbers, texts and lists of texts are left out, as are
 // entries beyond the first 64 and texts longer than 65,536 characters; a signal of another shape is dropped.
 #include "Platform/NotificationCenter.h"

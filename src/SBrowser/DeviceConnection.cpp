@@ -6,9 +6,10 @@
 namespace {
 
 /// The phone may just have been attached and tell its storages only after a moment.
-std::optional<QList<MtpStorageInfo>> askForStorages(DeviceSession& session, const DeviceConnection::Sleeper& sleep) {
+std::optional<QList<MtpStorageInfo>> askForStorages(DeviceSession& session, int attempts,
+                                                    const DeviceConnection::Sleeper& sleep) {
   std::optional<QList<MtpStorageInfo>> storages;
-  for (int attempt = 0; attempt < DeviceConnection::kAttempts && !storages && !session.ended; ++attempt) {
+  for (int attempt = 0; attempt < attempts && !storages && !session.ended; ++attempt) {
     storages = session.mtp->storageInfoLists();
     sleep(DeviceConnection::kPause);
   }
@@ -27,28 +28,40 @@ DeviceConnection::~DeviceConnection() {
   cancel();
 }
 
-void DeviceConnection::connectDevice(const QString& locationID, Connected connected) {
+void DeviceConnection::connectDevice(const QString& locationID, int attempts, Connected connected, Failed failed) {
   platform::assertMainThread();
   cancel();
   m_attempt = std::make_shared<DeviceSession>(m_createAccessObject(), locationID);
-  const auto finish = [this, alive = std::weak_ptr<char>(m_alive), connected](ConnectedDevice device) {
-    if (alive.expired() || m_attempt != device.session)
-      return; // given up meanwhile
-    m_attempt.reset();
-    connected(std::move(device));
+  m_queue->perform(
+      "mtp-connect", m_attempt,
+      [attempt = m_attempt, attempts, sleep = m_sleep, finish = finisher(), connected = std::move(connected),
+       failed = std::move(failed)](DeviceSession& session) {
+        session.bind();
+        std::optional<QList<MtpStorageInfo>> storages = askForStorages(session, attempts, sleep);
+        if (session.ended)
+          return;
+        if (!storages) {
+          MTPB_LOG("Get list storage fail!!!");
+          const ConnectCondition condition = session.mtp->connectCondition();
+          finish(attempt, [&] { failed(condition); });
+          return;
+        }
+        ConnectedDevice device{attempt, session.mtp->getMTPFriendlyName().value_or(QString()), std::move(*storages)};
+        finish(attempt, [&] { connected(std::move(device)); });
+      });
+}
+
+std::function<void(const std::shared_ptr<DeviceSession>& attempt, const std::function<void()>& report)>
+DeviceConnection::finisher() {
+  return [this, alive = std::weak_ptr<char>(m_alive)](const std::shared_ptr<DeviceSession>& attempt,
+                                                      const std::function<void()>& report) {
+    platform::runOnMainAndWait([&] {
+      if (alive.expired() || m_attempt != attempt)
+        return; // given up meanwhile
+      m_attempt.reset();
+      report();
+    });
   };
-  m_queue->perform("mtp-connect", m_attempt, [attempt = m_attempt, sleep = m_sleep, finish](DeviceSession& session) {
-    session.bind();
-    std::optional<QList<MtpStorageInfo>> storages = askForStorages(session, sleep);
-    if (session.ended)
-      return;
-    if (!storages) {
-      MTPB_LOG("Get list storage fail!!!");
-      return;
-    }
-    ConnectedDevice device{attempt, session.mtp->getMTPFriendlyName().value_or(QString()), std::move(*storages)};
-    platform::runOnMainAndWait([&] { finish(std::move(device)); });
-  });
 }
 
 void DeviceConnection::cancel() {

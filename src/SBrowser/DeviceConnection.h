@@ -1,5 +1,6 @@
 #pragma once
 // Connecting to a phone: binds an access object to it and asks for its storages.
+#include "MTPCore/ConnectCondition.h"
 #include "MTPCore/MtpItemInfo.h"
 #include "SBrowser/DeviceQueue.h"
 
@@ -24,21 +25,25 @@ public:
   using AccessObjectFactory = std::function<std::shared_ptr<MTPDextSDKWrapper>()>;
   using Sleeper = std::function<void(std::chrono::milliseconds)>;
   using Connected = std::function<void(ConnectedDevice)>;
+  using Failed = std::function<void(const ConnectCondition&)>;
 
-  /// How often the storages are asked for, and the pause after each time.
+  /// How often the storages of a phone that was just attached are asked for, and the pause after each time.
   static constexpr int kAttempts = 10;
   static constexpr std::chrono::milliseconds kPause{10};
 
   DeviceConnection(std::shared_ptr<DeviceQueue> queue, AccessObjectFactory createAccessObject, Sleeper sleep);
   ~DeviceConnection();
 
-  /// Tries the phone at `locationID`; calls `connected` on the main thread when it has storages. When it has none, a
-  /// log line says so and nothing else happens.
-  void connectDevice(const QString& locationID, Connected connected);
+  /// Tries the phone at `locationID`: asks for its storages, up to `attempts` times. Calls, on the main thread,
+  /// `connected` when it has some, else, behind a log line, `failed`.
+  void connectDevice(const QString& locationID, int attempts, Connected connected, Failed failed);
   /// Ends the attempt that is going on, if any; its result is not reported.
   void cancel();
 
 private:
+  /// Runs `report` on the main thread, from a worker, unless the attempt is given up by then; it is over afterwards.
+  std::function<void(const std::shared_ptr<DeviceSession>& attempt, const std::function<void()>& report)> finisher();
+
   const std::shared_ptr<DeviceQueue> m_queue;
   const AccessObjectFactory m_createAccessObject;
   const Sleeper m_sleep;

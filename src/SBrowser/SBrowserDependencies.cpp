@@ -1,8 +1,8 @@
 #include "SBrowser/SBrowserDependencies.h"
 
 #include "MTPCore/CorvMtpSdk.h"
-#include "MTPCore/MTPDextSDKWrapper.h"
 #include "MTPCore/MTPSDKUtil.h"
+#include "MTPCore/MTPSDKWrapper.h"
 #include "MTPCore/TessalyMtpSdk.h"
 
 #include <thread>
@@ -10,12 +10,9 @@
 SBrowserDependencies SBrowserDependencies::ofProgram() {
   SBrowserDependencies dependencies;
   dependencies.createAccessObject = [] {
-    std::shared_ptr<MtpSdk> sdk;
-    if (MTPSDKUtil::macOS11AndLater())
-      sdk = std::make_shared<TessalyMtpSdk>();
-    else
-      sdk = std::make_shared<CorvMtpSdk>();
-    return std::make_shared<MTPDextSDKWrapper>(std::move(sdk));
+    if (!MTPSDKUtil::macOS11AndLater())
+      return std::shared_ptr<MTPDextSDKWrapper>(std::make_shared<MTPSDKWrapper>(std::make_shared<CorvMtpSdk>()));
+    return std::make_shared<MTPDextSDKWrapper>(std::make_shared<TessalyMtpSdk>());
   };
   dependencies.sleep = [](std::chrono::milliseconds pause) { std::this_thread::sleep_for(pause); };
   return dependencies;

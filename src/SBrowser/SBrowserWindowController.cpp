@@ -61,6 +61,7 @@ SBrowserWindowController::SBrowserWindowController(SBrowserDependencies dependen
     , m_model(std::make_unique<SBrowserOutlineModel>())
     , m_queue(std::make_shared<DeviceQueue>(m_dependencies.startWorker))
     , m_connection(m_queue, m_dependencies.createAccessObject, m_dependencies.sleep)
+    , m_conditions(*m_dependencies.timers)
     , m_loader(m_queue, *this)
     , m_events(m_queue, *m_dependencies.timers, [this] { updateMTPChangeProcess(); })
     , m_mutations(std::make_unique<ItemMutations>(*this, m_queue, m_dependencies.startWorker, m_dependencies.sleep)) {
@@ -137,10 +138,23 @@ QMainWindow* SBrowserWindowController::window() const {
 
 void SBrowserWindowController::connectDevice(const QString& locationID) {
   platform::assertMainThread();
-  m_connection.connectDevice(locationID, [this](const ConnectedDevice& device) { connected(device); });
+  m_conditions.end();
+  tryToConnect(locationID, DeviceConnection::kAttempts);
+}
+
+void SBrowserWindowController::tryToConnect(const QString& locationID, int attempts) {
+  m_connection.connectDevice(
+      locationID, attempts, [this](const ConnectedDevice& device) { connected(device); },
+      [this, locationID](const ConnectCondition& condition) {
+        if (m_layout->welcomeView->isHidden())
+          return; // a phone is shown, and stays
+        m_layout->showWelcome(ConnectConditions::text(condition));
+        m_conditions.hold(condition, [this, locationID] { tryToConnect(locationID, 1); });
+      });
 }
 
 void SBrowserWindowController::connected(const ConnectedDevice& device) {
+  m_conditions.end();
   if (m_session)
     m_session->end();
   m_events.dropTimer();
@@ -811,6 +825,7 @@ void SBrowserWindowController::deviceDisconnected() {
   platform::assertMainThread();
   MTPB_LOG("Enter");
   _isDetached = true;
+  m_conditions.end();
   m_connection.cancel();
   if (m_session)
     m_session->end();

@@ -1,6 +1,7 @@
 #pragma once
 // The browser window: connects to a phone, shows its storages and folders, follows its changes, lets it go.
 #include "Platform/Dates.h"
+#include "SBrowser/ConnectConditions.h"
 #include "SBrowser/DeviceConnection.h"
 #include "SBrowser/DeviceEvents.h"
 #include "SBrowser/SBrowserDependencies.h"
@@ -60,7 +61,8 @@ public:
   // ---- Connection and tree ----
 
   /// `connectDevice:` Connects to the phone at this location (hexadecimal text) and shows it. Returns at once; the last
-  /// call counts. A phone without storages leaves the window as it was.
+  /// call counts. A phone that cannot be shown leaves the window as it was; the welcome then says why, and
+  /// the connection is tried again until it succeeds.
   void connectDevice(const QString& locationID);
   /// `setSelectedStorage:` 2: the external storage, anything else: the internal one. Not again when it is shown.
   void setSelectedStorage(int storage);
@@ -195,6 +197,7 @@ private:
   void folderEntered(const ItemPointer& item) override;
   void folderExpanded(const ItemPointer& item) override;
 
+  void tryToConnect(const QString& locationID, int attempts);
   void connected(const ConnectedDevice& device);
   void makeStorageRoots(const QList<MtpStorageInfo>& storages);
   void showStorageButtons();
@@ -238,6 +241,7 @@ private:
   std::unique_ptr<SBrowserOutlineModel> m_model;
   std::shared_ptr<DeviceQueue> m_queue;
   DeviceConnection m_connection;
+  ConnectConditions m_conditions;
   TreeLoader m_loader;
   DeviceEvents m_events;
   std::unique_ptr<ItemMutations> m_mutations;

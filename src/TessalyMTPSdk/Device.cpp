@@ -3,6 +3,7 @@
 #include "TessalyMTPSdk/Logging.h"
 
 #include <algorithm>
+#include <cstdio>
 #include <utility>
 
 namespace mtp {
@@ -21,10 +22,13 @@ bool isStorage(std::uint32_t id) {
   return (id & 0xFFFF) != 0 && id != 0xFFFFFFFF;
 }
 
+/// Android's responder keeps MTP's operations when it is set to picture transfer; it then claims no extension at all
+/// and shows nothing but pictures.
 bool speaksMtp(const DeviceInfo& info) {
+  const bool claimsNone = info.vendorExtensionId == 0 && info.vendorExtensionDescription.empty();
   return info.vendorExtensionId == MicrosoftExtension ||
          info.vendorExtensionDescription.find(u"microsoft.com") != std::u16string::npos ||
-         info.supports(Operation::GetObjectPropsSupported);
+         (!claimsNone && info.supports(Operation::GetObjectPropsSupported));
 }
 
 /// Names are handed out as terminated text: they end at a zero unit.
@@ -42,39 +46,68 @@ std::u16string firstNotEmpty(std::initializer_list<std::u16string> texts) {
   return {};
 }
 
-void logSilence(Status status, const std::string& phone) {
-  if (status == DGSTATUS_NO_DEVICE_ATTACHED)
-    log(LogLevel::Warning, "%s left while it was being opened", phone.c_str());
-  else
-    log(LogLevel::Warning,
-        "%s could not be opened (status 0x%08x): unlock the phone, or unplug it and plug it in again", phone.c_str(),
-        status);
+/// What a phone that was reached failed to do.
+OpenProblem problemOf(Status status) {
+  switch (status) {
+  case DGSTATUS_NO_DEVICE_ATTACHED:
+    return {OpenFailure::Gone, {}, "it left while it was being opened"};
+  case DGSTATUS_NOT_SUPPORT_OP:
+    return {OpenFailure::NotMtp, {}, "it speaks PTP only: choose \"File transfer\" in its USB settings"};
+  default: {
+    char text[128];
+    std::snprintf(text, sizeof text,
+                  "it could not be opened (status 0x%08x): unlock the phone, or unplug it and plug it in again",
+                  unsigned{status});
+    return {OpenFailure::Other, {}, text};
+  }
+  }
+}
+
+/// A phone's text for the log: printable ASCII, of moderate length.
+std::string plain(std::u16string_view text) {
+  constexpr std::size_t longest = 100;
+  std::string result;
+  for (const char16_t unit : text.substr(0, longest))
+    result += unit >= 0x20 && unit < 0x7F ? static_cast<char>(unit) : '?';
+  return result;
+}
+
+std::string describe(const std::string& phone, const DeviceInfo& info) {
+  std::string capabilities;
+  for (const auto& [operation, name] :
+       {std::pair{Operation::GetObjectPropList, "GetObjectPropList"},
+        std::pair{Operation::GetPartialObject64, "GetPartialObject64"}, std::pair{Operation::GetThumb, "GetThumb"}})
+    if (info.supports(operation))
+      capabilities += std::string(capabilities.empty() ? "" : ", ") + name;
+  return phone + ": model \"" + plain(info.model) + "\" of \"" + plain(info.manufacturer) + "\", version \"" +
+         plain(info.deviceVersion) + "\", extensions \"" + plain(info.vendorExtensionDescription) + "\", " +
+         std::to_string(info.operations.size()) + " operations" + (capabilities.empty() ? "" : " with ") + capabilities;
 }
 
 } // namespace
 
 std::shared_ptr<Device> Device::open(const DeviceCandidate& candidate, NodeRegistry& registry, EventThread& events,
                                      const TimeLimits& limits, Node* node,
-                                     const std::function<bool(const std::shared_ptr<Device>&)>& starting) {
+                                     const std::function<bool(const std::shared_ptr<Device>&)>& starting,
+                                     OpenProblem& problem) {
   const std::string phone = candidate.description.empty() ? "the phone" : candidate.description;
   OpenResult result = candidate.open ? candidate.open() : OpenResult{nullptr, OpenFailure::Other, "cannot be opened"};
   if (!result.transport) {
-    log(LogLevel::Warning, "%s: %s", phone.c_str(), result.explanation.c_str());
+    problem = {result.failure == OpenFailure::None ? OpenFailure::Other : result.failure, std::move(result.holder),
+               std::move(result.explanation)};
     return nullptr;
   }
   std::shared_ptr<Device> device(new Device(std::move(result.transport), candidate, registry, limits, node));
-  if (!starting(device))
-    return nullptr;
-  const Status status = device->connect(events);
-  if (status == DGSTATUS_NOT_SUPPORT_OP) {
-    log(LogLevel::Warning, "%s speaks PTP only: choose \"File transfer\" in its USB settings", phone.c_str());
+  if (!starting(device)) {
+    problem = problemOf(DGSTATUS_NO_DEVICE_ATTACHED);
     return nullptr;
   }
-  if (status != DGSTATUS_SUCCESS) {
-    logSilence(status, phone);
+  if (const Status status = device->connect(events); status != DGSTATUS_SUCCESS) {
+    problem = problemOf(status);
     return nullptr;
   }
-  log(LogLevel::Info, "%s is open", phone.c_str());
+  device->m_description = describe(phone, device->m_info);
+  log(LogLevel::Info, "%s is open", device->m_description.c_str());
   return device;
 }
 
@@ -157,7 +190,9 @@ Status Device::firstStorage(Node*& head) {
   const std::vector<ListedStorage> storages = readStorages(*ids, status);
   if (status != DGSTATUS_SUCCESS && status != DGSTATUS_NO_STORAGE_ATTACHED)
     return status;
-  if (storages.empty())
+  if (!storages.empty())
+    m_toldEmpty = false;
+  else if (!m_toldEmpty.exchange(true))
     log(LogLevel::Warning,
         "the phone shows no storage: it is locked or only charging; unlock the phone and choose \"File transfer\"");
 
@@ -218,6 +253,7 @@ Status Device::fetch(const std::shared_ptr<Listing>& listing, std::unique_lock<s
     do { // a list begun before the computer changed the folder may lack what it made
       own = listing->ownChanges;
       lock.unlock();
+      const auto begun = m_session.limits().now();
       status = m_lister->list(
           listing->storage, listing->parent,
           [&] {
@@ -225,8 +261,9 @@ Status Device::fetch(const std::shared_ptr<Listing>& listing, std::unique_lock<s
             return listing->known;
           },
           folder);
-      log(LogLevel::Debug, "listed %zu objects in folder 0x%08x of storage 0x%08x: status 0x%08x",
-          folder.objects.size(), listing->parent, listing->storage, status);
+      log(LogLevel::Info, "listed %zu objects in folder 0x%08x of storage 0x%08x: status 0x%08x, %.3f s",
+          folder.objects.size(), listing->parent, listing->storage, status,
+          std::chrono::duration<double>(m_session.limits().now() - begun).count());
       lock.lock();
     } while (status == DGSTATUS_SUCCESS && listing->known && listing->ownChanges != own && ++fetches < MaxFetches);
     if (!listing->known)

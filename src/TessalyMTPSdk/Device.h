@@ -5,21 +5,30 @@
 #include "TessalyMTPSdk/OwnChanges.h"
 #include "TessalyMTPSdk/Session.h"
 
+#include <atomic>
 #include <memory>
 #include <optional>
 
 namespace mtp {
 
+/// Why a phone could not be opened.
+struct OpenProblem {
+  OpenFailure failure = OpenFailure::None;
+  std::string holder = {};      // of a busy phone: a program that has it, as the system names it; or empty
+  std::string explanation = {}; // for the log
+};
+
 /// Functions that talk to the phone block; they take NodeRegistry::mutex themselves and never hold it meanwhile. Those
 /// that want it held say so.
 class Device : public std::enable_shared_from_this<Device> {
 public:
-  /// Opens a phone: session and DeviceInfo. Null when that fails; the log then says why. `node` is its record, made by
-  /// the caller. `starting` is told the device before its first transaction, so that another thread can close() it
+  /// Opens a phone: session and DeviceInfo. Null when that fails; `problem` then says why. `node` is its record, made
+  /// by the caller. `starting` is told the device before its first transaction, so that another thread can close() it
   /// meanwhile; false ends the opening.
   static std::shared_ptr<Device> open(const DeviceCandidate& candidate, NodeRegistry& registry, EventThread& events,
                                       const TimeLimits& limits, Node* node,
-                                      const std::function<bool(const std::shared_ptr<Device>&)>& starting);
+                                      const std::function<bool(const std::shared_ptr<Device>&)>& starting,
+                                      OpenProblem& problem);
   /// Ends the session. Blocks shortly.
   ~Device();
 
@@ -31,6 +40,8 @@ public:
   /// Breaks running transactions off; the phone counts as unplugged from now on.
   void close() { m_session.close(); }
 
+  /// For the log: where the phone is attached, what it is and can do. Nothing that its owner named, no serial number.
+  const std::string& description() const { return m_description; }
   const std::u16string& modelName() const { return m_modelName; } // never empty
   /// Asks the phone the first time.
   std::u16string friendlyName();
@@ -111,6 +122,8 @@ private:
   Session m_session;
   DeviceInfo m_info; // written while opening, constant afterwards
   std::u16string m_modelName;
+  std::string m_description;                    // likewise
+  std::atomic<bool> m_toldEmpty = false;        // written and read by threads listing storages: the log says it once
   std::optional<FolderLister> m_lister;         // made while opening
   std::atomic<bool> m_knowsSizeProperty = true; // written and read by the threads that transfer
   // The rest is guarded by NodeRegistry::mutex.

@@ -67,7 +67,9 @@ Status EngineState::connect(std::shared_ptr<Device>& first) {
   // A phone that stopped answering may answer a new session.
   closeDevices([](const Attached& attached) { return attached.device->isGone() || attached.device->isDead(); });
   bool failed = false;
-  for (const Source& source : candidates()) {
+  const std::vector<Source> sources = candidates();
+  forgetProblems(sources);
+  for (const Source& source : sources) {
     if (!isOpen(source) && !open(source))
       failed = true;
   }
@@ -105,6 +107,43 @@ bool EngineState::isOpen(const Source& source) {
   });
 }
 
+void EngineState::forgetProblems(const std::vector<Source>& sources) {
+  const std::lock_guard lock(m_settings);
+  std::erase_if(m_problems, [&](const auto& problem) {
+    return std::ranges::none_of(sources,
+                                [&](const Source& source) { return source.candidate.locationId == problem.first; });
+  });
+}
+
+/// Keeps it until it changes; the log tells it when it is new, as phones are looked for again and again.
+void EngineState::noteProblem(const Source& source, OpenProblem problem) {
+  const std::uint32_t location = source.candidate.locationId;
+  const std::string& phone = source.candidate.description;
+  const std::string line = (phone.empty() ? "the phone" : phone) + ": " + problem.explanation;
+  bool isNew = false;
+  {
+    const std::lock_guard lock(m_settings);
+    OpenProblem& known = m_problems[location];
+    isNew = known.failure != problem.failure || known.explanation != problem.explanation;
+    known = std::move(problem);
+  }
+  log(isNew ? LogLevel::Warning : LogLevel::Debug, "%s", line.c_str());
+}
+
+OpenProblem EngineState::problemAt(std::uint32_t locationId) {
+  const std::lock_guard lock(m_settings);
+  const auto found = m_problems.find(locationId);
+  return found != m_problems.end() ? found->second : OpenProblem{};
+}
+
+std::vector<std::string> EngineState::describePhones() {
+  std::vector<std::string> descriptions;
+  const Access access(*this);
+  for (const Attached& attached : m_devices)
+    descriptions.push_back(attached.device->description());
+  return descriptions;
+}
+
 /// False: it cannot be opened now; the next call tries again.
 bool EngineState::open(const Source& source) {
   TimeLimits limits;
@@ -124,18 +163,23 @@ bool EngineState::open(const Source& source) {
   }
   const auto begun = limits.now();
   std::shared_ptr<Device> device;
+  OpenProblem problem;
   try {
-    device = Device::open(source.candidate, m_registry, m_events, limits, node,
-                          [&](const std::shared_ptr<Device>& starting) {
-                            const std::lock_guard lock(m_settings);
-                            if (!isListed(source.provider))
-                              return false;
-                            m_opening = {starting, source.provider};
-                            return true;
-                          });
+    device = Device::open(
+        source.candidate, m_registry, m_events, limits, node,
+        [&](const std::shared_ptr<Device>& starting) {
+          const std::lock_guard lock(m_settings);
+          if (!isListed(source.provider))
+            return false;
+          m_opening = {starting, source.provider};
+          return true;
+        },
+        problem);
   } catch (const std::exception& error) {
-    log(LogLevel::Warning, "opening a phone failed: %s", error.what());
+    problem = {OpenFailure::Other, {}, std::string("opening it failed: ") + error.what()};
   }
+  if (!device)
+    noteProblem(source, std::move(problem));
   const auto took = limits.now() - begun;
   Attached opened; // these two are let go after the locks
   std::shared_ptr<Device> unwanted;
@@ -152,6 +196,7 @@ bool EngineState::open(const Source& source) {
     m_registry.retire(node);
     return false;
   }
+  m_problems.erase(source.candidate.locationId);
   m_deviceRecords.push_back(node);
   m_devices.push_back({std::move(device), source.provider});
   return true;
@@ -233,6 +278,7 @@ void EngineState::shutdown() {
     const std::lock_guard lock(m_settings);
     m_providers.clear();
     m_usb = nullptr;
+    m_problems.clear();
     opening = m_opening.device;
   }
   if (opening)
@@ -267,6 +313,10 @@ void setUsbEnabled(bool enabled) {
 
 Counters counters() {
   return {transactions.load(std::memory_order_relaxed)};
+}
+
+std::vector<std::string> describePhones() {
+  return EngineState::instance().describePhones();
 }
 
 void shutdown() {

@@ -5,6 +5,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <vector>
 
 namespace mtp {
 
@@ -25,6 +26,10 @@ struct Counters {
   std::uint64_t transactions = 0; // MTP transactions since the start, all devices
 };
 Counters counters();
+
+/// The open phones in words, for the log: what they are and can do. Nothing that their owners named, no serial numbers.
+/// Does not block.
+std::vector<std::string> describePhones();
 
 /// Closes all sessions, joins all threads, forgets all records and providers. For the end of the program and for tests.
 void shutdown();

@@ -6,6 +6,7 @@
 #include <chrono>
 #include <functional>
 #include <initializer_list>
+#include <map>
 #include <vector>
 
 namespace mtp {
@@ -42,6 +43,11 @@ public:
   void start() { m_events.start(); }
   /// Looks for phones and opens those not open yet. Blocks. 0, or why there is none.
   Status connect(std::shared_ptr<Device>& first);
+  /// Why the phone at this location could not be opened when phones were last looked for; OpenFailure::None when it
+  /// could, or there is none.
+  OpenProblem problemAt(std::uint32_t locationId);
+  /// The open phones, for the log.
+  std::vector<std::string> describePhones();
 
   void addProvider(std::shared_ptr<DeviceProvider> provider);
   void removeProvider(const std::shared_ptr<DeviceProvider>& provider);
@@ -70,6 +76,8 @@ private:
   };
 
   std::vector<Source> candidates();
+  void forgetProblems(const std::vector<Source>& sources);
+  void noteProblem(const Source& source, OpenProblem problem);
   bool isOpen(const Source& source);
   bool open(const Source& source);
   bool isListed(const std::shared_ptr<DeviceProvider>& provider) const;
@@ -86,7 +94,8 @@ private:
   std::mutex m_settings; // guards all below; taken after m_connecting, before NodeRegistry::mutex
   Attached m_opening;    // the phone just being opened
   std::vector<std::shared_ptr<DeviceProvider>> m_providers;
-  std::shared_ptr<DeviceProvider> m_usb; // made when first needed
+  std::shared_ptr<DeviceProvider> m_usb;           // made when first needed
+  std::map<std::uint32_t, OpenProblem> m_problems; // by location; of phones that are there and not open
   bool m_usbEnabled = true;
   TimeLimits m_limits;
   EventThread m_events;

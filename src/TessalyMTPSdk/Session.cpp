@@ -220,10 +220,16 @@ Reply Session::transact(Exchange& transaction) {
   transaction.firstByte = m_limits.firstByte(transaction.operation);
   if (transaction.watch)
     m_transport->setTick([&](std::size_t moved) { return mayGoOn(transaction, moved); });
+  const auto begun = m_limits.now();
   const Outcome outcome = exchange(transaction);
   if (transaction.watch)
     m_transport->setTick({});
-  return conclude(transaction, outcome);
+  const Reply reply = conclude(transaction, outcome);
+  if (!reply.ok())
+    log(LogLevel::Info, "%s (transaction %u): response 0x%04x, status 0x%08x, %.3f s", nameOf(transaction.operation),
+        transaction.transaction, unsigned{static_cast<std::uint16_t>(reply.code)}, unsigned{reply.status},
+        std::chrono::duration<double>(m_limits.now() - begun).count());
+  return reply;
 }
 
 /// Turns the outcome into the caller's reply, bringing the wire back into order first where it needs that.

@@ -126,6 +126,23 @@ std::shared_ptr<Device> subjectAt(const void* address, std::initializer_list<std
   return subject.listing ? device : nullptr;
 }
 
+std::int32_t openFailureCode(OpenFailure failure) {
+  switch (failure) {
+  case OpenFailure::NoPermission:
+    return MTPDEXT_OPEN_NO_PERMISSION;
+  case OpenFailure::Busy:
+    return MTPDEXT_OPEN_IN_USE;
+  case OpenFailure::NotMtp:
+    return MTPDEXT_OPEN_PTP_ONLY;
+  case OpenFailure::Other:
+    return MTPDEXT_OPEN_NO_ANSWER;
+  case OpenFailure::None:
+  case OpenFailure::Gone:
+    break;
+  }
+  return MTPDEXT_OPEN_DONE;
+}
+
 using NameGetter = std::u16string (*)(Device&);
 
 Status getName(const void* address, void* buffer, std::uint32_t* byteSize, NameGetter name) {
@@ -187,6 +204,21 @@ uint32_t mtpDextReleaseDeviceList(_MTP_DEVICE_NODE* device) {
     if (!attached)
       return notADevice(access, device);
     attached->store().retireObjects();
+    return DGSTATUS_SUCCESS;
+  });
+}
+
+uint32_t mtpDextGetOpenFailure(uint32_t locationId, int32_t* failure, char* holder, uint32_t holderSize) {
+  if (!failure)
+    return DGSTATUS_INVALID_PARAMETER;
+  *failure = MTPDEXT_OPEN_DONE;
+  if (holder && holderSize > 0)
+    *holder = 0;
+  return guarded([&] {
+    const OpenProblem problem = engine().problemAt(locationId);
+    *failure = openFailureCode(problem.failure);
+    if (holder && holderSize > 0)
+      holder[problem.holder.copy(holder, holderSize - 1)] = 0;
     return DGSTATUS_SUCCESS;
   });
 }

@@ -104,6 +104,18 @@ uint32_t mtpDextGetConnectedDeviceListHead(_MTP_DEVICE_NODE** head);
 uint32_t mtpDextGetNextDevice(_MTP_DEVICE_NODE* device, _MTP_DEVICE_NODE** next);
 uint32_t mtpDextReleaseDeviceList(_MTP_DEVICE_NODE* device);
 
+/* What kept a phone from being opened when the devices were last listed. */
+enum {
+  MTPDEXT_OPEN_DONE = 0,          /* nothing: it is open; or no MTP interface was seen at that location */
+  MTPDEXT_OPEN_NO_PERMISSION = 1, /* the user may not open it */
+  MTPDEXT_OPEN_IN_USE = 2,        /* another program has it */
+  MTPDEXT_OPEN_PTP_ONLY = 3,      /* it speaks PTP without MTP: picture-transfer mode, or a camera */
+  MTPDEXT_OPEN_NO_ANSWER = 4      /* it does not answer, or answers nonsense */
+};
+/* `holder` (may be null) gets the name of a program that has the phone, as the system gives it (UTF-8 as a rule),
+ * terminated and cut to `holderSize` bytes; empty when there is none or it cannot be seen. Never blocks. */
+uint32_t mtpDextGetOpenFailure(uint32_t locationId, int32_t* failure, char* holder, uint32_t holderSize);
+
 /* Storages. The head asks the phone (blocks). No storage (locked phone, charging mode): 0x12000002 and a null head.
  * Releasing a storage list retires its storages and every folder and file record below them. */
 uint32_t mtpDextGetStorageListHead(_MTP_DEVICE_NODE* device, _MTP_STORAGE_NODE** head);

@@ -83,13 +83,14 @@ public:
   virtual void close() = 0;
 };
 
-/// Why a phone could not be opened.
+/// Why a phone could not be opened. NotMtp: it speaks PTP only, as in picture-transfer mode.
 enum class OpenFailure { None, Busy, NoPermission, Gone, NotMtp, Other };
 
 struct OpenResult {
   std::unique_ptr<Transport> transport;
   OpenFailure failure = OpenFailure::None;
   std::string explanation; // plain words for the log: what is wrong and what helps
+  std::string holder = {}; // of a busy phone: the name of a program that has it, as the system gives it; or empty
 };
 
 /// One attached phone that could be opened.

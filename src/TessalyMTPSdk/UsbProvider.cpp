@@ -2,12 +2,10 @@
 
 #include "TessalyMTPSdk/LibusbTransport.h"
 #include "TessalyMTPSdk/UsbDiscovery.h"
+#include "TessalyMTPSdk/UsbHolders.h"
 
 #include <cstdio>
-#include <filesystem>
-#include <fstream>
 #include <libusb.h>
-#include <unistd.h>
 
 namespace mtp {
 
@@ -17,37 +15,6 @@ std::string hex4(std::uint16_t value) {
   char text[8];
   std::snprintf(text, sizeof text, "%04x", unsigned{value});
   return text;
-}
-
-/// The programs that have the device's node open, e.g. "gvfsd-mtp (process 1234)". Those of other users cannot be seen
-/// by an ordinary user.
-std::string holdersOf(const std::string& node) {
-  namespace fs = std::filesystem;
-  std::string holders;
-  std::error_code ignored;
-  for (fs::directory_iterator process("/proc", ignored), end; process != end; process.increment(ignored)) {
-    const std::string id = process->path().filename().string();
-    if (id.find_first_not_of("0123456789") != std::string::npos) {
-      continue;
-    }
-    const bool own = id == std::to_string(::getpid());
-    for (fs::directory_iterator file(process->path() / "fd", ignored), last; !ignored && file != last;
-         file.increment(ignored)) {
-      std::error_code gone;
-      if (fs::read_symlink(file->path(), gone) != node) {
-        continue;
-      }
-      if (!own) {
-        std::string name;
-        std::ifstream comm(process->path() / "comm");
-        std::getline(comm, name);
-        holders += (holders.empty() ? "" : ", ") + name + " (process " + id + ")";
-      }
-      break;
-    }
-    ignored.clear();
-  }
-  return holders;
 }
 
 OpenResult failed(OpenFailure failure, const std::string& explanation) {
@@ -126,10 +93,18 @@ private:
   }
 
   OpenResult busy() const {
-    const std::string holders = holdersOf(m_device.node);
-    return failed(OpenFailure::Busy, "the phone at " + m_device.node + " is in use by " +
-                                         (holders.empty() ? "another program" : holders) +
-                                         ". Eject the phone there or end that program, then try again");
+    std::string programs;
+    const std::vector<UsbHolder> holders = holdersOf(m_device.node);
+    for (const UsbHolder& holder : holders) {
+      programs += (programs.empty() ? "" : ", ") + holder.name + " (process " + holder.process + ")";
+    }
+    OpenResult result = failed(OpenFailure::Busy, "the phone at " + m_device.node + " is in use by " +
+                                                      (programs.empty() ? "another program" : programs) +
+                                                      ". Eject the phone there or end that program, then try again");
+    if (!holders.empty()) {
+      result.holder = holders.front().name;
+    }
+    return result;
   }
 
   OpenResult other(const std::string& what, int result) const {

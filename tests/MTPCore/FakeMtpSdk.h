@@ -59,9 +59,6 @@ public:
   };
   using Handle = std::size_t; ///< Names an object of the test's phones for good.
 
-  explicit FakeMtpSdk(const char* operationPrefix = "mtpDext")
-      : m_prefix(operationPrefix) {}
-
   // ---- Building and changing phones; any thread ----
 
   Handle addDevice(std::uint32_t locationId, const QString& modelName, const QString& friendlyName = {}) {
@@ -94,6 +91,12 @@ public:
     m_objects[handle].date = date.toStdU16String();
     adopt(parent, handle);
     return handle;
+  }
+  /// A phone at this location cannot be opened (MTPDEXT_OPEN_…): it is attached and not listed. MTPDEXT_OPEN_DONE: it
+  /// could be.
+  void setOpenFailure(std::uint32_t locationId, std::int32_t failure, const std::string& holder = {}) {
+    const std::lock_guard lock(m_mutex);
+    m_openFailures[locationId] = {failure, holder};
   }
   /// Takes the object and all below it from the phone; their records are retired.
   void remove(Handle handle) {
@@ -265,8 +268,6 @@ public:
   }
 
   // ---- The SDK ----
-
-  const char* operationPrefix() const override { return m_prefix; }
 
   std::uint32_t sdkInit() override {
     if (const auto status = enter(Operation::SdkInit))
@@ -555,8 +556,20 @@ public:
     enter(Operation::GetNodeKind);
     return status;
   }
+  std::uint32_t getOpenFailure(std::uint32_t locationId, std::int32_t* failure, char* holder,
+                               std::uint32_t holderSize) override {
+    const std::lock_guard lock(m_mutex);
+    const OpenFailure& known = m_openFailures[locationId];
+    *failure = known.failure;
+    holder[known.holder.copy(holder, holderSize - 1)] = 0;
+    return 0;
+  }
 
 private:
+  struct OpenFailure {
+    std::int32_t failure = MTPDEXT_OPEN_DONE;
+    std::string holder;
+  };
   static constexpr std::uint32_t EndOfList = 2;
   static constexpr std::uint32_t NotExisting = 0x10000004;
   static constexpr std::uint32_t NoDevice = 0x12000001;
@@ -790,11 +803,11 @@ private:
     return 0;
   }
 
-  const char* const m_prefix;
   std::mutex m_mutex;
   std::recursive_mutex m_eventMutex; // held while a callback runs
   std::deque<Object> m_objects;
   std::vector<Handle> m_devices;
+  std::map<std::uint32_t, OpenFailure> m_openFailures; // by location
   std::map<Operation, Script> m_scripts;
   std::unordered_map<const void*, Handle> m_known;
   std::vector<std::shared_ptr<Record>> m_all;

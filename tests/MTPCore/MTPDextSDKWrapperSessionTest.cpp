@@ -195,15 +195,6 @@ TEST_F(MTPDextSDKWrapperSession, LogLinesNameTheFileAndTheOperation) {
   EXPECT_TRUE(log.hasPart("[MTPDextSDKWrapper.cpp:MTPDextSDKWrapper::storageInfoLists-("));
 }
 
-TEST(MTPDextSDKWrapperLegacy, MessagesNameTheLegacyOperations) {
-  CapturedLog log;
-  const auto sdk = std::make_shared<FakeMtpSdk>("mtp");
-  MTPDextSDKWrapper wrapper(sdk);
-  _MTP_DEVICE_NODE* head = nullptr;
-  wrapper.getMTPDeviceHead(&head);
-  EXPECT_TRUE(log.has("mtpGetConnectedDeviceListHead is faild. status = DGSTATUS_NO_DEVICE_ATTACHED - 0x12000001"));
-}
-
 // ---- Names ----
 
 TEST_F(MTPDextSDKWrapperSession, TheFriendlyNameIsTheTextWithoutItsTerminator) {

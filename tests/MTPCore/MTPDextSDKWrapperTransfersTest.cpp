@@ -115,7 +115,7 @@ TEST_F(MTPDextSDKWrapperTransfers, WhatIsNotThereIsNotReceivedAndNoNamesakeEithe
 TEST_F(MTPDextSDKWrapperTransfers, ReceivingWithoutDeviceSourceOrDestinationIsRefusedAndLogged) {
   EXPECT_FALSE(receive(idOf(aJpg), QString(), "/d"));
   EXPECT_EQ(error, 0x23000002u);
-  EXPECT_TRUE(log.has(refusal(deviceNode, "(null)", "/d")));
+  EXPECT_TRUE(log.has(refusal(deviceNode, "(null)", "(hidden)")));
   EXPECT_FALSE(receive(idOf(aJpg), "/s", QString()));
   EXPECT_EQ(error, 0x23000002u);
   EXPECT_TRUE(log.hasPart("MTPDextSDKWrapper::uploadFileFromMTP-("));
@@ -123,7 +123,7 @@ TEST_F(MTPDextSDKWrapperTransfers, ReceivingWithoutDeviceSourceOrDestinationIsRe
   MTPDextSDKWrapper unbound(sdk, computer);
   EXPECT_FALSE(unbound.uploadFileFromMTP(idOf(aJpg), "/s", "/d", QString(), nullptr, nullptr, error));
   EXPECT_EQ(error, 0x23000002u);
-  EXPECT_TRUE(log.has(refusal(nullptr, "/s", "/d")));
+  EXPECT_TRUE(log.has(refusal(nullptr, "(hidden)", "(hidden)")));
 }
 
 TEST_F(MTPDextSDKWrapperTransfers, ADestinationThatIsNoPathOfTheComputerIsRefused) {
@@ -276,7 +276,7 @@ TEST_F(MTPDextSDKWrapperTransfers, SendingWithoutDeviceSourceOrDestinationIsRefu
   MTPDextSDKWrapper unbound(sdk, computer);
   EXPECT_FALSE(unbound.downloadFileToMTP(nullptr, "/s", "/d", nullptr, nullptr, nullptr, error));
   EXPECT_EQ(error, 0x23000001u);
-  EXPECT_TRUE(log.has(refusal(nullptr, "/s", "/d")));
+  EXPECT_TRUE(log.has(refusal(nullptr, "(hidden)", "(hidden)")));
 }
 
 TEST_F(MTPDextSDKWrapperTransfers, ASourceThatIsMissingGivesTheSdksStatusAndLeavesNoLink) {

@@ -37,11 +37,10 @@ protected:
     doubleClick(name);
     ASSERT_TRUE(settle());
   }
-  void expectWelcome() const {
+  void expectWelcome(const char* key = "MSG_WelcomToVBX2") const {
     EXPECT_EQ(title(), QStringLiteral("MTP Browser"));
     EXPECT_TRUE(layout().welcomeTfield->isVisible());
-    EXPECT_EQ(layout().welcomeTfield->text(),
-              VornLocalStringDefine::QX_LocalizedStringWithKey(QStringLiteral("MSG_WelcomToVBX2")));
+    EXPECT_EQ(layout().welcomeTfield->text(), VornLocalStringDefine::QX_LocalizedStringWithKey(QLatin1StringView(key)));
     EXPECT_FALSE(layout().toolbar->isVisible());
     EXPECT_FALSE(layout().scrollViewBrowser->isVisible());
     EXPECT_FALSE(layout().paths->isVisible());
@@ -114,7 +113,7 @@ TEST_F(SBrowserWindowControllerTest, APhoneWithOnlyACardShowsIt) {
   EXPECT_EQ(layout().btn_InternalStorage->text(), QStringLiteral("Card"));
 }
 
-TEST_F(SBrowserWindowControllerTest, WithoutStoragesTenAttemptsAreMadeAndTheWindowStaysAsItWas) {
+TEST_F(SBrowserWindowControllerTest, WithoutStoragesTenAttemptsAreMadeAndTheWindowStaysInTheWelcomeState) {
   CapturedLog log;
   sdk->addDevice(0x14200000, QStringLiteral("M"));
   controller->connectDevice(QStringLiteral("14200000"));
@@ -122,7 +121,7 @@ TEST_F(SBrowserWindowControllerTest, WithoutStoragesTenAttemptsAreMadeAndTheWind
   EXPECT_EQ(log.count("Get list storage fail!!!"), 1);
   EXPECT_EQ(sdk->calls(Operation::GetStorageListHead), 10);
   EXPECT_EQ(slept, 100);
-  expectWelcome();
+  expectWelcome("MSG_PhoneLocked");
 }
 
 TEST_F(SBrowserWindowControllerTest, AFailedConnectionLeavesTheShownPhoneUsable) {

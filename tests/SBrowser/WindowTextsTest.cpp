@@ -39,14 +39,14 @@ private:
 
 } // namespace
 
-TEST_P(WindowInALanguage, WelcomesWithTwoWholeLines) {
+TEST_P(WindowInALanguage, WelcomesWithThreeWholeLines) {
   WindowLayout layout(platform::Timers::mainThread());
   layout.showWelcome(shown("MSG_WelcomToVBX2"));
   layout.window()->show();
   ASSERT_TRUE(layout.welcomeTfield->isVisible());
   EXPECT_EQ(testsupport::cutOffTexts(*layout.window()), QStringList());
   EXPECT_TRUE(testsupport::fitsLines(layout.welcomeTfield->text(), layout.welcomeTfield->font(),
-                                     layout.welcomeTfield->width(), 2));
+                                     layout.welcomeTfield->width(), 3));
 }
 
 TEST_P(WindowInALanguage, CutsNothingOffInTheToolbar) {
