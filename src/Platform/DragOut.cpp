@@ -1,6 +1,7 @@
 #include "Platform/DragOut.h"
 
 #include "Platform/Log.h"
+#include "Platform/LogNames.h"
 #include "Platform/MainThread.h"
 
 #include <QCursor>
@@ -64,8 +65,9 @@ private:
     const auto destination = destinationFromDirectSave(property, DragPlaces::current());
     if (destination && m_session->accept(*destination))
       return "S";
-    if (property.contains("://"))
-      MTPB_LOG("a drop was refused: \"%s\"", property.constData());
+    if (const qsizetype scheme = property.indexOf("://"); scheme >= 0)
+      MTPB_LOG("a drop was refused: \"%s://%s\"", property.left(scheme).constData(),
+               nameForLog(QString::fromUtf8(property.mid(scheme + 3))).constData());
     return "E";
   }
 
@@ -124,7 +126,7 @@ public Q_SLOTS:
     const auto destination = destinationFromExtractArgument(folder, DragPlaces::current());
     if (destination && m_session->accept(*destination))
       return;
-    MTPB_LOG("a drop was refused: \"%s\"", qUtf8Printable(folder.left(1000)));
+    MTPB_LOG("a drop was refused: \"%s\"", nameForLog(folder.left(1000)).constData());
     if (calledFromDBus())
       sendErrorReply(QDBusError::InvalidArgs, destination ? QStringLiteral("the drag is over")
                                                           : QStringLiteral("not a folder of this computer"));

@@ -41,6 +41,6 @@ TEST(AccessLog, AnEndedOperationIsToldWithItsTimeItsSizeAndItsStatus) {
 TEST(AccessLog, AnOperationWithoutASizeHasNone) {
   const CapturedLog log;
   AccessLog(face, place).ended("DeleteNode", nullptr, AccessLog::Clock::now(), 0);
-  EXPECT_TRUE(log.hasPart("preDeleteNode: node = (nil), 0.0"));
+  EXPECT_TRUE(log.hasPart("preDeleteNode: node = "));
   EXPECT_FALSE(log.hasPart("bytes"));
 }

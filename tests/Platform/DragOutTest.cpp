@@ -185,7 +185,7 @@ TEST_F(Drags, ARefusedDirectSaveLeavesTheDragOpenForAnother) {
   const QMimeData* data = start();
   m_property.value = "sftp://server/srv/mtpbrowser-drag";
   EXPECT_EQ(data->data(kDirectSave), "E");
-  EXPECT_EQ(m_log.count(QStringLiteral("a drop was refused: \"sftp://server/srv/mtpbrowser-drag\"")), 1);
+  EXPECT_EQ(m_log.count(QStringLiteral("a drop was refused: \"sftp://(hidden)\"")), 1);
   m_property.value = "file:///srv/mtpbrowser-drag";
   EXPECT_EQ(data->data(kDirectSave), "S");
   passTime();
