@@ -117,8 +117,13 @@ void ObjectCreation::withdraw() {
   m_device.noteOwnChange(m_handle);
   m_device.forgetRoom(m_place.listing->storage);
   const Reply reply = m_device.session().run(Operation::DeleteObject, {m_handle, 0});
-  if (!reply.ok() && reply.code != Response::InvalidObjectHandle && !m_device.isGone())
-    log(LogLevel::Warning, "an incomplete object may have stayed on the phone: status 0x%08x", reply.status);
+  if (reply.ok() || reply.code == Response::InvalidObjectHandle || m_device.isGone())
+    return;
+  {
+    const std::lock_guard lock(m_device.registry().mutex);
+    m_place.listing->stale = true; // only the phone knows
+  }
+  log(LogLevel::Warning, "an incomplete object may have stayed on the phone: status 0x%08x", reply.status);
 }
 
 /// Some responders cut a name at the first character they cannot keep.

@@ -39,7 +39,8 @@ Reply askSize(Device& device, std::uint32_t handle, DeclaredSize& size, const Se
     }
     if (!reply.ok() && !isRefusedProperty(reply.code))
       return reply;
-    device.noteNoSizeProperty();
+    if (!reply.ok())
+      device.noteNoSizeProperty();
   }
   Reply reply = device.session().receive(Operation::GetObjectInfo, {handle}, dataset, watch);
   if (!reply.ok())

@@ -69,16 +69,13 @@ void removeLeftOvers(int folder) {
 }
 
 /// Copying many files into a folder does not read it each time.
-bool isFirstUse(int folder) {
+bool isFirstUse(const std::string& folder) {
   static std::mutex mutex;
-  static std::set<std::pair<dev_t, ino_t>> known; // guarded by mutex
-  struct stat facts {};
-  if (fstat(folder, &facts) != 0)
-    return false;
+  static std::set<std::string> known; // guarded by mutex
   const std::lock_guard lock(mutex);
   if (known.size() >= MaxFoldersKnown)
     known.clear();
-  return known.emplace(facts.st_dev, facts.st_ino).second;
+  return known.insert(folder).second;
 }
 
 } // namespace
@@ -100,7 +97,7 @@ Status PartialFile::open(const std::string& destination) {
     return statusOfError(errno, DGSTATUS_FILE_OPEN_FAILED);
   if (const Status status = lookAtDestination(); status != DGSTATUS_SUCCESS)
     return status;
-  if (isFirstUse(m_folder.get()))
+  if (isFirstUse(folder))
     removeLeftOvers(m_folder.get());
   return make();
 }

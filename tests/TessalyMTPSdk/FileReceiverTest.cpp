@@ -3,10 +3,10 @@
 
 #include <csignal>
 #include <fcntl.h>
-#include <sys/file.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
-#include <sys/wait.h>
 #include <thread>
+#include <utility>
 
 using namespace testsupport;
 
@@ -76,18 +76,19 @@ TEST_F(FileReceiver, ProgressEndsAtTheFilesLength) {
 }
 
 TEST_F(FileReceiver, ACancelledFileIsGoneAndTheFileBeforeItIsThere) {
-  write(onPhone("file"), pattern(64 << 20));
+  write(onPhone("file"), pattern(16 << 20));
   write(here("file"), "before");
+  useHastyClock();
   start();
   _MTP_FILE_NODE* file = only();
   Progress progress;
   progress.answer = [](std::uint64_t current) { return current > 0 ? Cancel : 0; };
   EXPECT_EQ(receive(file, here("file"), &progress), Cancel);
-  EXPECT_LT(progress.calls.back().first, 64u << 20);
+  EXPECT_LT(progress.calls.back().first, 16u << 20);
   EXPECT_EQ(entriesOf(computer.path()), Strings{"file"});
   EXPECT_EQ(read(here("file")), "before");
   EXPECT_EQ(receive(file, here("file")), 0u) << "the session goes on" << log();
-  EXPECT_EQ(read(here("file")), pattern(64 << 20));
+  EXPECT_EQ(read(here("file")), pattern(16 << 20));
 }
 
 TEST_F(FileReceiver, ACancelAtTheLastByteCounts) {
@@ -167,4 +168,163 @@ TEST_F(FileReceiver, ArgumentsThatNameNothingAreRefused) {
   EXPECT_EQ(mtpDextGetFileEx(file, u"/tmp/\xD800", 7, nullptr, nullptr), 0x11000005u);
   const auto garbage = reinterpret_cast<_MTP_FILE_NODE*>(std::uintptr_t{0x1234});
   EXPECT_EQ(mtpDextGetFileEx(garbage, u"/tmp/x", 7, nullptr, nullptr), 0x10000004u);
+}
+
+TEST_F(FileReceiver, APhoneThatFallsSilentIsLeftAtTheCallbacksWord) {
+  write(onPhone("file"), pattern(3 << 20));
+  start();
+  _MTP_FILE_NODE* file = only();
+  fault(FaultKind::Silence, FaultPhase::Data, mtp::Operation::GetObject, 1 << 20);
+  Progress progress;
+  int stuck = 0;
+  std::uint64_t last = 0;
+  progress.answer = [&](std::uint64_t current) {
+    stuck = current == last && current > 0 ? stuck + 1 : 0;
+    last = current;
+    return stuck >= 3 ? Cancel : 0;
+  };
+  const auto begin = std::chrono::steady_clock::now();
+  EXPECT_EQ(receive(file, here("file"), &progress), Cancel);
+  EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(8)) << "not the ten seconds of silence";
+  EXPECT_TRUE(entriesOf(computer.path()).empty());
+  EXPECT_EQ(receive(file, here("file")), 0u) << log();
+}
+
+TEST_F(FileReceiver, WaitingForAnotherTransferTellsProgressAndCanBeEnded) {
+  write(onPhone("one"), pattern(8 << 20));
+  write(onPhone("two"), "text");
+  start();
+  const auto files = filesIn(firstStorage());
+  Signal begun, finish;
+  Progress first;
+  first.answer = [&](std::uint64_t) {
+    begun.raise();
+    EXPECT_TRUE(finish.waitFor(1));
+    return 0u;
+  };
+  std::thread other([&] { EXPECT_EQ(receive(named(files, "one"), here("one"), &first), 0u); });
+  EXPECT_TRUE(begun.waitFor(1));
+  Progress second;
+  second.answer = [](std::uint64_t) { return Cancel; };
+  EXPECT_EQ(receive(named(files, "two"), here("two"), &second), Cancel);
+  finish.raise();
+  other.join();
+  EXPECT_EQ(entriesOf(computer.path()), Strings{"one"});
+}
+
+TEST_F(FileReceiver, ACallbackThatAsksThePhoneIsRefusedAndTheTransferGoesOn) {
+  write(onPhone("file"), pattern(8 << 20));
+  storage.folder("folder");
+  useHastyClock();
+  start();
+  _MTP_STORAGE_NODE* top = firstStorage();
+  _MTP_FILE_NODE* file = filesIn(top).at(0);
+  _MTP_FOLDER_NODE* folder = foldersIn(top).at(0);
+  std::uint32_t asked = 0;
+  Progress progress;
+  progress.answer = [&](std::uint64_t current) {
+    if (current > 0 && current < (8u << 20)) {
+      _MTP_FILE_NODE* head = nullptr;
+      asked = mtpDextGetFileListHead(&folder->common, &head, nullptr, nullptr);
+    }
+    return 0u;
+  };
+  EXPECT_EQ(receive(file, here("file"), &progress), 0u) << log();
+  EXPECT_EQ(asked, 0x10000001u);
+  EXPECT_EQ(read(here("file")), pattern(8 << 20));
+  EXPECT_TRUE(filesIn(folder).empty()) << "afterwards it is answered";
+}
+
+TEST_F(FileReceiver, EventsReachTheCallbackDuringATransfer) {
+  write(onPhone("file"), pattern(16 << 20));
+  useHastyClock();
+  start();
+  _MTP_FILE_NODE* file = only();
+  Signal told;
+  ASSERT_EQ(mtpDextRequestEventNotifyEx(
+                device(),
+                [](int32_t, uint64_t, uint64_t, void* context) {
+                  static_cast<Signal*>(context)->raise();
+                  return uint32_t{0};
+                },
+                &told),
+            0u);
+  Progress progress;
+  bool changed = false;
+  progress.answer = [&](std::uint64_t current) {
+    if (!std::exchange(changed, true)) {
+      EXPECT_LT(current, 16u << 20);
+      write(onPhone("new"), "text");
+      EXPECT_TRUE(told.waitFor(1));
+    }
+    return 0u;
+  };
+  EXPECT_EQ(receive(file, here("file"), &progress), 0u);
+  EXPECT_TRUE(changed);
+  EXPECT_EQ(mtpDextRequestEventNotifyEx(device(), nullptr, nullptr), 0u);
+  EXPECT_EQ(filesIn(firstStorage()).size(), 2u);
+}
+
+TEST_F(FileReceiver, AFileThatGrewSinceItWasAskedForIsReceivedAsItIs) {
+  write(onPhone("file"), "text");
+  start();
+  _MTP_FILE_NODE* file = only();
+  write(onPhone("file"), "more text");
+  EXPECT_EQ(receive(file, here("file")), 0u);
+  EXPECT_EQ(read(here("file")), "more text");
+}
+
+TEST_F(FileReceiver, APhoneWithoutTheSizePropertyIsAskedInAnotherWay) {
+  write(onPhone("one"), pattern(3000));
+  write(onPhone("two"), pattern(4000));
+  vphone::Manners manners;
+  manners.missingOperations = {0x9803};
+  start(manners);
+  for (_MTP_FILE_NODE* file : filesIn(firstStorage()))
+    EXPECT_EQ(receive(file, here(nameOf(file))), 0u);
+  EXPECT_EQ(entriesOf(computer.path()), (Strings{"one", "two"}));
+}
+
+TEST_F(FileReceiver, APhoneThatRefusesTheSizePropertyIsNotAskedForItAgain) {
+  for (int i = 0; i < 5; ++i)
+    write(onPhone("file" + std::to_string(i)), "text");
+  start();
+  const auto files = filesIn(firstStorage());
+  respond(mtp::Operation::GetObjectPropValue, mtp::Response::ObjectPropNotSupported);
+  const std::uint64_t before = transactions();
+  for (_MTP_FILE_NODE* file : files)
+    EXPECT_EQ(receive(file, here(nameOf(file))), 0u);
+  EXPECT_EQ(transactions(), before + 11);
+}
+
+TEST_F(FileReceiver, APhoneThatEndsFullPacketsWithoutAnEmptyOneIsUnderstood) {
+  vphone::Manners manners;
+  manners.zeroLengthPackets = false;
+  for (const std::size_t size : {500u, 1012u, (1u << 20) - 12})
+    write(onPhone("file" + std::to_string(size)), pattern(size));
+  start(manners);
+  for (_MTP_FILE_NODE* file : filesIn(firstStorage())) {
+    const auto begin = std::chrono::steady_clock::now();
+    EXPECT_EQ(receive(file, here(nameOf(file))), 0u);
+    EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(5)) << "no waiting for it";
+    EXPECT_EQ(read(here(nameOf(file))), read(onPhone(nameOf(file))));
+  }
+}
+
+TEST_F(FileReceiver, AComputerThatCannotTakeItAllEndsTheTransferAndTheSessionGoesOn) {
+  write(onPhone("file"), pattern(8 << 20));
+  write(here("file"), "before");
+  start();
+  _MTP_FILE_NODE* file = only();
+  const auto ignore = std::signal(SIGXFSZ, SIG_IGN);
+  struct rlimit before {};
+  ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &before), 0);
+  const struct rlimit small { 1 << 20, before.rlim_max };
+  ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &small), 0);
+  EXPECT_EQ(receive(file, here("file")), 0x11000003u);
+  ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &before), 0);
+  std::signal(SIGXFSZ, ignore);
+  EXPECT_EQ(entriesOf(computer.path()), Strings{"file"});
+  EXPECT_EQ(read(here("file")), "before");
+  EXPECT_EQ(receive(file, here("file")), 0u) << log();
 }

@@ -1,6 +1,7 @@
 // Copying files of the computer to a phone.
 #include "TransferFixture.h"
 
+#include <array>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <thread>
@@ -96,18 +97,19 @@ TEST_F(FileSender, ANamesakeIsFoundBeforeAnythingIsSentAndHandedOut) {
 }
 
 TEST_F(FileSender, ACancelledFileIsGoneFromThePhone) {
-  write(here("file"), pattern(64 << 20));
+  write(here("file"), pattern(16 << 20));
+  useHastyClock();
   start();
   _MTP_STORAGE_NODE* top = firstStorage();
   Progress progress;
   progress.answer = [](std::uint64_t current) { return current > 0 ? Cancel : 0; };
   EXPECT_EQ(send(here("file"), top, &progress), Cancel);
   EXPECT_EQ(created, nullptr);
-  EXPECT_LT(progress.calls.back().first, 64u << 20);
+  EXPECT_LT(progress.calls.back().first, 16u << 20);
   EXPECT_FALSE(std::filesystem::exists(onPhone("file")));
   EXPECT_TRUE(filesIn(top).empty());
   EXPECT_EQ(send(here("file"), top), 0u) << "the session goes on" << log();
-  EXPECT_EQ(read(onPhone("file")), pattern(64 << 20));
+  EXPECT_EQ(read(onPhone("file")), pattern(16 << 20));
 }
 
 TEST_F(FileSender, ACancelAtTheLastByteCounts) {
@@ -205,4 +207,120 @@ TEST_F(FileSender, ArgumentsThatNameNothingAreRefused) {
   EXPECT_EQ(mtpDextSendFileEx(u"/tmp/x", 7, top, nullptr, nullptr, nullptr), 0x10000002u);
   EXPECT_EQ(mtpDextSendFileEx(u"/tmp/\xD800", 7, top, &created, nullptr, nullptr), 0x11000005u);
   EXPECT_EQ(mtpDextSendFileEx(u"/tmp/x", 7, &device()->common, &created, nullptr, nullptr), 0x10000004u);
+}
+
+TEST_F(FileSender, AFileThatShrinksWhileItIsReadIsNotSentAndNothingStays) {
+  write(here("file"), pattern(16 << 20));
+  useHastyClock();
+  start();
+  _MTP_STORAGE_NODE* top = firstStorage();
+  Progress progress;
+  progress.answer = [&](std::uint64_t) {
+    std::filesystem::resize_file(here("file"), 1000);
+    return 0u;
+  };
+  EXPECT_EQ(send(here("file"), top, &progress), 0x11000004u);
+  EXPECT_FALSE(std::filesystem::exists(onPhone("file")));
+  EXPECT_TRUE(filesIn(top).empty());
+  EXPECT_EQ(send(here("file"), top), 0u) << log();
+  EXPECT_EQ(read(onPhone("file")), pattern(1000));
+}
+
+TEST_F(FileSender, AFileThatGrowsWhileItIsReadArrivesAsItWasAtTheBeginning) {
+  write(here("file"), pattern(8 << 20));
+  useHastyClock();
+  start();
+  Progress progress;
+  progress.answer = [&](std::uint64_t) {
+    std::ofstream(here("file"), std::ios::app) << "more";
+    return 0u;
+  };
+  EXPECT_EQ(send(here("file"), firstStorage(), &progress), 0u) << log();
+  EXPECT_EQ(read(onPhone("file")), pattern(8 << 20));
+}
+
+TEST_F(FileSender, APhoneThatTakesNoMoreIsLeftAtTheCallbacksWord) {
+  write(here("file"), pattern(3 << 20));
+  start();
+  _MTP_STORAGE_NODE* top = firstStorage();
+  fault(FaultKind::Silence, FaultPhase::Data, mtp::Operation::SendObject, 1 << 20);
+  Progress progress;
+  int calls = 0;
+  progress.answer = [&](std::uint64_t) { return ++calls >= 5 ? Cancel : 0; };
+  const auto begin = std::chrono::steady_clock::now();
+  EXPECT_EQ(send(here("file"), top, &progress), Cancel);
+  EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(8)) << "not the ten seconds of silence";
+  EXPECT_FALSE(std::filesystem::exists(onPhone("file")));
+  EXPECT_EQ(send(here("file"), top), 0u) << log();
+}
+
+TEST_F(FileSender, ACancelBehindTheLastByteWaitsForThePhonesAnswerAndTakesTheFileAway) {
+  write(here("file"), "text");
+  start();
+  _MTP_STORAGE_NODE* top = firstStorage();
+  // A cancel request would come when the phone has nothing to cancel, and hit the next transaction.
+  fault(FaultKind::Delay, FaultPhase::Response, mtp::Operation::SendObject, 0, 300);
+  Progress progress;
+  progress.answer = [](std::uint64_t) { return Cancel; };
+  EXPECT_EQ(send(here("file"), top, &progress), Cancel);
+  EXPECT_FALSE(std::filesystem::exists(onPhone("file")));
+  EXPECT_TRUE(filesIn(top).empty());
+  EXPECT_EQ(log().find("reset"), std::string::npos);
+}
+
+TEST_F(FileSender, APhoneThatReportsEachWriteIsNotListedAgainForThem) {
+  vphone::Manners manners;
+  manners.tellsOwnChanges = true;
+  start(manners);
+  _MTP_STORAGE_NODE* top = firstStorage();
+  Signal told;
+  ASSERT_EQ(mtpDextRequestEventNotifyEx(
+                device(),
+                [](int32_t, uint64_t, uint64_t, void* context) {
+                  static_cast<Signal*>(context)->raise();
+                  return uint32_t{0};
+                },
+                &told),
+            0u);
+  EXPECT_TRUE(filesIn(top).empty());
+  const std::uint64_t before = transactions();
+  for (int i = 0; i < 10; ++i) {
+    const std::string name = "file" + std::to_string(i);
+    write(here(name), "text");
+    ASSERT_EQ(send(here(name), top), 0u);
+    ASSERT_TRUE(told.waitFor(2 * i + 2));
+  }
+  EXPECT_EQ(filesIn(top).size(), 10u);
+  EXPECT_LE(transactions(), before + 3 * 10 + 1) << "the free space is asked once";
+  EXPECT_EQ(mtpDextRequestEventNotifyEx(device(), nullptr, nullptr), 0u);
+}
+
+TEST_F(FileSender, TwoThreadsThatSendTheSameNameMakeOneFile) {
+  write(here("a/file"), pattern(100000, 1));
+  write(here("b/FILE"), pattern(100000, 2));
+  start();
+  _MTP_STORAGE_NODE* top = firstStorage();
+  filesIn(top);
+  std::array<uint32_t, 2> statuses{};
+  const auto sendOne = [&](const char* name, uint32_t& status) {
+    const std::u16string path = here(name).u16string();
+    _MTP_FILE_NODE* node = nullptr;
+    status =
+        mtpDextSendFileEx(path.c_str(), static_cast<uint32_t>(path.size() + 1), &top->common, &node, nullptr, nullptr);
+  };
+  std::thread other([&] { sendOne("a/file", statuses[0]); });
+  sendOne("b/FILE", statuses[1]);
+  other.join();
+  std::sort(statuses.begin(), statuses.end());
+  EXPECT_EQ(statuses, (std::array<uint32_t, 2>{0u, 0x10000005u}));
+  EXPECT_EQ(entriesOf(storage.path()).size(), 1u);
+}
+
+TEST_F(FileSender, AFileLargerThanThePhoneCanKeepIsRefusedByThePhone) {
+  vphone::Options options;
+  options.storages.push_back({.folder = storage.path(), .description = "Card", .maxFileSize = 1000});
+  start(options);
+  write(here("file"), pattern(2000));
+  EXPECT_EQ(send(here("file"), firstStorage()), 0x13100024u);
+  EXPECT_TRUE(entriesOf(storage.path()).empty());
 }

@@ -71,7 +71,6 @@ TEST_F(ObjectMutation, ThePhonesOwnListingAgreesWithWhatWasTakenOver) {
   ASSERT_EQ(create(top, u"two", &created), 0u);
   ASSERT_EQ(remove(foldersIn(top).at(0)), 0u);
   ASSERT_EQ(rename(created, u"three"), 0u);
-  storage.folder("four"); // the phone's own change: everything is listed anew
   Signal told;
   ASSERT_EQ(mtpDextRequestEventNotifyEx(
                 device(),
@@ -81,6 +80,7 @@ TEST_F(ObjectMutation, ThePhonesOwnListingAgreesWithWhatWasTakenOver) {
                 },
                 &told),
             0u);
+  storage.folder("four"); // the phone's own change: everything is listed anew
   ASSERT_TRUE(told.waitFor(1));
   EXPECT_EQ(namesOf(foldersIn(top)), (Strings{"four", "three"}));
   EXPECT_EQ(kindOf(created), 0u) << "the record outlives the listing";

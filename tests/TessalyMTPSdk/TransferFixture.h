@@ -4,6 +4,8 @@
 
 #include "TessalyMTPSdk/MtpCodes.h"
 
+#include <atomic>
+#include <cstring>
 #include <functional>
 #include <optional>
 
@@ -13,12 +15,13 @@ using Strings = std::vector<std::string>;
 
 /// Bytes that differ from place to place and from seed to seed.
 inline std::string pattern(std::size_t size, unsigned seed = 1) {
-  std::string bytes(size, '\0');
-  std::uint32_t state = seed * 2654435761u + 1;
-  for (char& byte : bytes) {
-    state = state * 1664525 + 1013904223;
-    byte = static_cast<char>(state >> 24);
+  std::string bytes(size + sizeof(std::uint64_t), '\0');
+  std::uint64_t state = seed * 2654435761u + 1;
+  for (std::size_t at = 0; at < size; at += sizeof(state)) {
+    state = state * 6364136223846793005u + 1442695040888963407u;
+    std::memcpy(bytes.data() + at, &state, sizeof(state));
   }
+  bytes.resize(size);
   return bytes;
 }
 
@@ -28,8 +31,11 @@ inline void write(const std::filesystem::path& path, const std::string& bytes) {
 }
 
 inline std::string read(const std::filesystem::path& path) {
-  std::ifstream file(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(file), {}};
+  std::error_code none;
+  const auto size = std::filesystem::file_size(path, none);
+  std::string bytes(none ? 0 : size, '\0');
+  std::ifstream(path, std::ios::binary).read(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+  return bytes;
 }
 
 inline Strings entriesOf(const std::filesystem::path& folder) {
@@ -52,10 +58,22 @@ struct Progress {
   }
 };
 
+/// Time that passes by being asked for: what is paced by it comes often, however fast the machine is.
+inline std::function<std::chrono::steady_clock::time_point()> hastyClock() {
+  auto asked = std::make_shared<std::atomic<int>>(0);
+  return [asked, start = std::chrono::steady_clock::now()] { return start + std::chrono::milliseconds(4 * ++*asked); };
+}
+
 class TransferFixture : public EngineWithPhone {
 protected:
   static constexpr std::uint32_t Cancel = 0x10000007;
 
+  /// Progress is told after every few pieces. For phones opened from now on.
+  static void useHastyClock() {
+    mtp::TimeLimits limits;
+    limits.now = hastyClock();
+    mtp::EngineState::instance().setTimeLimits(limits);
+  }
   uint32_t receive(_MTP_FILE_NODE* file, const std::filesystem::path& destination, Progress* progress = nullptr) {
     const std::u16string path = destination.u16string();
     return mtpDextGetFileEx(file, path.c_str(), static_cast<uint32_t>(path.size() + 1),
