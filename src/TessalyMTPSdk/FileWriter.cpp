@@ -97,7 +97,8 @@ Status FileWriter::writeAll() {
     }
     m_ring.emptied();
     // The disk begins now; otherwise a large file would be written out at the end, when everything waits for it.
-    sync_file_range(m_file, begin, at - begin, SYNC_FILE_RANGE_WRITE);
+    if (at - begin == static_cast<off_t>(BufferRing::BufferSize))
+      sync_file_range(m_file, begin, at - begin, SYNC_FILE_RANGE_WRITE);
   }
   if (m_durable && fdatasync(m_file) != 0 && errno != EINVAL && errno != ENOSYS)
     return statusOfError(errno, DGSTATUS_FILE_WRITE_FAILED);
