@@ -5,6 +5,7 @@
 #include "MTPCore/PathWalk.h"
 #include "Platform/MainThread.h"
 #include "Platform/UserDefaults.h"
+#include "SBrowser/OutlineState.h"
 #include "SBrowser/SBrowserOutlineModel.h"
 #include "SBrowser/SBrowserWindowController.h"
 #include "SBrowser/TreeLoader.h"
@@ -30,6 +31,23 @@ struct ItemMutations::Creation {
   std::optional<TreeLoader::Listing> listing;
   std::optional<MtpItemInfo> folder; // the one that was made
 };
+
+namespace {
+
+std::shared_ptr<SItem> makeFolder(const MtpItemInfo& folder, const std::shared_ptr<SItem>& parent) {
+  auto item = SItem::newObject();
+  item->setNodeID(folder.NodeID);
+  item->setFileName(folder.FileName.value_or(QString()));
+  item->setFilePath(folder.FilePath.value_or(QString()));
+  item->setDateModified(ui::kUnknownDate.toString());
+  item->setFileSize(0);
+  item->setObjectType(SObjectTypeFolder);
+  item->setRootPath(parent->rootPath());
+  item->setParentItem(parent);
+  return item;
+}
+
+} // namespace
 
 /// One command under way, in the hands of its worker.
 class ItemMutations::Run {
@@ -199,25 +217,25 @@ void ItemMutations::folderCreated(const ItemPointer& wanted, const Creation& cre
 
 void ItemMutations::insertFolder(const ItemPointer& parent, const MtpItemInfo& folder) {
   const auto children = parent->childObjects();
-  const auto has = [&](const auto& condition) {
-    const auto found = std::find_if(children->begin(), children->end(), condition);
-    return static_cast<int>(found - children->begin());
+  if (!children)
+    return;
+  const auto firstWhere = [&](const auto& condition) {
+    return static_cast<int>(std::find_if(children->begin(), children->end(), condition) - children->begin());
   };
-  if (children &&
-      has([&](const ItemPointer& child) { return child->nodeID() == folder.NodeID; }) == children->count()) {
-    const ItemPointer item = SItem::newObject();
-    item->setNodeID(folder.NodeID);
-    item->setFileName(folder.FileName.value_or(QString()));
-    item->setFilePath(folder.FilePath.value_or(QString()));
-    item->setDateModified(ui::kUnknownDate.toString());
-    item->setFileSize(0);
-    item->setObjectType(SObjectTypeFolder);
-    item->setRootPath(parent->rootPath());
-    item->setParentItem(parent);
+  const int listed = firstWhere([&](const ItemPointer& child) { return child->nodeID() == folder.NodeID; });
+  const bool isListed = listed < children->count(); // the phone's change brought it here first
+  const ItemPointer item = isListed ? children->at(listed) : makeFolder(folder, parent);
+  SOutlineView& outline = *m_window.layout().outlineView;
+  OutlineState state(outline, m_window.outlineModel());
+  if (!isListed)
     m_window.outlineModel().insertChild(
-        parent, has([](const ItemPointer& child) { return child->objectType() == SObjectTypeFile; }), item);
-  }
+        parent, firstWhere([](const ItemPointer& child) { return child->objectType() == SObjectTypeFile; }), item);
   m_window.expandItem(parent);
+  state.restore();
+  if (const QModelIndex index = m_window.outlineModel().indexOfItem(*item); index.isValid()) {
+    outline.selectionModel()->setCurrentIndex(index, QItemSelectionModel::NoUpdate); // the keyboard is there now
+    outline.scrollTo(index);
+  }
 }
 
 // ---- Rename ----
@@ -316,6 +334,10 @@ bool ItemMutations::isDeletionWanted(const Asker& ask, const Sleeper& sleep) {
 void ItemMutations::remove(const Run& run, const std::vector<ItemPointer>& items) {
   std::set<ItemPointer> deleted;
   std::vector<ItemPointer> parents;
+  qint64 firstRow = -1;
+  run.onMain([&](ItemMutations& self) {
+    firstRow = self.m_window.layout().outlineView->rowOfIndex(self.m_window.outlineModel().indexOfItem(*items.front()));
+  });
   for (const ItemPointer& item : items) {
     Target target;
     bool isGone = false; // with a folder that was deleted
@@ -343,7 +365,7 @@ void ItemMutations::remove(const Run& run, const std::vector<ItemPointer>& items
     deleted.insert(item);
     run.onMain([&](ItemMutations& self) { self.itemDeleted(item, parents); });
   }
-  run.onMain([&](ItemMutations& self) { self.showDeletions(parents); });
+  run.onMain([&](ItemMutations& self) { self.showDeletions(parents, firstRow); });
 }
 
 void ItemMutations::itemDeleted(const ItemPointer& item, std::vector<ItemPointer>& parents) {
@@ -360,8 +382,10 @@ void ItemMutations::itemDeleted(const ItemPointer& item, std::vector<ItemPointer
     parents.push_back(parent);
 }
 
-void ItemMutations::showDeletions(const std::vector<ItemPointer>& parents) {
+void ItemMutations::showDeletions(const std::vector<ItemPointer>& parents, qint64 firstRow) {
   for (const ItemPointer& parent : parents)
     m_window.expandItem(parent);
+  if (!parents.empty())
+    m_window.layout().outlineView->setCurrentRow(firstRow); // what follows the deleted rows
   m_window.changeEventRecieverObject(nullptr);
 }

@@ -64,7 +64,7 @@ private:
   void insertFolder(const ItemPointer& parent, const MtpItemInfo& folder);
   void itemRenamed(const ItemPointer& item, const QString& newName);
   void itemDeleted(const ItemPointer& item, std::vector<ItemPointer>& parents);
-  void showDeletions(const std::vector<ItemPointer>& parents);
+  void showDeletions(const std::vector<ItemPointer>& parents, qint64 firstRow);
 
   // On workers.
   static void create(DeviceSession& session, const QString& name, const Target& parent, Creation& creation);

@@ -29,11 +29,7 @@ void OutlineState::restore() {
   for (const auto& item : m_expanded)
     if (const QModelIndex index = m_model.indexOfItem(*item); index.isValid())
       m_outline.expand(index);
-  m_outline.doItemsLayout(); // else it still scrolls as far as before
+  m_outline.doItemsLayout();             // else it still scrolls as far as before
+  m_outline.setCurrentRow(m_currentRow); // scrolls there
   m_outline.verticalScrollBar()->setValue(m_scrolled);
-  for (qint64 row = m_currentRow; row >= 0; --row)
-    if (const QModelIndex index = m_outline.indexAtRow(row); index.isValid()) {
-      m_outline.selectionModel()->setCurrentIndex(index, QItemSelectionModel::NoUpdate);
-      break;
-    }
 }

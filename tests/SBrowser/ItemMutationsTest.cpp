@@ -10,6 +10,7 @@
 
 #include <QAction>
 #include <QCheckBox>
+#include <QDebug>
 #include <QFile>
 #include <QLineEdit>
 #include <QMainWindow>
@@ -188,6 +189,35 @@ TEST_F(ItemMutationsTest, MakingAFolderInAnExpandedOneKeepsWhatElseIsExpanded) {
   newFolderInCurrent(QStringLiteral("new"));
   EXPECT_TRUE(outline().isExpanded(row(QStringLiteral("DCIM"))));
   EXPECT_EQ(rows(row(QStringLiteral("DCIM"))).size(), 3);
+}
+
+TEST_F(ItemMutationsTest, ANewFolderIsScrolledToAndGetsTheKeyboardButIsNotSelected) {
+  addPhone();
+  for (int i = 0; i < 100; ++i)
+    sdk->addFolder(phone, QStringLiteral("folder %1").arg(i));
+  connect();
+  newFolderInCurrent(QStringLiteral("new"));
+  const QRect shown = outline().visualRect(row(QStringLiteral("new")));
+  EXPECT_TRUE(outline().viewport()->rect().contains(shown.center())) << qPrintable(QDebug::toString(shown));
+  EXPECT_EQ(outline().currentIndex(), row(QStringLiteral("new")));
+  EXPECT_EQ(outline().numberOfSelectedRows(), 0);
+}
+
+TEST_F(ItemMutationsTest, MakingAFolderKeepsWhatIsExpandedBesideIt) {
+  connectPhone();
+  expand(QStringLiteral("DCIM"));
+  const auto isCameraExpanded = [&] {
+    return outline().isExpanded(row(QStringLiteral("Camera"), row(QStringLiteral("DCIM"))));
+  };
+  sdk->addFile(camera, QStringLiteral("c.jpg"));
+  outline().expand(row(QStringLiteral("Camera"), row(QStringLiteral("DCIM"))));
+  ASSERT_TRUE(settle());
+  ASSERT_TRUE(isCameraExpanded());
+  outline().selectionModel()->clearSelection();
+  chooseInMenuOf(row(QStringLiteral("DCIM")), "MNU_AddNewFolder");
+  makeFolder(QStringLiteral("new"));
+  EXPECT_TRUE(isCameraExpanded());
+  EXPECT_TRUE(row(QStringLiteral("new"), row(QStringLiteral("DCIM"))).isValid());
 }
 
 TEST_F(ItemMutationsTest, AFolderWhoseNameExistsChangesNothingAndShowsNothing) {
@@ -510,6 +540,21 @@ TEST_F(ItemMutationsTest, ADeletionInALongFolderStaysWhereTheUserIs) {
   EXPECT_FALSE(row(QStringLiteral("file 72")).isValid());
   EXPECT_EQ(outline().verticalScrollBar()->value(), scrolled);
   EXPECT_EQ(outline().currentIndex(), row(QStringLiteral("file 73"))); // for the keyboard
+  EXPECT_EQ(outline().numberOfSelectedRows(), 0);
+}
+
+TEST_F(ItemMutationsTest, AfterADeletionTheKeyboardIsOnTheRowThatFollows) {
+  connectPhone();
+  expand(QStringLiteral("DCIM"));
+  const QModelIndex folder = row(QStringLiteral("DCIM"));
+  select({row(QStringLiteral("Camera"), folder), row(QStringLiteral("a.jpg"), folder)});
+  controller->performCommand(WindowCommand::Delete);
+  confirm();
+  EXPECT_EQ(outline().currentIndex(), row(QStringLiteral("b.jpg"), row(QStringLiteral("DCIM"))));
+  select({row(QStringLiteral("Empty")), row(QStringLiteral("readme.txt"))});
+  controller->performCommand(WindowCommand::Delete);
+  confirm();
+  EXPECT_EQ(outline().currentIndex(), row(QStringLiteral("b.jpg"), row(QStringLiteral("DCIM")))); // the last there is
   EXPECT_EQ(outline().numberOfSelectedRows(), 0);
 }
 

@@ -9,6 +9,7 @@
 #include "UI/ProgressView/SProgressView.h"
 
 #include <QAction>
+#include <QDebug>
 #include <QMainWindow>
 #include <QPushButton>
 
@@ -44,6 +45,18 @@ TEST_F(WindowPanelsTest, TheQuestionsWaitAboveTheUpperEdgeAndTheProgressIsHidden
   EXPECT_EQ(layout().progressView->y(), 0);
   EXPECT_NEAR(layout().progressView->geometry().center().x(), layout().contentView->rect().center().x(), 1);
   EXPECT_TRUE(layout().ghostView->isHidden());
+}
+
+TEST_F(WindowPanelsTest, NothingOfAPanelThatIsAwayCanBeSeen) {
+  connectPhone();
+  const QRect content = layout().contentView->rect();
+  for (const QObject* const child : layout().contentView->children()) {
+    const auto* const widget = qobject_cast<const QWidget*>(child);
+    if (widget == nullptr || widget == layout().paths || widget == layout().outlineView)
+      continue;
+    EXPECT_FALSE(widget->isVisible() && widget->geometry().intersects(content))
+        << qPrintable(QDebug::toString(widget)) << qPrintable(QDebug::toString(widget->geometry()));
+  }
 }
 
 TEST_F(WindowPanelsTest, ThePanelsCanBeUsedAboveTheCover) {

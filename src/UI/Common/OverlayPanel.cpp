@@ -42,8 +42,8 @@ public:
 
   void follow(const QWidget& panel) {
     setGeometry(panel.geometry().adjusted(-kShadow, -kShadow, kShadow, kShadow));
-    // A panel that waits above the edge casts none.
-    setVisible(!panel.isHidden() && panel.geometry().bottom() > 0);
+    // A panel that waits above the edge casts none; nor one not shown yet, which hiding does not tell anything either.
+    setVisible(panel.isVisible() && panel.geometry().bottom() > 0);
   }
 
 protected:

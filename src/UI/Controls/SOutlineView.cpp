@@ -130,6 +130,25 @@ void SOutlineView::setSelectedRowIndex(qint64 row) {
   selectionModel()->setCurrentIndex(index, QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
 }
 
+void SOutlineView::setCurrentRow(qint64 row) {
+  platform::assertMainThread();
+  if (row < 0 || model() == nullptr) {
+    return;
+  }
+  QModelIndex index = indexAtRow(row);
+  if (!index.isValid()) {
+    for (int last = model()->rowCount() - 1; last >= 0; last = model()->rowCount(index) - 1) {
+      index = model()->index(last, kFileName, index);
+      if (!isExpanded(index)) {
+        break;
+      }
+    }
+  }
+  if (index.isValid()) {
+    selectionModel()->setCurrentIndex(index, QItemSelectionModel::NoUpdate);
+  }
+}
+
 qint64 SOutlineView::rowOfIndex(const QModelIndex& index) const {
   platform::assertMainThread();
   const QRect rect = index.isValid() ? visualRect(index.siblingAtColumn(kFileName)) : QRect();

@@ -79,6 +79,9 @@ public:
   /// `setSelectedRowIndex:` Remembers the row and selects exactly it; -1 (or a row there is not) clears the selection.
   void setSelectedRowIndex(qint64 row);
 
+  /// Puts the keyboard on the row, or on the last one when there are not so many; selects nothing. -1: leaves it.
+  void setCurrentRow(qint64 row);
+
   /// The row of an index; -1 when it is not shown (a parent is collapsed).
   qint64 rowOfIndex(const QModelIndex& index) const;
   /// The index (of column kFileName) of a row; invalid when there is no such row.

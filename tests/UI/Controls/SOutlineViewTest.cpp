@@ -351,6 +351,20 @@ TEST_F(Outline, NumbersRowsTheSameWhileScrolled) {
   EXPECT_EQ(m_view.indexAtRow(100).row(), 100);
 }
 
+TEST_F(Outline, PutsTheKeyboardOnARowOrTheLastOneWithoutSelectingIt) {
+  m_view.expand(m_dcim->index());
+  m_view.setCurrentRow(1);
+  EXPECT_EQ(m_view.currentIndex(), m_nested->index());
+  m_view.setCurrentRow(-1);
+  EXPECT_EQ(m_view.currentIndex(), m_nested->index());
+  m_view.setCurrentRow(100);
+  EXPECT_EQ(m_view.currentIndex(), m_otherFile->index());
+  m_model.removeRows(1, 3); // the last row lies in an expanded folder then
+  m_view.setCurrentRow(100);
+  EXPECT_EQ(m_view.currentIndex(), m_dcim->child(1)->index());
+  EXPECT_EQ(m_view.numberOfSelectedRows(), 0);
+}
+
 TEST_F(Outline, TellsTheSelectedRowsFromTheFirstToTheLastHoweverTheyWereSelected) {
   m_view.expand(m_dcim->index());
   const auto select = [&](const QStandardItem* item) {
