@@ -58,6 +58,36 @@
         <extracomment>Progress panel, between the counter and the file's name: “3/12 Copying photo.jpg”.</extracomment>
         <translation>نسخ</translation>
     </message>
+    <message id="MSG_TransferResult">
+        <source>Result</source>
+        <extracomment>Last Transfer: heading of the column that tells what each entry came to.</extracomment>
+        <translation>النتيجة</translation>
+    </message>
+    <message id="MSG_TransferCopied">
+        <source>Copied</source>
+        <extracomment>Last Transfer: of an entry, and before a number (“Copied: 3”).</extracomment>
+        <translation>تم النسخ</translation>
+    </message>
+    <message id="MSG_TransferSkipped">
+        <source>Skipped</source>
+        <extracomment>Last Transfer: the user did not want it, or it is nothing that can be copied. Also before a number.</extracomment>
+        <translation>تم التخطي</translation>
+    </message>
+    <message id="MSG_TransferFailed">
+        <source>Failed</source>
+        <extracomment>Last Transfer: before the reason, and before a number.</extracomment>
+        <translation>فشل</translation>
+    </message>
+    <message id="MSG_TransferNotCopied">
+        <source>Not copied</source>
+        <extracomment>Last Transfer: the transfer ended before this entry was whole. Also before a number.</extracomment>
+        <translation>لم يُنسخ</translation>
+    </message>
+    <message id="MSG_TransferNone">
+        <source>Nothing has been copied yet.</source>
+        <extracomment>Last Transfer: instead of the list.</extracomment>
+        <translation>لم يُنسخ أي شيء بعد.</translation>
+    </message>
     <message id="MSG_WelcomToVBX2">
         <source>Connect your phone with a USB cable.
 Then unlock it and choose “File transfer” in its USB notification.
@@ -123,6 +153,11 @@ Unlock it. If that doesn’t help, unplug it and plug it in again.</source>
         <source>&amp;Upload…</source>
         <extracomment>File menu: copies files of the computer to the phone.</extracomment>
         <translation>ر&amp;فع إلى الهاتف…</translation>
+    </message>
+    <message id="menu_file_upload_folder">
+        <source>Upload F&amp;older…</source>
+        <extracomment>File menu: copies a folder of the computer to the phone.</extracomment>
+        <translation>رفع رفع م&amp;جلد…amp;مجلد…</translation>
     </message>
     <message id="menu_file_copy_to">
         <source>&amp;Copy to…</source>

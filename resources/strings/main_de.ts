@@ -58,6 +58,36 @@
         <extracomment>Progress panel, between the counter and the file's name: “3/12 Copying photo.jpg”.</extracomment>
         <translation>Kopieren:</translation>
     </message>
+    <message id="MSG_TransferResult">
+        <source>Result</source>
+        <extracomment>Last Transfer: heading of the column that tells what each entry came to.</extracomment>
+        <translation>Ergebnis</translation>
+    </message>
+    <message id="MSG_TransferCopied">
+        <source>Copied</source>
+        <extracomment>Last Transfer: of an entry, and before a number (“Copied: 3”).</extracomment>
+        <translation>Kopiert</translation>
+    </message>
+    <message id="MSG_TransferSkipped">
+        <source>Skipped</source>
+        <extracomment>Last Transfer: the user did not want it, or it is nothing that can be copied. Also before a number.</extracomment>
+        <translation>Übersprungen</translation>
+    </message>
+    <message id="MSG_TransferFailed">
+        <source>Failed</source>
+        <extracomment>Last Transfer: before the reason, and before a number.</extracomment>
+        <translation>Fehlgeschlagen</translation>
+    </message>
+    <message id="MSG_TransferNotCopied">
+        <source>Not copied</source>
+        <extracomment>Last Transfer: the transfer ended before this entry was whole. Also before a number.</extracomment>
+        <translation>Nicht kopiert</translation>
+    </message>
+    <message id="MSG_TransferNone">
+        <source>Nothing has been copied yet.</source>
+        <extracomment>Last Transfer: instead of the list.</extracomment>
+        <translation>Es wurde noch nichts kopiert.</translation>
+    </message>
     <message id="MSG_WelcomToVBX2">
         <source>Connect your phone with a USB cable.
 Then unlock it and choose “File transfer” in its USB notification.
@@ -123,6 +153,11 @@ Entsperren Sie es. Hilft das nicht, ziehen Sie es ab und stecken Sie es erneut e
         <source>&amp;Upload…</source>
         <extracomment>File menu: copies files of the computer to the phone.</extracomment>
         <translation>&amp;Hochladen …</translation>
+    </message>
+    <message id="menu_file_upload_folder">
+        <source>Upload F&amp;older…</source>
+        <extracomment>File menu: copies a folder of the computer to the phone.</extracomment>
+        <translation>&amp;Ordner hochladen …</translation>
     </message>
     <message id="menu_file_copy_to">
         <source>&amp;Copy to…</source>

@@ -58,6 +58,36 @@
         <extracomment>Progress panel, between the counter and the file's name: “3/12 Copying photo.jpg”.</extracomment>
         <translation>Copying</translation>
     </message>
+    <message id="MSG_TransferResult">
+        <source></source>
+        <extracomment>Last Transfer: heading of the column that tells what each entry came to.</extracomment>
+        <translation>Result</translation>
+    </message>
+    <message id="MSG_TransferCopied">
+        <source></source>
+        <extracomment>Last Transfer: of an entry, and before a number (“Copied: 3”).</extracomment>
+        <translation>Copied</translation>
+    </message>
+    <message id="MSG_TransferSkipped">
+        <source></source>
+        <extracomment>Last Transfer: the user did not want it, or it is nothing that can be copied. Also before a number.</extracomment>
+        <translation>Skipped</translation>
+    </message>
+    <message id="MSG_TransferFailed">
+        <source></source>
+        <extracomment>Last Transfer: before the reason, and before a number.</extracomment>
+        <translation>Failed</translation>
+    </message>
+    <message id="MSG_TransferNotCopied">
+        <source></source>
+        <extracomment>Last Transfer: the transfer ended before this entry was whole. Also before a number.</extracomment>
+        <translation>Not copied</translation>
+    </message>
+    <message id="MSG_TransferNone">
+        <source></source>
+        <extracomment>Last Transfer: instead of the list.</extracomment>
+        <translation>Nothing has been copied yet.</translation>
+    </message>
     <message id="MSG_WelcomToVBX2">
         <source></source>
         <extracomment>The window while no phone is attached. “File transfer” is what Android calls this choice in your language.</extracomment>
@@ -115,6 +145,11 @@ Unlock it. If that doesn’t help, unplug it and plug it in again.</translation>
         <source></source>
         <extracomment>File menu: copies files of the computer to the phone.</extracomment>
         <translation>&amp;Upload…</translation>
+    </message>
+    <message id="menu_file_upload_folder">
+        <source></source>
+        <extracomment>File menu: copies a folder of the computer to the phone.</extracomment>
+        <translation>Upload F&amp;older…</translation>
     </message>
     <message id="menu_file_copy_to">
         <source></source>

@@ -58,6 +58,36 @@
         <extracomment>Progress panel, between the counter and the file's name: “3/12 Copying photo.jpg”.</extracomment>
         <translation>正在复制</translation>
     </message>
+    <message id="MSG_TransferResult">
+        <source>Result</source>
+        <extracomment>Last Transfer: heading of the column that tells what each entry came to.</extracomment>
+        <translation>结果</translation>
+    </message>
+    <message id="MSG_TransferCopied">
+        <source>Copied</source>
+        <extracomment>Last Transfer: of an entry, and before a number (“Copied: 3”).</extracomment>
+        <translation>已复制</translation>
+    </message>
+    <message id="MSG_TransferSkipped">
+        <source>Skipped</source>
+        <extracomment>Last Transfer: the user did not want it, or it is nothing that can be copied. Also before a number.</extracomment>
+        <translation>已跳过</translation>
+    </message>
+    <message id="MSG_TransferFailed">
+        <source>Failed</source>
+        <extracomment>Last Transfer: before the reason, and before a number.</extracomment>
+        <translation>失败</translation>
+    </message>
+    <message id="MSG_TransferNotCopied">
+        <source>Not copied</source>
+        <extracomment>Last Transfer: the transfer ended before this entry was whole. Also before a number.</extracomment>
+        <translation>未复制</translation>
+    </message>
+    <message id="MSG_TransferNone">
+        <source>Nothing has been copied yet.</source>
+        <extracomment>Last Transfer: instead of the list.</extracomment>
+        <translation>尚未复制任何内容。</translation>
+    </message>
     <message id="MSG_WelcomToVBX2">
         <source>Connect your phone with a USB cable.
 Then unlock it and choose “File transfer” in its USB notification.
@@ -123,6 +153,11 @@ Unlock it. If that doesn’t help, unplug it and plug it in again.</source>
         <source>&amp;Upload…</source>
         <extracomment>File menu: copies files of the computer to the phone.</extracomment>
         <translation>上传到手机(&amp;U)…</translation>
+    </message>
+    <message id="menu_file_upload_folder">
+        <source>Upload F&amp;older…</source>
+        <extracomment>File menu: copies a folder of the computer to the phone.</extracomment>
+        <translation>上传文件夹(&amp;O)…</translation>
     </message>
     <message id="menu_file_copy_to">
         <source>&amp;Copy to…</source>

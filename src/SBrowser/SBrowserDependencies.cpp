@@ -4,6 +4,8 @@
 #include "MTPCore/MTPSDKUtil.h"
 #include "MTPCore/MTPSDKWrapper.h"
 #include "MTPCore/TessalyMtpSdk.h"
+#include "Platform/SuspendInhibitor.h"
+#include "stringDefine/VornLocalStringDefine.h"
 
 #include <thread>
 
@@ -15,5 +17,9 @@ SBrowserDependencies SBrowserDependencies::ofProgram() {
     return std::make_shared<MTPDextSDKWrapper>(std::make_shared<TessalyMtpSdk>());
   };
   dependencies.sleep = [](std::chrono::milliseconds pause) { std::this_thread::sleep_for(pause); };
+  dependencies.inhibitSuspend = [] {
+    return std::make_shared<platform::SuspendInhibitor>(
+        VornLocalStringDefine::QX_LocalizedStringWithKey(QStringLiteral("accessible_progress_bar")));
+  };
   return dependencies;
 }

@@ -18,6 +18,8 @@ struct SBrowserDependencies {
   std::function<bool(const char* name, std::function<void()> body)> startWorker = platform::startWorker;
   /// Pauses the calling thread.
   std::function<void(std::chrono::milliseconds)> sleep;
+  /// Keeps the computer from suspending as long as what it returns lives. Main thread; does not block. May be empty.
+  std::function<std::shared_ptr<void>()> inhibitSuspend;
 
   /// The program's own: the MTP engine, through its legacy face on old systems.
   static SBrowserDependencies ofProgram();

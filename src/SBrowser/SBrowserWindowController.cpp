@@ -5,9 +5,12 @@
 #include "Platform/Log.h"
 #include "Platform/MainThread.h"
 #include "SBrowser/ItemMutations.h"
+#include "SBrowser/LastTransferDialog.h"
 #include "SBrowser/NavigationButton.h"
 #include "SBrowser/OutlineState.h"
 #include "SBrowser/SBrowserOutlineModel.h"
+#include "SBrowser/TransferPresenter.h"
+#include "SBrowser/Uploads.h"
 #include "SBrowser/WindowLayout.h"
 #include "SBrowser/WindowMemory.h"
 #include "SBrowser/WindowMenus.h"
@@ -64,11 +67,15 @@ SBrowserWindowController::SBrowserWindowController(SBrowserDependencies dependen
     , m_conditions(*m_dependencies.timers)
     , m_loader(m_queue, *this)
     , m_events(m_queue, *m_dependencies.timers, [this] { updateMTPChangeProcess(); })
-    , m_mutations(std::make_unique<ItemMutations>(*this, m_queue, m_dependencies.startWorker, m_dependencies.sleep)) {
+    , m_mutations(std::make_unique<ItemMutations>(*this, m_queue, m_dependencies.startWorker, m_dependencies.sleep))
+    , m_transfers(makeTransfers()) {
   awakeFromNib();
   windowDidLoad();
   connectCommands();
   m_memory = std::make_unique<WindowMemory>(*window(), *m_layout->outlineView);
+  m_uploads = std::make_unique<Uploads>(*this, m_queue, m_dependencies);
+  setCommandHandler(WindowCommand::Upload, [this] { m_uploads->chooseFiles(); });
+  setCommandHandler(WindowCommand::UploadFolder, [this] { m_uploads->chooseFolder(); });
   restoreSorting();
   enableCommands();
 }
@@ -82,7 +89,9 @@ SBrowserWindowController::~SBrowserWindowController() {
   if (m_session)
     m_session->end();
   endQuestions();
-  m_memory.reset(); // looks at the window
+  m_uploads.reset();   // watches the rows
+  m_transfers.reset(); // shows itself in the window
+  m_memory.reset();    // looks at the window
   window()->removeEventFilter(this);
   for (SBrowserChildViewDelegate* const panel : panels())
     panel->setOwnerDelegate(nullptr);
@@ -155,6 +164,7 @@ void SBrowserWindowController::tryToConnect(const QString& locationID, int attem
 
 void SBrowserWindowController::connected(const ConnectedDevice& device) {
   m_conditions.end();
+  abandonTransfer();
   if (m_session)
     m_session->end();
   m_events.dropTimer();
@@ -443,6 +453,7 @@ bool SBrowserWindowController::eventFilter(QObject* watched, QEvent* event) {
   case QEvent::Close:
     if (watched == window()) {
       _isCanceled = true;
+      m_transfers->cancel();
       endQuestions();
     }
     break;
@@ -467,8 +478,8 @@ void SBrowserWindowController::connectCommands() {
   const WindowMenus& menus = *m_layout->menus;
   connect(&menus, &WindowMenus::triggered, this, &SBrowserWindowController::performCommand);
   connect(menus.contextMenu(), &QMenu::triggered, this, &SBrowserWindowController::actionBrowserMenuItem);
-  for (const WindowCommand command : {WindowCommand::NewFolder, WindowCommand::Upload, WindowCommand::CopyTo,
-                                      WindowCommand::Rename, WindowCommand::Delete})
+  for (const WindowCommand command : {WindowCommand::NewFolder, WindowCommand::Upload, WindowCommand::UploadFolder,
+                                      WindowCommand::CopyTo, WindowCommand::Rename, WindowCommand::Delete})
     m_layout->menus->setOffered(command, false);
   setCommandHandler(WindowCommand::NewFolder, [this] { createItemProc(); });
   setCommandHandler(WindowCommand::Rename, [this] { changeItemNameProc(); });
@@ -558,10 +569,14 @@ void SBrowserWindowController::performCommand(WindowCommand command) {
     runCommandHandler(command);
     break;
   case WindowCommand::Upload:
+  case WindowCommand::UploadFolder:
   case WindowCommand::CopyTo:
   case WindowCommand::Rename:
   case WindowCommand::Delete:
     runCommandHandler(command);
+    break;
+  case WindowCommand::CancelTransfer:
+    m_layout->progressView->btnCancel_Clicked(nullptr);
     break;
   case WindowCommand::Quit:
     closeAllWindows();
@@ -601,6 +616,9 @@ void SBrowserWindowController::performCommand(WindowCommand command) {
     break;
   case WindowCommand::Collapse:
     outline.collapse(outline.currentIndex().siblingAtColumn(kFileName));
+    break;
+  case WindowCommand::LastTransfer:
+    showLastTransfer();
     break;
   case WindowCommand::ShowKeys:
     m_layout->menus->showKeys();
@@ -671,6 +689,7 @@ WindowCommandSet SBrowserWindowController::possibleCommands() const {
   state.showsPhone = !m_layout->scrollViewBrowser->isHidden();
   state.isLoading = !m_layout->loadingViewController->view()->isHidden();
   state.isBlocked = isBlocked();
+  state.isTransferring = transferRun() && !transferRun()->isStopped();
   state.storagesEnabled = m_layout->btn_InternalStorage->isEnabled();
   state.backAndNextEnabled = m_layout->btn_Previous->isEnabled();
   state.storages = _staticSource.size();
@@ -707,6 +726,7 @@ void SBrowserWindowController::onProgressActionCanceled(SProgressView* view) {
   _isCanceled = true;
   _isDropOvering = false;
   setIsTransferProcess(false);
+  m_transfers->cancel();
   view->hide();
   MTPB_LOG("Exit");
 }
@@ -797,6 +817,50 @@ void SBrowserWindowController::__changeEventRecieverObjectOnMainThread(QObject* 
   }
 }
 
+// ---- Transfers ----
+
+std::shared_ptr<TransferPresenter> SBrowserWindowController::makeTransfers() {
+  TransferPresenter::Window own;
+  own.setDisableCaptureEvent = [this](bool disable) { setDisableCaptureEvent(disable); };
+  own.setIsTransferProcess = [this](bool running) {
+    if (running)
+      _isCanceled = false;
+    setIsTransferProcess(running);
+  };
+  own.inhibitSuspend = m_dependencies.inhibitSuspend;
+  return std::make_shared<TransferPresenter>(*m_layout, std::move(own));
+}
+
+bool SBrowserWindowController::acceptDrop(const QMimeData& info, const ItemPointer& item, int childIndex) {
+  return m_uploads->acceptDrop(info, item, childIndex);
+}
+
+void SBrowserWindowController::showLastTransfer() {
+  platform::assertMainThread();
+  auto* const dialog = new LastTransferDialog(m_transfers->lastTransfer(), window());
+  dialog->setAttribute(Qt::WA_DeleteOnClose);
+  dialog->open();
+}
+
+std::shared_ptr<TransferRun> SBrowserWindowController::transferRun() const {
+  return m_transfers ? m_transfers->run() : nullptr;
+}
+
+void SBrowserWindowController::setProgressInfo(const QString& text, std::uint64_t currPos, std::uint64_t totalPos) {
+  if (const auto run = transferRun())
+    m_transfers->setProgressInfo(*run, text, currPos, totalPos);
+}
+
+void SBrowserWindowController::abandonTransfer() {
+  if (m_uploads)
+    m_uploads->closeDialog();
+  if (!m_transfers->run())
+    return;
+  m_transfers->detach();
+  m_layout->progressView->hide();
+  setDisableCaptureEvent(false);
+}
+
 // ---- Device events, detach, closing ----
 
 void SBrowserWindowController::registerMtpNotice() {
@@ -832,6 +896,7 @@ void SBrowserWindowController::deviceDisconnected() {
   m_loader.forgetRequests();
   m_events.dropTimer();
   m_foldersToReenter.clear();
+  abandonTransfer();
   endQuestions();
   setDisableCaptureEvent(false);
   m_layout->showWelcome(welcomeText());
@@ -859,6 +924,7 @@ void SBrowserWindowController::closeAllWindows() {
 }
 
 void SBrowserWindowController::__closeAllWindowsOnMainThread() {
+  m_transfers->cancel();
   window()->close();
 }
 

@@ -28,8 +28,12 @@
 class ItemMutations;
 class QAction;
 class QMainWindow;
+class QMimeData;
 class QWidget;
 class SBrowserOutlineModel;
+class TransferPresenter;
+class TransferRun;
+class Uploads;
 class WindowLayout;
 class WindowMemory;
 
@@ -133,6 +137,23 @@ public:
   /// `onProgressActionCanceled:` The user ends the transfer.
   void onProgressActionCanceled(SProgressView* view) override;
 
+  // ---- Transfers ----
+
+  /// The transfer that the window shows, with its counters; null when none. See TransferPresenter for beginning one.
+  std::shared_ptr<TransferRun> transferRun() const;
+  TransferPresenter& transfers() const { return *m_transfers; }
+  /// The connection; null until there is one.
+  const std::shared_ptr<DeviceSession>& session() const { return m_session; }
+  /// What takes drops and has files chosen.
+  Uploads& uploads() const { return *m_uploads; }
+  /// `outlineView:acceptDrop:item:childIndex:` Starts copying dropped files to the phone; see Uploads. Always true.
+  bool acceptDrop(const QMimeData& info, const ItemPointer& item, int childIndex);
+  /// Shows what the entries of the last transfer came to. Returns at once.
+  void showLastTransfer();
+  /// `setProgressInfo:CurrPos:TotalPos:` Shows how far the transfer has come: `currPos` bytes of the current file, on
+  /// top of those of the finished ones. The current file's size does not count. Without a transfer nothing happens.
+  void setProgressInfo(const QString& text, std::uint64_t currPos, std::uint64_t totalPos);
+
   // ---- Device events and disconnection ----
 
   /// `registerMtpNotice` Has the phone's events come to this window.
@@ -213,6 +234,8 @@ private:
   void endQuestions();
   void connectCommands();
   void runCommandHandler(WindowCommand command) const;
+  std::shared_ptr<TransferPresenter> makeTransfers();
+  void abandonTransfer();
   void sortBy(int column);
   void enableCommands();
   void showStoragesInMenu();
@@ -245,6 +268,8 @@ private:
   TreeLoader m_loader;
   DeviceEvents m_events;
   std::unique_ptr<ItemMutations> m_mutations;
+  std::shared_ptr<TransferPresenter> m_transfers;
+  std::unique_ptr<Uploads> m_uploads;
   std::shared_ptr<DeviceSession> m_session; // null until connected
 
   QString _locationID;

@@ -15,7 +15,9 @@ WindowCommandSet possibleCommands(const WindowState& state) {
   WindowCommandSet possible;
   possible.set(WindowCommand::NewFolder, rows);
   possible.set(WindowCommand::Upload, rows);
+  possible.set(WindowCommand::UploadFolder, rows);
   possible.set(WindowCommand::CopyTo, anySelected);
+  possible.set(WindowCommand::CancelTransfer, state.isTransferring);
   possible.set(WindowCommand::Quit);
   possible.set(WindowCommand::Rename, fitsSelection(SOutlineMenuEntry::EditName));
   possible.set(WindowCommand::Delete, fitsSelection(SOutlineMenuEntry::Delete));
@@ -31,6 +33,7 @@ WindowCommandSet possibleCommands(const WindowState& state) {
   possible.set(WindowCommand::SortBySize, rows);
   possible.set(WindowCommand::Expand, rows && state.isCurrentExpandable && !state.isCurrentExpanded);
   possible.set(WindowCommand::Collapse, rows && state.isCurrentExpandable && state.isCurrentExpanded);
+  possible.set(WindowCommand::LastTransfer, !state.isBlocked);
   possible.set(WindowCommand::ShowKeys, !state.isBlocked);
   possible.set(WindowCommand::About, !state.isBlocked);
   return possible;

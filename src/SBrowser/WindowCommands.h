@@ -8,7 +8,9 @@
 enum class WindowCommand : std::uint8_t {
   NewFolder,
   Upload,
+  UploadFolder,
   CopyTo,
+  CancelTransfer,
   Quit,
   Rename,
   Delete,
@@ -24,6 +26,7 @@ enum class WindowCommand : std::uint8_t {
   SortBySize,
   Expand,
   Collapse,
+  LastTransfer,
   ShowKeys,
   About,
 };
@@ -44,6 +47,7 @@ struct WindowState {
   bool showsPhone = false; ///< not the welcome
   bool isLoading = false;  ///< the loading view covers the rows
   bool isBlocked = false;  ///< a panel or a transfer has the window
+  bool isTransferring = false;
   // The buttons of the toolbar.
   bool storagesEnabled = false;
   bool backAndNextEnabled = false;

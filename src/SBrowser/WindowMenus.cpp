@@ -31,15 +31,6 @@ QString entryText(QString text) {
   return text.replace(u'&', QStringLiteral("&&"));
 }
 
-/// An entry's text where no key chooses it.
-QString withoutMnemonic(QString text) {
-  static const QRegularExpression appended(QStringLiteral("\\(&[^)]\\)"));
-  text.remove(appended);
-  text.replace(QStringLiteral("&&"), QStringLiteral("\n"));
-  text.remove(u'&');
-  return text.replace(u'\n', u'&').remove(QChar(0x2026));
-}
-
 QString storageText(const char* key, const QString& name) {
   constexpr qsizetype longest = 40; // of a hostile storage name
   const QString line = ui::singleLineText(name);
@@ -47,6 +38,14 @@ QString storageText(const char* key, const QString& name) {
 }
 
 } // namespace
+
+QString textWithoutMnemonic(QString text) {
+  static const QRegularExpression appended(QStringLiteral("\\(&[^)]\\)"));
+  text.remove(appended);
+  text.replace(QStringLiteral("&&"), QStringLiteral("\n"));
+  text.remove(u'&');
+  return text.replace(u'\n', u'&').remove(QChar(0x2026)).trimmed();
+}
 
 WindowMenus::WindowMenus(QMainWindow& window)
     : m_window(window)
@@ -91,7 +90,9 @@ void WindowMenus::buildFileMenu() {
   add(menu, WindowCommand::NewFolder, localized("menu_file_new_folder"), {Qt::CTRL | Qt::SHIFT | Qt::Key_N});
   menu->addSeparator();
   add(menu, WindowCommand::Upload, localized("menu_file_upload"), {Qt::CTRL | Qt::Key_U});
+  add(menu, WindowCommand::UploadFolder, localized("menu_file_upload_folder"), {Qt::CTRL | Qt::SHIFT | Qt::Key_U});
   add(menu, WindowCommand::CopyTo, localized("menu_file_copy_to"), {Qt::CTRL | Qt::SHIFT | Qt::Key_C});
+  add(menu, WindowCommand::CancelTransfer, localized("menu_file_cancel_transfer"), {Qt::CTRL | Qt::Key_Period});
   menu->addSeparator();
   add(menu, WindowCommand::Quit, localized("menu_file_quit"), {Qt::CTRL | Qt::Key_Q});
 }
@@ -130,6 +131,8 @@ void WindowMenus::buildViewMenu() {
   menu->addSeparator();
   add(menu, WindowCommand::Expand, localized("menu_view_expand"), {Qt::CTRL | arrow(true)});
   add(menu, WindowCommand::Collapse, localized("menu_view_collapse"), {Qt::CTRL | arrow(false)});
+  menu->addSeparator();
+  add(menu, WindowCommand::LastTransfer, localized("menu_view_last_transfer"), {Qt::CTRL | Qt::Key_J});
 }
 
 void WindowMenus::buildHelpMenu() {
@@ -179,7 +182,7 @@ void WindowMenus::showAbout() {
   auto* const box = new QMessageBox(&m_window);
   box->setAttribute(Qt::WA_DeleteOnClose);
   box->setLayoutDirection(m_window.layoutDirection());
-  box->setWindowTitle(withoutMnemonic(localized("menu_help_about")));
+  box->setWindowTitle(textWithoutMnemonic(localized("menu_help_about")));
   box->setIconPixmap(m_window.windowIcon().pixmap(QSize(64, 64), m_window.devicePixelRatio()));
   box->setTextFormat(Qt::PlainText);
   box->setText(QStringLiteral("MTP Browser\n") +
@@ -194,7 +197,7 @@ void WindowMenus::showKeys() {
   auto* const dialog = new QDialog(&m_window);
   dialog->setAttribute(Qt::WA_DeleteOnClose);
   dialog->setLayoutDirection(m_window.layoutDirection());
-  dialog->setWindowTitle(withoutMnemonic(localized("menu_help_keys")));
+  dialog->setWindowTitle(textWithoutMnemonic(localized("menu_help_keys")));
   auto* const table = new QTableWidget(0, 2, dialog);
   table->setAccessibleName(dialog->windowTitle());
   table->horizontalHeader()->hide();
@@ -213,7 +216,7 @@ void WindowMenus::showKeys() {
       keys.append(key.toString(QKeySequence::NativeText));
     const int row = table->rowCount();
     table->insertRow(row);
-    table->setItem(row, 0, new QTableWidgetItem(withoutMnemonic(action->text())));
+    table->setItem(row, 0, new QTableWidgetItem(textWithoutMnemonic(action->text())));
     table->setItem(row, 1, new QTableWidgetItem(keys.join(QStringLiteral(", "))));
   }
   auto* const buttons = new QDialogButtonBox(QDialogButtonBox::Close, dialog);

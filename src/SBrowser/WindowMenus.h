@@ -15,6 +15,9 @@ class QKeySequence;
 class QMainWindow;
 class QMenu;
 
+/// An entry's text as it is shown elsewhere: without the mark of its key, and without the ellipsis.
+QString textWithoutMnemonic(QString text);
+
 /// File, Edit, Go, View and Help, with localized texts, and every command's action with its keys. Which commands can be
 /// carried out, and carrying them out, is the window's affair. Main thread.
 class WindowMenus : public QObject {

@@ -1,0 +1,93 @@
+#include "SBrowser/TransferPresenter.h"
+
+#include "Platform/MainThread.h"
+#include "SBrowser/WindowLayout.h"
+#include "UI/ProgressView/SProgressView.h"
+#include "UI/ProgressView/SProgressViewIndicator.h"
+
+#include <QLocale>
+#include <QMainWindow>
+
+TransferPresenter::TransferPresenter(WindowLayout& layout, Window window)
+    : m_layout(layout)
+    , m_window(std::move(window))
+    , m_question(std::make_shared<ClashQuestion>(*layout.window())) {}
+
+TransferPresenter::~TransferPresenter() {
+  platform::assertMainThread();
+  if (m_run)
+    m_run->cancel();
+  m_question->close();
+}
+
+std::shared_ptr<TransferRun> TransferPresenter::begin(const std::shared_ptr<DeviceSession>& session) {
+  platform::assertMainThread();
+  if (m_run || !session || session->ended)
+    return nullptr;
+  m_run = std::make_shared<TransferRun>(weak_from_this(), session, m_question);
+  m_inhibition = m_window.inhibitSuspend ? m_window.inhibitSuspend() : nullptr;
+  m_window.setIsTransferProcess(true);
+  m_window.setDisableCaptureEvent(true);
+  m_layout.progressView->animationHidden(false, {});
+  m_layout.progressView->show();
+  m_title = m_layout.window()->windowTitle();
+  return m_run;
+}
+
+void TransferPresenter::cancel() {
+  platform::assertMainThread();
+  if (!m_run)
+    return;
+  m_run->cancel();
+  m_window.setIsTransferProcess(false);
+  m_layout.progressView->hide();
+}
+
+void TransferPresenter::detach() {
+  platform::assertMainThread();
+  if (!m_run)
+    return;
+  m_run->detach();
+  m_window.setIsTransferProcess(false);
+  forgetRun();
+}
+
+void TransferPresenter::setProgressInfo(const TransferRun& run, const QString& text, std::uint64_t currPos,
+                                        std::uint64_t) {
+  platform::assertMainThread();
+  if (&run != m_run.get() || run.isStopped())
+    return;
+  SProgressView& panel = *m_layout.progressView;
+  panel.setFileStatus(text);
+  panel.setProgressInfo(currPos + run.currentTransferSize(), run.totalTransferSize());
+  showPercentage(panel.progressIndicator()->percentage());
+}
+
+void TransferPresenter::showPercentage(int percentage) {
+  const QLocale locale;
+  m_layout.window()->setWindowTitle(locale.toString(percentage) + locale.percent() + QStringLiteral(" – ") + m_title);
+}
+
+void TransferPresenter::transferCompleted(TransferRun& run) {
+  platform::assertMainThread();
+  if (&run == m_run.get())
+    m_window.setIsTransferProcess(false);
+}
+
+void TransferPresenter::transferEnded(TransferRun& run) {
+  platform::assertMainThread();
+  m_lastTransfer = run.takeOutcomes();
+  if (m_lastTransferHandler)
+    m_lastTransferHandler();
+  if (&run != m_run.get())
+    return;
+  forgetRun();
+  m_layout.progressView->hide();
+  m_window.setDisableCaptureEvent(false);
+}
+
+void TransferPresenter::forgetRun() {
+  m_run.reset();
+  m_inhibition.reset();
+  m_layout.window()->setWindowTitle(m_title);
+}

@@ -1,0 +1,168 @@
+#include "SBrowser/UploadDrop.h"
+
+#include "Platform/MainThread.h"
+#include "UI/Common/Images.h"
+#include "UI/Controls/SOutlineView.h"
+
+#include <QDir>
+#include <QDropEvent>
+#include <QFile>
+#include <QMimeData>
+#include <QPainter>
+#include <QScrollBar>
+#include <QSysInfo>
+#include <QUrl>
+
+namespace {
+
+/// Drawn over the rows; lets everything through.
+class DropFrame : public QWidget {
+public:
+  explicit DropFrame(QWidget* parent)
+      : QWidget(parent) {
+    setAttribute(Qt::WA_TransparentForMouseEvents);
+    hide();
+  }
+
+protected:
+  void paintEvent(QPaintEvent*) override {
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(QPen(ui::namedColor(QStringLiteral("Accent"), palette()), 2));
+    painter.drawRoundedRect(QRectF(rect()).adjusted(1, 1, -1, -1), 4, 4);
+  }
+};
+
+bool isOfThisComputer(const QUrl& url) {
+  const QString host = url.host();
+  return url.scheme() == u"file" && (host.isEmpty() || host == u"localhost" ||
+                                     host.compare(QSysInfo::machineHostName(), Qt::CaseInsensitive) == 0);
+}
+
+} // namespace
+
+QStringList localPaths(const QMimeData& info) {
+  QStringList paths;
+  for (const QUrl& url : info.urls()) {
+    if (!isOfThisComputer(url))
+      continue;
+    // By the bytes: a name need not be text.
+    const QByteArray bytes = QByteArray::fromPercentEncoding(url.path(QUrl::FullyEncoded).toUtf8());
+    const QString path = QDir::cleanPath(QFile::decodeName(bytes));
+    if (path.startsWith(u'/'))
+      paths.append(path);
+  }
+  return paths;
+}
+
+UploadDrop::UploadDrop(SOutlineView& outline, platform::Timers& timers, Owner owner)
+    : m_outline(outline)
+    , m_timers(timers)
+    , m_owner(std::move(owner))
+    , m_frame(std::make_unique<DropFrame>(outline.viewport())) {
+  platform::assertMainThread();
+  m_outline.setAcceptDrops(true);
+  m_outline.viewport()->setAcceptDrops(true);
+  m_outline.viewport()->installEventFilter(this);
+}
+
+UploadDrop::~UploadDrop() {
+  platform::assertMainThread();
+  m_outline.viewport()->removeEventFilter(this);
+}
+
+bool UploadDrop::eventFilter(QObject* watched, QEvent* event) {
+  switch (event->type()) {
+  case QEvent::DragEnter:
+  case QEvent::DragMove:
+    if (!dragMoved(static_cast<QDropEvent&>(*event)))
+      event->ignore();
+    return true;
+  case QEvent::DragLeave:
+    ended();
+    return true;
+  case QEvent::Drop:
+    dropped(static_cast<QDropEvent&>(*event));
+    return true;
+  default:
+    return QObject::eventFilter(watched, event);
+  }
+}
+
+bool UploadDrop::dragMoved(QDropEvent& event) {
+  const QPoint point = event.position().toPoint();
+  const QModelIndex row = rowAt(point);
+  const bool isFromTree = event.source() == &m_outline || event.source() == m_outline.viewport();
+  const bool accepted = m_owner.isReady() && event.mimeData() != nullptr && event.mimeData()->hasUrls() &&
+                        !localPaths(*event.mimeData()).isEmpty() && m_owner.validateDrop(row, isFromTree);
+  event.setDropAction(Qt::CopyAction);
+  // Who offers no copy would delete what it believes to have been moved.
+  if (!accepted || event.dropAction() != Qt::CopyAction) {
+    ended();
+    return false;
+  }
+  event.accept();
+  showFrame(m_owner.targetRow(row));
+  rest(row);
+  scrollAt(point);
+  return true;
+}
+
+void UploadDrop::dropped(QDropEvent& event) {
+  const bool accepted = dragMoved(event);
+  const QModelIndex row = rowAt(event.position().toPoint());
+  ended();
+  if (accepted)
+    m_owner.acceptDrop(*event.mimeData(), row);
+  else
+    event.ignore();
+}
+
+void UploadDrop::ended() {
+  m_frame->hide();
+  m_openTimer.reset();
+  m_restsOn = QPersistentModelIndex();
+  m_scrollTimer.reset();
+  m_scrollStep = 0;
+  m_owner.dragEnded();
+}
+
+QModelIndex UploadDrop::rowAt(const QPoint& point) const {
+  return m_outline.indexAtRow(m_outline.rowAtPoint(point));
+}
+
+void UploadDrop::rest(const QModelIndex& row) {
+  if (row == m_restsOn && m_openTimer)
+    return;
+  m_restsOn = row;
+  m_openTimer.reset();
+  if (row.isValid())
+    m_openTimer = m_timers.oneShot(kOpenDelay, [this] {
+      if (m_restsOn.isValid())
+        m_outline.expand(m_restsOn);
+    });
+}
+
+void UploadDrop::showFrame(const QModelIndex& row) {
+  QRect frame = m_outline.viewport()->rect();
+  if (row.isValid()) {
+    const QRect cell = m_outline.visualRect(row);
+    frame = QRect(0, cell.top(), m_outline.viewport()->width(), SOutlineView::kRowHeight);
+  }
+  m_frame->setGeometry(frame);
+  m_frame->raise();
+  m_frame->show();
+}
+
+void UploadDrop::scrollAt(const QPoint& point) {
+  const int edge = SOutlineView::kRowHeight;
+  const int height = m_outline.viewport()->height();
+  m_scrollStep = point.y() < edge ? -1 : point.y() >= height - edge ? 1 : 0;
+  if (m_scrollStep == 0)
+    m_scrollTimer.reset();
+  else if (!m_scrollTimer)
+    m_scrollTimer = m_timers.repeating(kScrollInterval, [this] {
+      QScrollBar& bar = *m_outline.verticalScrollBar();
+      bar.setValue(bar.value() + m_scrollStep * SOutlineView::kRowHeight);
+    });
+}

@@ -1,0 +1,300 @@
+#include "SBrowser/UploadRun.h"
+
+#include "MTPCore/MTPSDKUtil.h"
+#include "MTPCore/MtpItemInfo.h"
+#include "SBrowser/SItemArray.h"
+#include "UI/Common/NSStringPredicate.h"
+
+#include <QFileInfo>
+
+#include <algorithm>
+#include <utility>
+
+namespace {
+
+QString composed(const QString& name) {
+  return name.normalized(QString::NormalizationForm_C);
+}
+
+/// Equal for names that a phone's storage takes for one: they differ in case or in how accents are spelled.
+QString comparableName(const QString& name) {
+  return composed(composed(name).toCaseFolded());
+}
+
+QString joined(const QString& folder, const QString& name) {
+  return folder + u'/' + name;
+}
+
+/// How the list of the last transfer calls an entry.
+QString outcomeName(const STransferItem& entry) {
+  return entry.subFolderPath().isNull() ? entry.fileName() : joined(entry.subFolderPath(), entry.fileName());
+}
+
+} // namespace
+
+UploadRun::UploadRun(std::shared_ptr<TransferRun> run, std::shared_ptr<DeviceQueue> queue, UploadTree& tree, Drop drop)
+    : m_run(std::move(run))
+    , m_queue(std::move(queue))
+    , m_tree(tree)
+    , m_drop(std::move(drop)) {}
+
+void UploadRun::dropItemsToDevice() {
+  m_run->onMainThread([this] { lookAtTarget(); });
+  if (!m_isTargetListed && !m_run->isStopped())
+    listTarget();
+  plan();
+  if (!m_run->isStopped() && !m_run->plan().empty())
+    m_queue->performHere(m_run->session(), [this](DeviceSession& session) { transfer(session); });
+  m_run->end();
+  if (m_drop.proposed && !m_run->isDetached())
+    m_run->onMainThread([this] { m_tree.expandDropped(m_drop.proposed); });
+}
+
+// ---- The target ----
+
+void UploadRun::lookAtTarget() {
+  const SItem& target = *m_drop.target;
+  m_drapAndDropPath = target.filePath();
+  m_rootPath = target.rootPath();
+  m_nodeID = target.nodeID();
+  const auto children = target.childObjects();
+  m_isTargetListed = target.isListed() && children;
+  if (!m_isTargetListed)
+    return;
+  m_children.reserve(children->count());
+  for (const ItemPointer& child : *children)
+    m_children.insert(comparableName(child->fileName()), {child, child->fileName(), {}, {}});
+}
+
+/// A folder that nobody has opened yet has its names, too: without them a taken one would go unasked.
+void UploadRun::listTarget() {
+  m_queue->performHere(m_run->session(), [this](DeviceSession& session) {
+    session.selectStorage(m_rootPath);
+    MTPDextSDKWrapper& mtp = *session.mtp;
+    if (targetNode(mtp) == nullptr)
+      return;
+    const auto entries = mtp.getFilesAtFolder(targetFolder(mtp), session.currentStorageNode, m_drapAndDropPath);
+    for (const MtpItemInfo& entry : entries.value_or(QList<MtpItemInfo>()))
+      if (const QString name = entry.FileName.value_or(QString()); name != u"..")
+        m_children.insert(comparableName(name), {nullptr, name, entry.NodeID, entry.FilePath.value_or(QString())});
+  });
+}
+
+bool UploadRun::isTaken(const QString& name) const {
+  // Another item of the same drop may be on its way to the same name.
+  const QString comparable = comparableName(name);
+  return m_children.contains(comparable) || m_plannedNames.contains(comparable);
+}
+
+// ---- Planning ----
+
+void UploadRun::plan() {
+  for (const QString& path : m_drop.paths) {
+    if (m_run->isStopped())
+      return;
+    planPath(path);
+  }
+}
+
+void UploadRun::planPath(const QString& path) {
+  const QString name = lastPathComponent(path);
+  if (UploadPlanner::isIgnored(name))
+    return;
+  if (isTaken(name) && m_run->askAboutClash(name, std::size_t(m_drop.paths.size())) == ClashAnswerSkip) {
+    m_run->record(name, TransferOutcome::Skipped);
+    return;
+  }
+  bool isDirectory = false;
+  if (!UploadPlanner::macFileExistsAtPath(path, isDirectory) || path == u"/") {
+    m_run->record(name, TransferOutcome::Skipped);
+    return;
+  }
+  if (isDirectory) {
+    m_plannedNames.insert(comparableName(name));
+    planFolder(path, name);
+  } else if (UploadPlanner::kindAt(path) == UploadPlanner::Kind::File) {
+    m_plannedNames.insert(comparableName(name));
+    const std::uint64_t size = UploadPlanner::getMacFileSize(path);
+    m_run->plan().push_back(UploadPlanner::fileEntry(path, QString(), size));
+    m_run->addToTotalTransferSize(size);
+  } else {
+    m_run->record(name, TransferOutcome::Skipped);
+  }
+}
+
+void UploadRun::planFolder(const QString& path, const QString& name) {
+  m_run->plan().push_back(UploadPlanner::folderEntry(path, QString()));
+  UploadPlanner planner([this] { return m_run->isStopped(); },
+                        [this](const QString& leftOut, std::uint32_t status) {
+                          m_run->record(leftOut, status == 0 ? TransferOutcome::Skipped : TransferOutcome::Failed,
+                                        status);
+                        });
+  const QString parent = path.first(path.lastIndexOf(u'/'));
+  std::uint64_t size = 0;
+  const auto below = planner.getListFileInMacFolder(parent.isEmpty() ? QStringLiteral("/") : parent, name, size);
+  if (!below || below->empty())
+    return;
+  m_run->plan().insert(m_run->plan().end(), below->begin(), below->end());
+  m_run->addToTotalTransferSize(size);
+}
+
+// ---- Sending ----
+
+void UploadRun::transfer(DeviceSession& session) {
+  session.selectStorage(m_rootPath);
+  const auto& plan = m_run->plan();
+  std::size_t next = 0;
+  for (bool goesOn = true; goesOn && next < plan.size() && !m_run->isStopped(); ++next)
+    goesOn = transferEntry(session, *plan[next]);
+  for (; next < plan.size(); ++next)
+    m_run->record(outcomeName(*plan[next]), TransferOutcome::Canceled);
+  if (m_run->isDetached())
+    return;
+  showAdded();
+  if (m_run->isCanceled())
+    return;
+  m_run->complete();
+  m_run->onMainThread([this] { m_tree.uploadCompleted(); });
+}
+
+bool UploadRun::transferEntry(DeviceSession& session, const STransferItem& entry) {
+  m_run->beginEntry(entry);
+  std::uint32_t status = replace(session, entry);
+  if (status == DGSTATUS_SUCCESS && !m_run->isDetached())
+    status = entry.objectType() == SObjectTypeFolder ? sendFolder(session, entry) : sendFile(session, entry);
+  const bool isCopied = status == DGSTATUS_SUCCESS && !m_run->isDetached();
+  if (!isCopied && m_run->isStopped()) {
+    m_run->record(outcomeName(entry), TransferOutcome::Canceled);
+    return false;
+  }
+  m_run->record(outcomeName(entry), isCopied ? TransferOutcome::Copied : TransferOutcome::Failed, status);
+  m_run->finishEntry(entry);
+  return status != DGSTATUS_STORAGE_FULL;
+}
+
+/// The old object goes right before the new one is sent, and not at all when that one cannot come.
+std::uint32_t UploadRun::replace(DeviceSession& session, const STransferItem& entry) {
+  if (!entry.subFolderPath().isNull())
+    return DGSTATUS_SUCCESS; // what is below a folder has nothing to replace: the folder went whole
+  const QString comparable = comparableName(entry.fileName());
+  QList<Child> namesakes = m_children.values(comparable);
+  if (namesakes.isEmpty())
+    return DGSTATUS_SUCCESS;
+  const auto isOther = [&](const Child& child) { return composed(child.name) != composed(entry.fileName()); };
+  if (std::any_of(namesakes.begin(), namesakes.end(), isOther) && namesakes.size() > 1)
+    return DGSTATUS_NODE_FILE_DUPNAME_EXISTED; // with one of them gone the others would still be in the way
+  if (entry.objectType() == SObjectTypeFile && !QFileInfo(entry.srcPath()).isReadable())
+    return DGSTATUS_FILE_OPEN_FAILED;
+  MTPDextSDKWrapper& mtp = *session.mtp;
+  for (Child& child : namesakes) {
+    if (child.item && !m_run->onMainThread([&] {
+          child.nodeID = child.item->nodeID();
+          child.path = child.item->filePath();
+        }))
+      return DGSTATUS_IO_CANCEL;
+    std::uint32_t status = DGSTATUS_SUCCESS;
+    const bool deleted =
+        mtp.deleteItemAtPath(mtp.getCurrentDeviceNode(), mtp.getStorageHeadNode(), child.nodeID, child.path, status);
+    if (m_run->isDetached())
+      return DGSTATUS_IO_CANCEL;
+    if (deleted)
+      forget(child);
+  }
+  return DGSTATUS_SUCCESS; // what could not be deleted is in the way, and sending will say so
+}
+
+void UploadRun::forget(const Child& child) {
+  const QString comparable = comparableName(child.name);
+  for (auto it = m_children.find(comparable); it != m_children.end() && it.key() == comparable; ++it)
+    if (it->nodeID == child.nodeID || (child.item && it->item == child.item)) {
+      m_children.erase(it);
+      break;
+    }
+  if (!child.item || std::erase(m_added, child.item) > 0)
+    return; // not in the tree, or not yet
+  m_run->onMainThread([&] { m_tree.removeReplaced(child.item); });
+}
+
+std::uint32_t UploadRun::sendFolder(DeviceSession& session, const STransferItem& entry) {
+  MTPDextSDKWrapper& mtp = *session.mtp;
+  _MTP_COMMON_NODE* parent = targetNode(mtp);
+  if (!entry.subFolderPath().isNull())
+    parent = reinterpret_cast<_MTP_COMMON_NODE*>(
+        mtp.getFolderNode(entry.subFolderPath(), mtp.getCurrentStorageNode(), targetFolder(mtp)));
+  if (parent == nullptr)
+    return DGSTATUS_NODE_IS_NOT_EXISTED;
+  std::uint32_t status = DGSTATUS_SUCCESS;
+  _MTP_FOLDER_NODE* const folder = mtp.createFolder(parent, entry.fileName(), status);
+  if (status != DGSTATUS_SUCCESS || !entry.subFolderPath().isNull())
+    return status;
+  const ItemPointer item = newItem(entry);
+  item->setObjectType(SObjectTypeFolder);
+  item->setDateModified(ui::kUnknownDate.toString());
+  if (const auto info = mtp.getFolderNodeInfo(folder, entry.subFolderPath()))
+    item->setNodeID(info->NodeID);
+  added(item);
+  return status;
+}
+
+std::uint32_t UploadRun::sendFile(DeviceSession& session, const STransferItem& entry) {
+  MTPDextSDKWrapper& mtp = *session.mtp;
+  const QString subFolder = entry.subFolderPath();
+  std::uint32_t status = DGSTATUS_SUCCESS;
+  QString nodeID;
+  mtp.downloadFileToMTP(subFolder.isNull() ? targetNode(mtp) : nullptr, entry.srcPath(),
+                        subFolder.isNull() ? m_drapAndDropPath : joined(m_drapAndDropPath, subFolder),
+                        ProgressContentsCallback, m_run.get(), &nodeID, status);
+  if (status != DGSTATUS_SUCCESS || !subFolder.isNull())
+    return status;
+  const ItemPointer item = newItem(entry);
+  item->setObjectType(SObjectTypeFile);
+  _MTP_FILE_NODE* node = mtp.getFileNodeFromNodeID(nodeID);
+  if (node == nullptr)
+    node = mtp.getFileNode(targetNode(mtp), entry.fileName());
+  if (const auto info = mtp.getFileNodeInfo(node, m_drapAndDropPath)) {
+    item->setMtpDate(info->DateModify.value_or(QString()));
+    item->setNodeID(info->NodeID);
+    item->setFileSize(info->FileLength);
+  }
+  added(item);
+  return status;
+}
+
+UploadRun::ItemPointer UploadRun::newItem(const STransferItem& entry) const {
+  ItemPointer item = SItem::newObject();
+  item->setFileName(composed(entry.fileName())); // as the phone got it
+  item->setRootPath(m_rootPath);
+  item->setFilePath(joined(m_drapAndDropPath, item->fileName()));
+  item->setParentItem(m_drop.target);
+  return item;
+}
+
+void UploadRun::added(const ItemPointer& item) {
+  m_children.insert(comparableName(item->fileName()), {item, item->fileName(), {}, {}});
+  m_added.push_back(item);
+}
+
+_MTP_COMMON_NODE* UploadRun::targetNode(MTPDextSDKWrapper& mtp) {
+  if (mtp.nodeKind(m_targetNode) != 0)
+    return m_targetNode;
+  m_targetNode = mtp.getCommonNodeFromNodeID(m_nodeID);
+  if (m_targetNode == nullptr) {
+    // Listed anew since the drop: the path still names it.
+    _MTP_STORAGE_NODE* head = mtp.knownStorageHead();
+    std::uint32_t status = DGSTATUS_SUCCESS;
+    m_targetNode = mtp.checkCreateFolder(mtp.getCurrentDeviceNode(), &head, m_drapAndDropPath, status);
+    if (status != DGSTATUS_SUCCESS)
+      m_targetNode = nullptr;
+  }
+  return m_targetNode;
+}
+
+_MTP_FOLDER_NODE* UploadRun::targetFolder(MTPDextSDKWrapper& mtp) {
+  _MTP_COMMON_NODE* const node = targetNode(mtp);
+  return mtp.nodeKind(node) == MTPDEXT_NODE_FOLDER ? reinterpret_cast<_MTP_FOLDER_NODE*>(node) : nullptr;
+}
+
+void UploadRun::showAdded() {
+  if (!m_added.empty())
+    m_run->onMainThread([this] { m_tree.addUploaded(m_drop.target, m_added); });
+}
