@@ -157,7 +157,7 @@ Unlock it. If that doesn’t help, unplug it and plug it in again.</source>
     <message id="menu_file_upload_folder">
         <source>Upload F&amp;older…</source>
         <extracomment>File menu: copies a folder of the computer to the phone.</extracomment>
-        <translation>رفع رفع م&amp;جلد…amp;مجلد…</translation>
+        <translation>رفع &amp;مجلد…</translation>
     </message>
     <message id="menu_file_copy_to">
         <source>&amp;Copy to…</source>
