@@ -53,6 +53,26 @@
         <extracomment>Progress panel, before the first file.</extracomment>
         <translation>Getting ready…</translation>
     </message>
+    <message id="MSG_DropToDelete">
+        <source></source>
+        <extracomment>Where rows can be dropped to delete them from the phone; shown while they are dragged.</extracomment>
+        <translation>Drop here to delete</translation>
+    </message>
+    <message id="MSG_NowhereToDrop">
+        <source></source>
+        <extracomment>Shown after rows were dropped on something that tells no folder to copy to.</extracomment>
+        <translation>The items cannot be copied there.</translation>
+    </message>
+    <message id="MSG_NowhereToDropDescription">
+        <source></source>
+        <extracomment>Below MSG_NowhereToDrop.</extracomment>
+        <translation>Drop them on a folder of a file manager, or choose a folder to copy them to.</translation>
+    </message>
+    <message id="MSG_ChooseCopyFolder">
+        <source></source>
+        <extracomment>Title of the dialog that asks for the folder of the computer to copy to.</extracomment>
+        <translation>Choose a Folder to Copy To</translation>
+    </message>
     <message id="MSG_BnRTransfering">
         <source></source>
         <extracomment>Progress panel, between the counter and the file's name: “3/12 Copying photo.jpg”.</extracomment>

@@ -53,6 +53,26 @@
         <extracomment>Progress panel, before the first file.</extracomment>
         <translation>Preparando…</translation>
     </message>
+    <message id="MSG_DropToDelete">
+        <source>Drop here to delete</source>
+        <extracomment>Where rows can be dropped to delete them from the phone; shown while they are dragged.</extracomment>
+        <translation>Suelte aquí para eliminar</translation>
+    </message>
+    <message id="MSG_NowhereToDrop">
+        <source>The items cannot be copied there.</source>
+        <extracomment>Shown after rows were dropped on something that tells no folder to copy to.</extracomment>
+        <translation>Los elementos no se pueden copiar ahí.</translation>
+    </message>
+    <message id="MSG_NowhereToDropDescription">
+        <source>Drop them on a folder of a file manager, or choose a folder to copy them to.</source>
+        <extracomment>Below MSG_NowhereToDrop.</extracomment>
+        <translation>Suéltelos en una carpeta de un gestor de archivos o elija una carpeta a la que copiarlos.</translation>
+    </message>
+    <message id="MSG_ChooseCopyFolder">
+        <source>Choose a Folder to Copy To</source>
+        <extracomment>Title of the dialog that asks for the folder of the computer to copy to.</extracomment>
+        <translation>Elegir la carpeta de destino</translation>
+    </message>
     <message id="MSG_BnRTransfering">
         <source>Copying</source>
         <extracomment>Progress panel, between the counter and the file's name: “3/12 Copying photo.jpg”.</extracomment>

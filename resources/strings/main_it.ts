@@ -53,6 +53,26 @@
         <extracomment>Progress panel, before the first file.</extracomment>
         <translation>Preparazione…</translation>
     </message>
+    <message id="MSG_DropToDelete">
+        <source>Drop here to delete</source>
+        <extracomment>Where rows can be dropped to delete them from the phone; shown while they are dragged.</extracomment>
+        <translation>Rilascia qui per eliminare</translation>
+    </message>
+    <message id="MSG_NowhereToDrop">
+        <source>The items cannot be copied there.</source>
+        <extracomment>Shown after rows were dropped on something that tells no folder to copy to.</extracomment>
+        <translation>Impossibile copiare gli elementi in quel punto.</translation>
+    </message>
+    <message id="MSG_NowhereToDropDescription">
+        <source>Drop them on a folder of a file manager, or choose a folder to copy them to.</source>
+        <extracomment>Below MSG_NowhereToDrop.</extracomment>
+        <translation>Rilasciali su una cartella di un gestore di file oppure scegli una cartella in cui copiarli.</translation>
+    </message>
+    <message id="MSG_ChooseCopyFolder">
+        <source>Choose a Folder to Copy To</source>
+        <extracomment>Title of the dialog that asks for the folder of the computer to copy to.</extracomment>
+        <translation>Scegli la cartella di destinazione</translation>
+    </message>
     <message id="MSG_BnRTransfering">
         <source>Copying</source>
         <extracomment>Progress panel, between the counter and the file's name: “3/12 Copying photo.jpg”.</extracomment>

@@ -300,10 +300,11 @@ void ItemMutations::itemRenamed(const ItemPointer& item, const QString& newName)
 // ---- Delete ----
 
 void ItemMutations::deleteItemsProc() {
-  if (!canBegin())
-    return;
-  const std::vector<ItemPointer> items = selectedItems();
-  if (items.empty())
+  deleteDrapItemsProc(selectedItems());
+}
+
+void ItemMutations::deleteDrapItemsProc(const std::vector<ItemPointer>& items) {
+  if (!canBegin() || items.empty())
     return;
   SNoticeView& notice = *m_window.layout().noticeView;
   m_window.changeEventRecieverObject(&notice);

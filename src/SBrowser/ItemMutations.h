@@ -44,6 +44,8 @@ public:
   /// `deleteItemsProc:` Deletes the selected items, from the first row to the last, after a confirmation unless the
   /// user wanted no more of them.
   void deleteItemsProc();
+  /// `deleteDrapItemsProc:` The same with items that were dragged to a trash can.
+  void deleteDrapItemsProc(const std::vector<ItemPointer>& items);
 
 private:
   struct Target;

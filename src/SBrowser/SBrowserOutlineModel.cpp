@@ -231,7 +231,7 @@ Qt::ItemFlags SBrowserOutlineModel::flags(const QModelIndex& index) const {
   const SItem* const item = this->item(index);
   if (item == nullptr)
     return Qt::NoItemFlags;
-  Qt::ItemFlags flags = Qt::ItemIsEnabled;
+  Qt::ItemFlags flags = Qt::ItemIsEnabled | Qt::ItemIsDragEnabled;
   flags.setFlag(Qt::ItemIsSelectable, !m_isReloadingData);
   flags.setFlag(Qt::ItemNeverHasChildren, !isExpandable(*item));
   return flags;

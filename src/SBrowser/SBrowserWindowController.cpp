@@ -4,6 +4,7 @@
 #include "MTPCore/MTPSDKUtil.h"
 #include "Platform/Log.h"
 #include "Platform/MainThread.h"
+#include "SBrowser/DownloadDrag.h"
 #include "SBrowser/ItemMutations.h"
 #include "SBrowser/LastTransferDialog.h"
 #include "SBrowser/NavigationButton.h"
@@ -71,6 +72,7 @@ SBrowserWindowController::SBrowserWindowController(SBrowserDependencies dependen
     , m_transfers(makeTransfers()) {
   awakeFromNib();
   windowDidLoad();
+  m_downloads = std::make_unique<DownloadDrag>(*this, m_queue, *m_dependencies.timers);
   connectCommands();
   m_memory = std::make_unique<WindowMemory>(*window(), *m_layout->outlineView);
   m_uploads = std::make_unique<Uploads>(*this, m_queue, m_dependencies);
@@ -91,7 +93,8 @@ SBrowserWindowController::~SBrowserWindowController() {
   endQuestions();
   m_uploads.reset();   // watches the rows
   m_transfers.reset(); // shows itself in the window
-  m_memory.reset();    // looks at the window
+  m_downloads.reset();
+  m_memory.reset(); // looks at the window
   window()->removeEventFilter(this);
   for (SBrowserChildViewDelegate* const panel : panels())
     panel->setOwnerDelegate(nullptr);
@@ -168,6 +171,7 @@ void SBrowserWindowController::connected(const ConnectedDevice& device) {
   if (m_session)
     m_session->end();
   m_events.dropTimer();
+  m_downloads->forgetItems();
   m_session = device.session;
   m_loader.setSession(m_session);
   m_mutations->setSession(m_session);
@@ -484,6 +488,7 @@ void SBrowserWindowController::connectCommands() {
   setCommandHandler(WindowCommand::NewFolder, [this] { createItemProc(); });
   setCommandHandler(WindowCommand::Rename, [this] { changeItemNameProc(); });
   setCommandHandler(WindowCommand::Delete, [this] { deleteItemsProc(); });
+  setCommandHandler(WindowCommand::CopyTo, [this] { m_downloads->copySelectionTo(); });
   const auto enable = [this] { enableCommands(); };
   connect(outline.selectionModel(), &QItemSelectionModel::selectionChanged, this, enable);
   connect(outline.selectionModel(), &QItemSelectionModel::currentChanged, this, enable);
@@ -556,6 +561,10 @@ void SBrowserWindowController::changeItemNameProc() {
 
 void SBrowserWindowController::deleteItemsProc() {
   m_mutations->deleteItemsProc();
+}
+
+void SBrowserWindowController::deleteDrapItemsProc(const std::vector<ItemPointer>& items) {
+  m_mutations->deleteDrapItemsProc(items);
 }
 
 void SBrowserWindowController::performCommand(WindowCommand command) {
@@ -737,6 +746,18 @@ void SBrowserWindowController::mouseExited(QEvent&) {
   _isDropOvering = false;
 }
 
+void SBrowserWindowController::writeItems(const QModelIndexList& rows) {
+  std::vector<ItemPointer> items;
+  items.reserve(std::size_t(rows.size()));
+  for (const QModelIndex& row : rows)
+    items.push_back(m_model->itemAtIndex(row));
+  m_downloads->writeItems(items);
+}
+
+void SBrowserWindowController::performDragOperationDelete() {
+  m_downloads->performDragOperationDelete();
+}
+
 int SBrowserWindowController::menuTypeForItem(const QModelIndex& item) {
   return menuTypeForItem(m_model->itemAtIndex(item));
 }
@@ -896,6 +917,7 @@ void SBrowserWindowController::deviceDisconnected() {
   m_loader.forgetRequests();
   m_events.dropTimer();
   m_foldersToReenter.clear();
+  m_downloads->forgetItems();
   abandonTransfer();
   endQuestions();
   setDisableCaptureEvent(false);

@@ -25,6 +25,7 @@
 #include <memory>
 #include <vector>
 
+class DownloadDrag;
 class ItemMutations;
 class QAction;
 class QMainWindow;
@@ -130,6 +131,8 @@ public:
   void createItemProc();
   void changeItemNameProc();
   void deleteItemsProc();
+  /// `deleteDrapItemsProc:` Deletes items of the tree as deleteItemsProc() does the selected ones. Returns at once.
+  void deleteDrapItemsProc(const std::vector<ItemPointer>& items);
 
   /// `menuTypeForItem:` A SOutlineMenuType.
   int menuTypeForItem(const ItemPointer& item) const;
@@ -142,6 +145,8 @@ public:
   /// The transfer that the window shows, with its counters; null when none. See TransferPresenter for beginning one.
   std::shared_ptr<TransferRun> transferRun() const;
   TransferPresenter& transfers() const { return *m_transfers; }
+  /// What leaves the window: drags of rows, and copies and deletions that come of them.
+  DownloadDrag& downloads() const { return *m_downloads; }
   /// The connection; null until there is one.
   const std::shared_ptr<DeviceSession>& session() const { return m_session; }
   /// What takes drops and has files chosen.
@@ -214,6 +219,8 @@ private:
   int menuTypeForItem(const QModelIndex& item) override;
   void mouseEntered(QEvent& event) override;
   void mouseExited(QEvent& event) override;
+  void writeItems(const QModelIndexList& rows) override;
+  void performDragOperationDelete() override;
   // TreeLoaderOwner
   void folderEntered(const ItemPointer& item) override;
   void folderExpanded(const ItemPointer& item) override;
@@ -270,6 +277,7 @@ private:
   std::unique_ptr<ItemMutations> m_mutations;
   std::shared_ptr<TransferPresenter> m_transfers;
   std::unique_ptr<Uploads> m_uploads;
+  std::unique_ptr<DownloadDrag> m_downloads;
   std::shared_ptr<DeviceSession> m_session; // null until connected
 
   QString _locationID;

@@ -39,6 +39,9 @@ constexpr std::array kNamedColors{
     NamedColor{QLatin1StringView("ButtonPrimary"), 0xff0c74b4, 0xff1478b4},
     NamedColor{QLatin1StringView("ButtonPlain"), 0xffffffff, 0xff3f454c},
     NamedColor{QLatin1StringView("ButtonFrame"), 0xffb6bec7, 0xff5d656e},
+    // What deletes, while something is held above it.
+    NamedColor{QLatin1StringView("Danger"), 0xffc62f2f, 0xffff7b72},
+    NamedColor{QLatin1StringView("DangerBackground"), 0xfffde7e5, 0xff4a2624},
 };
 
 QHash<QString, QIcon>& registeredImages() {

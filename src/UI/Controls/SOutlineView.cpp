@@ -75,6 +75,7 @@ SOutlineView::SOutlineView(QWidget* parent)
   setHorizontalScrollMode(QAbstractItemView::ScrollPerPixel);
   setExpandsOnDoubleClick(false); // a double click enters the folder
   setTextElideMode(Qt::ElideRight);
+  setDragEnabled(true);
   m_header->setSortIndicator(kFileName, Qt::AscendingOrder);
   setSortingEnabled(true);
   connect(this, &QTreeView::collapsed, this, &SOutlineView::deselectBelow);
@@ -267,6 +268,12 @@ void SOutlineView::draggedImage(const QPoint&, quint32 operation) {
   platform::assertMainThread();
   if (operation == kDragOperationDelete && m_pOwnerDelegate != nullptr) {
     m_pOwnerDelegate->performDragOperationDelete();
+  }
+}
+
+void SOutlineView::startDrag(Qt::DropActions) {
+  if (m_pOwnerDelegate != nullptr) {
+    m_pOwnerDelegate->writeItems(selectedRowIndexes());
   }
 }
 

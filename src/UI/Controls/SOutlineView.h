@@ -46,6 +46,9 @@ public:
   virtual void mouseEntered(QEvent& event) { Q_UNUSED(event) }
   /// `mouseExited:` The pointer has left the tree.
   virtual void mouseExited(QEvent& event) { Q_UNUSED(event) }
+  /// `outlineView:writeItems:toPasteboard:` The pointer moves away with the button held on these selected rows (column
+  /// kFileName, from the first row to the last): they are to be dragged. Returns when the button was released.
+  virtual void writeItems(const QModelIndexList& rows) { Q_UNUSED(rows) }
   /// `performDragOperationDelete` Rows were dragged onto the Trash.
   virtual void performDragOperationDelete() {}
 };
@@ -102,6 +105,8 @@ public:
 
   /// `draggedImage:endedAt:operation:` A drag of rows has ended with `operation`.
   void draggedImage(const QPoint& endedAt, quint32 operation);
+  /// Leaves dragging to the owner, which need not look at every row.
+  void startDrag(Qt::DropActions supportedActions) override;
 
 protected:
   bool viewportEvent(QEvent* event) override;

@@ -1,0 +1,62 @@
+#pragma once
+// What a copy from the phone to a folder of the computer consists of.
+#include "SBrowser/DeviceQueue.h"
+#include "SBrowser/DownloadNames.h"
+#include "SBrowser/SItem.h"
+#include "SBrowser/TransferRun.h"
+
+#include <QString>
+#include <QStringList>
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <vector>
+
+class SItemArray;
+class TreeLoader;
+
+/// Walks the dragged rows and everything below them into an ordered plan. The plan's entries are copies of the tree's
+/// items with `desPath` set: the tree itself is read and filled on the main thread only. Belongs to the transfer's
+/// thread, within a job of the queue; every operation blocks, on the main thread and, for folders that were not listed
+/// yet, on the phone.
+class DownloadPlanner {
+public:
+  using ItemPointer = std::shared_ptr<SItem>;
+  /// Gives a folder that has just been listed its children. Main thread.
+  using Publisher = std::function<void(const ItemPointer& folder, std::shared_ptr<SItemArray> children)>;
+  struct Entry {
+    ItemPointer item;     ///< of the plan
+    ItemPointer original; ///< of the tree: looked at on the main thread only
+  };
+
+  /// A plan for `run`, into the folder `destination` of the computer, an absolute path.
+  DownloadPlanner(TransferRun& run, DeviceSession& session, QString destination, Publisher publish);
+
+  /// Fills the run's plan and its total size with the dragged items of the tree, asking about each whose destination
+  /// exists. False when the run was stopped meanwhile: what was planned by then is not to be copied.
+  bool plan(const std::vector<ItemPointer>& draggedItems);
+
+  /// `getListFileInDeviceFolder:totalSize:currentDrapItem:` The plan's entries below `folder`, in the phone's order,
+  /// each folder before what it holds; `totalSize` becomes the sum of their sizes. A folder that was not listed yet is
+  /// listed, and stays so. Nothing for a file, and when the window is gone; less when the run is stopped meanwhile. The
+  /// dragged folder is known by the `desPath` that its descendants' begins with.
+  std::optional<std::vector<ItemPointer>> getListFileInDeviceFolder(const Entry& folder, std::uint64_t& totalSize);
+
+  /// `file:existInMediaFileList:` Whether some element matches the name, as ui::isExistInArray() says. Any thread.
+  static bool file(const QString& name, const QStringList& existInMediaFileList);
+  /// What the user knows an entry as: its place below the destination.
+  static QString shownName(const SItem& entry, const QString& destination);
+
+private:
+  std::optional<std::vector<Entry>> copies(const std::vector<ItemPointer>& items);
+  std::optional<std::vector<ItemPointer>> contentsOf(const ItemPointer& folder);
+  download::NamesInFolder namesIn(const QString& folder);
+
+  TransferRun& m_run;
+  DeviceSession& m_session;
+  const QString m_destination;
+  const Publisher m_publish;
+  std::optional<bool> m_ignoresCase; // of the destination, once it was asked
+};
