@@ -16,6 +16,7 @@ constexpr int kHeight = 52;
 constexpr int kPicture = 22;
 constexpr int kGap = 10;    // between the picture and the text
 constexpr int kMargin = 22; // beside both
+constexpr int kSpare = 2;   // for what fractions of a pixel a text takes more than it tells
 constexpr int kAbove = 18;  // between the target and the parent's edge
 
 /// Only what this program drags, and only as a copy: see platform::DragOut.
@@ -38,7 +39,7 @@ TrashTarget::TrashTarget(QWidget* parent)
 
 void TrashTarget::appear() {
   platform::assertMainThread();
-  const int width = kMargin + kPicture + kGap + QFontMetrics(font()).horizontalAdvance(m_text) + kMargin;
+  const int width = kMargin + kPicture + kGap + QFontMetrics(font()).horizontalAdvance(m_text) + kSpare + kMargin;
   const QRect surface = parentWidget()->rect();
   resize(qMin(width, surface.width()), kHeight);
   move(surface.center().x() - this->width() / 2, surface.bottom() + 1 - kAbove - kHeight);
