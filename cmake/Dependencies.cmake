@@ -5,6 +5,7 @@ find_package(Qt6 6.4 REQUIRED COMPONENTS Core Gui Widgets DBus Svg LinguistTools
 find_package(ICU REQUIRED COMPONENTS uc i18n)
 pkg_check_modules(LIBUSB REQUIRED IMPORTED_TARGET libusb-1.0)
 pkg_check_modules(UDEV REQUIRED IMPORTED_TARGET libudev)
+pkg_check_modules(MOUNT REQUIRED IMPORTED_TARGET mount)
 pkg_check_modules(PLIST REQUIRED IMPORTED_TARGET libplist-2.0)
 pkg_check_modules(XCB REQUIRED IMPORTED_TARGET xcb)
 if(MTPB_TESTS)

@@ -70,8 +70,13 @@ bool copyCalloutPath(const RegistryService& serialPort, CalloutPath& path) {
 } // namespace
 
 AddUSBNotifier::AddUSBNotifier(Parts parts)
-    : m_parts(std::move(parts)) {}
-AddUSBNotifier::~AddUSBNotifier() = default;
+    : m_parts(std::move(parts))
+    , m_queue(m_parts.queue ? m_parts.queue : std::make_shared<DeviceQueue>()) {}
+
+AddUSBNotifier::~AddUSBNotifier() {
+  while (m_queue->takeFirst([](const _connected_device& record) { return record.deviceInterface != nullptr; }))
+    ;
+}
 
 std::int32_t AddUSBNotifier::addUSBNotifier() {
   MTPB_LOG("ENTER");
@@ -139,7 +144,7 @@ bool AddUSBNotifier::handleArrival(const Service& service) {
     MTPB_LOG("IOServiceAddInterestNotification returned 0x%08x.", unsigned(result));
     return true;
   }
-  m_queue.append(std::move(record));
+  m_queue->append(std::move(record));
   MTPB_LOG("OK DEVICE_ATTACHTED !!");
   if (m_parts.identities.isPhone(known->vendorID, known->productID) && m_parts.identities.isPtp(known->productID)) {
     MTPB_LOG_PLAIN("PTP device connected, %X", known->locationID);
@@ -300,7 +305,7 @@ bool AddUSBNotifier::IdentifyIDs(const RegistryService& service, std::uint16_t v
 
 void AddUSBNotifier::DeviceRemoveNotification(_connected_device* record, std::uint32_t messageType) {
   MTPB_LOG("ENTER");
-  Record removed = messageType == platform::messageServiceIsTerminated ? m_queue.remove(record) : nullptr;
+  Record removed = messageType == platform::messageServiceIsTerminated ? m_queue->remove(record) : nullptr;
   if (removed == nullptr) {
     MTPB_LOG("EXIT");
     return;

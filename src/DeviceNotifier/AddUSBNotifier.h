@@ -32,10 +32,12 @@ public:
     /// May be empty. Asked, where AcceptAnyMtpDevice holds, about a device in which the registry shows no MTP
     /// interface: whether the device at this location has one. May block for about a second.
     std::function<bool(std::uint32_t locationId)> mtpProbe;
+    /// The attached phones, shared with the other detectors. Null: a list of its own.
+    std::shared_ptr<DeviceQueue> queue;
   };
 
   explicit AddUSBNotifier(Parts parts);
-  /// Frees the records that are still queued, without events.
+  /// Frees its records that are still queued, without events: they belong to the registry's thread.
   ~AddUSBNotifier();
   AddUSBNotifier(const AddUSBNotifier&) = delete;
   AddUSBNotifier& operator=(const AddUSBNotifier&) = delete;
@@ -62,7 +64,7 @@ public:
                               CalloutPath& path) const;
 
   /// The attached phones; owns their records.
-  DeviceQueue& deviceQueue() { return m_queue; }
+  DeviceQueue& deviceQueue() { return *m_queue; }
 
 private:
   using Service = std::shared_ptr<platform::RegistryService>;
@@ -77,7 +79,7 @@ private:
   Search findSerialPath(_connected_device& record);
 
   const Parts m_parts;
-  DeviceQueue m_queue;
+  const std::shared_ptr<DeviceQueue> m_queue;
   std::unique_ptr<platform::NotificationPort> gNotifyPort; // null while stopped
   std::shared_ptr<platform::RunLoopSource> gRunLoopSource;
   std::shared_ptr<platform::RunLoop> gRunLoop;

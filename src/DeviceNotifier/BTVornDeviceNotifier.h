@@ -14,10 +14,15 @@
 namespace detection {
 class DeviceEvents;
 }
+namespace platform {
+class DistributedNotificationCenter;
+class Volumes;
+} // namespace platform
 
-/// Runs the USB notifier thread: attached phones are announced by "BTVORN_NOTI_DEVICE_NOTIFIER" and
-/// "BTVORN_NOTI_DEVICE_DETTACH" (see DeviceNotifier/DeviceEvents.h) on platform::NotificationCenter::defaultCenter().
-/// Arrivals are posted on the main thread, departures on the notifier thread. Main thread only, except quitThread().
+/// Runs the USB notifier thread and, on request, the mass-storage and network thread: attached phones are announced by
+/// "BTVORN_NOTI_DEVICE_NOTIFIER" and "BTVORN_NOTI_DEVICE_DETTACH" (see DeviceNotifier/DeviceEvents.h) on
+/// platform::NotificationCenter::defaultCenter(). Arrivals on the USB and volumes are posted on the main thread,
+/// departures and network phones on their notifier thread. Main thread only, except quitThread().
 class BTVornDeviceNotifier {
 public:
   struct Parts {
@@ -28,10 +33,15 @@ public:
     /// May be empty. A further test for a device of another maker that shows no MTP interface by itself, where
     /// AcceptAnyMtpDevice holds. Called on the notifier thread; may block for about a second.
     std::function<bool(std::uint32_t locationId)> mtpProbe;
-    /// Empty: waits in real time. Between two searches for a phone's serial port; false when detection is to stop.
+    /// Empty: waits in real time. Between two searches for a phone's serial port, and for a disk to be mounted; false
+    /// when detection is to stop. Called on either notifier thread.
     std::function<bool(std::chrono::seconds)> sleep;
     /// Empty: runs the main thread's event loop for `limit`, or until `done` holds.
-    std::function<void(std::chrono::milliseconds limit, const std::function<bool()>& done)> runMainLoop;
+    std::function<void(std::chrono::milliseconds limit, const std::function<bool()>& done)> runMainLoop = {};
+    /// Whose disks are watched; used on the mass-storage and network thread. Null: the system's.
+    std::shared_ptr<platform::Volumes> volumes = {};
+    /// Where phones on the network are announced; outlives the notifier's threads. Null: the session's.
+    platform::DistributedNotificationCenter* distributedCenter = nullptr;
   };
 
   /// `init`. The system's USB and the identity table of loadDeviceIdentityTable(). Starts nothing.
@@ -46,6 +56,9 @@ public:
   /// unRegisterNotification() and not read. A thread still running from before is asked to end; the new one waits for
   /// it, as the registry serves one thread at a time.
   bool registerNotification(const std::optional<QVariantList>& devices);
+  /// Starts the mass-storage and network thread, too, until unRegisterNotification(). False when registerNotification()
+  /// has not been called since the last stop, or the thread runs already.
+  bool startUMSNotifierThread();
   /// `unRegisterNotification`. Asks the threads to end and waits for them, the main thread's events being handled
   /// meanwhile, for at most about 10 seconds; true also when one has not ended by then.
   bool unRegisterNotification();
@@ -54,19 +67,21 @@ public:
   bool quitThread() const;
   /// Whether the USB notifier thread runs.
   bool usbNotiThread() const;
-  /// Whether the mass-storage and network thread runs: registerNotification() starts none.
+  /// Whether the mass-storage and network thread runs.
   bool umsNotiThread() const;
 
 private:
-  struct Turn;
+  class Turn;
+  class Thread;
   struct Run;
-  // `deviceUSBNotifierThread:`. The thread's body. A thread for mass-storage volumes and network phones would be a
-  // second one of its kind, started where this one is.
+  // `deviceUSBNotifierThread:` and `deviceUMSNotifierThread:`, the threads' bodies.
   static void deviceUSBNotifierThread(Run& run);
+  static void deviceUMSNotifierThread(Run& run);
+  std::function<bool(std::chrono::seconds)> sleepOf(Run& run) const;
 
   const Parts m_parts;
   const std::shared_ptr<detection::DeviceEvents> m_events;
-  const std::shared_ptr<Turn> m_turn;
+  const std::shared_ptr<Turn> m_usbTurn, m_umsTurn;
   std::optional<QVariantList> notificationDevice;
-  std::shared_ptr<Run> m_run; // the latest registration's; shared with its thread
+  std::shared_ptr<Run> m_run; // the latest registration's; shared with its threads
 };

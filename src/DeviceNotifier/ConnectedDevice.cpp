@@ -13,14 +13,18 @@ _connected_device* DeviceQueue::append(std::unique_ptr<_connected_device> record
 }
 
 std::unique_ptr<_connected_device> DeviceQueue::remove(const _connected_device* record) {
+  return takeFirst([record](const _connected_device& other) { return &other == record; });
+}
+
+std::unique_ptr<_connected_device> DeviceQueue::takeFirst(const std::function<bool(const _connected_device&)>& wanted) {
   const platform::Lock lock(m_mutex);
   const auto found =
-      std::find_if(m_records.begin(), m_records.end(), [record](const auto& other) { return other.get() == record; });
+      std::find_if(m_records.begin(), m_records.end(), [&wanted](const auto& record) { return wanted(*record); });
   if (found == m_records.end())
     return nullptr;
-  auto removed = std::move(*found);
+  auto taken = std::move(*found);
   m_records.erase(found);
-  return removed;
+  return taken;
 }
 
 void DeviceQueue::find(const std::function<bool(_connected_device&)>& visit) {

@@ -23,7 +23,8 @@ struct VolumeSlot {
 };
 
 /// One attached device. Made by a detector; owned by the DeviceQueue from its announcement to its departure, then ended
-/// by ConnectedDeviceFree(). Written before it is queued, read on the detector's thread.
+/// by ConnectedDeviceFree(). Written before it is queued, read on the detector's thread; the volumes are written and
+/// read with the queue locked, or after the record has left it.
 struct _connected_device {
   std::unique_ptr<platform::InterestNotification> notification;
   std::unique_ptr<platform::UsbDeviceInterface> deviceInterface;
@@ -49,6 +50,8 @@ public:
   _connected_device* append(std::unique_ptr<_connected_device> record);
   /// Gives the record back; null when it is not (any more) in the list.
   std::unique_ptr<_connected_device> remove(const _connected_device* record);
+  /// Gives back the first record for which `wanted` holds, called with the list locked; null when there is none.
+  std::unique_ptr<_connected_device> takeFirst(const std::function<bool(const _connected_device&)>& wanted);
   /// Calls `visit` for each record until it returns true, with the list locked: no record goes away meanwhile.
   void find(const std::function<bool(_connected_device&)>& visit);
   std::size_t size() const;

@@ -13,6 +13,7 @@
 #include "Platform/MainThread.h"
 #include "Platform/Timers.h"
 #include "Platform/UdevDeviceRegistry.h"
+#include "Platform/UserDefaults.h"
 #include "Platform/VirtualDeviceRegistry.h"
 #include "Platform/Workers.h"
 #include "QXCaptureLog.h"
@@ -45,7 +46,12 @@ class Notifier : public DeviceNotifierService {
 public:
   explicit Notifier(BTVornDeviceNotifier::Parts parts)
       : m_notifier(std::move(parts)) {}
-  void start() override { m_notifier.registerNotification(std::nullopt); }
+  void start() override {
+    m_notifier.registerNotification(std::nullopt);
+    // Off: the program shows one phone on the USB, and every event but its attach ends it.
+    if (platform::userDefaults::boolForKey(QStringLiteral("START_UMS_NOTIFIER")))
+      m_notifier.startUMSNotifierThread();
+  }
   void stop() override { m_notifier.unRegisterNotification(); }
 
 private:

@@ -237,8 +237,17 @@ bool daemonRuns() {
 
 } // namespace
 
+bool takenAfterRules(UdevDeviceRegistry::Source source) {
+  using Source = UdevDeviceRegistry::Source;
+  return source == Source::Udev || (source == Source::Automatic && daemonRuns());
+}
+
+std::shared_ptr<RegistryService> udevService(udev_device* device) {
+  return std::make_shared<UdevService>(Device(udev_device_ref(device)));
+}
+
 UdevDeviceRegistry::UdevDeviceRegistry(Source source)
-    : m_afterRules(source == Source::Udev || (source == Source::Automatic && daemonRuns())) {}
+    : m_afterRules(takenAfterRules(source)) {}
 
 UdevDeviceRegistry::~UdevDeviceRegistry() {
   if (m_udev != nullptr)

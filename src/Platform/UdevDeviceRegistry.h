@@ -7,6 +7,7 @@
 #include "Platform/DeviceRegistry.h"
 
 struct udev;
+struct udev_device;
 
 namespace platform {
 
@@ -29,5 +30,11 @@ private:
   const bool m_afterRules; // taken from udev, not from the kernel
   udev* m_udev = nullptr;  // made by connect()
 };
+
+/// Whether this source is udev's view, which comes after its rules have run, here and now.
+bool takenAfterRules(UdevDeviceRegistry::Source source);
+
+/// The registry's node of any device, the caller's reference left to the caller. Belongs to the device's thread.
+std::shared_ptr<RegistryService> udevService(udev_device* device);
 
 } // namespace platform

@@ -1,8 +1,13 @@
 #include "DeviceNotifier/BTVornDeviceNotifier.h"
 #include "DeviceNotifier/DetectionTestSupport.h"
+#include "Platform/DistributedNotifications.h"
 #include "Platform/VirtualDeviceRegistry.h"
 #include "Platform/Workers.h"
+#include "support/PrivateBus.h"
 #include "support/ScriptedDeviceRegistry.h"
+#include "support/ScriptedVolumes.h"
+
+#include <QDBusMessage>
 
 #include <gmock/gmock.h>
 
@@ -272,6 +277,151 @@ TEST_F(DeviceNotifier, AnotherMakersMtpDeviceIsAnnouncedWhenItsInterfaceComes) {
 TEST_F(DeviceNotifier, DestroyedWhileRegisteredEndsItsThread) {
   make(m_bus).registerNotification(std::nullopt);
   m_notifier.reset();
+  EXPECT_TRUE(eventually([] { return platform::runningWorkers() == 0; }));
+}
+
+// The mass-storage and network thread beside the USB thread, with a bus and disks of the test's.
+class VolumeAndNetworkThread : public DeviceNotifier {
+protected:
+  VolumeAndNetworkThread() {
+    m_bus.emplace(QDBusConnection::connectToBus(m_daemon.address(), QStringLiteral("notifier")));
+    m_center = std::make_unique<platform::DistributedNotificationCenter>(*m_bus);
+    m_parts.volumes = m_volumes;
+    m_parts.distributedCenter = m_center.get();
+    m_parts.sleep = [](std::chrono::seconds) { return true; };
+    make(m_usb);
+  }
+  ~VolumeAndNetworkThread() override {
+    m_notifier->unRegisterNotification();
+    drainMainQueue();
+    m_center.reset();
+    m_bus.reset();
+    QDBusConnection::disconnectFromBus(QStringLiteral("notifier"));
+  }
+  // Both threads run and the network's observes.
+  void start() {
+    m_notifier->registerNotification(std::nullopt);
+    ASSERT_TRUE(m_notifier->startUMSNotifierThread());
+    ASSERT_TRUE(eventually([this] { return m_log.count(QStringLiteral("CFRunLoopRun")) == 2; }));
+    drainMainQueue();
+  }
+  platform::DiskDescription phoneDisk() const {
+    platform::DiskDescription description;
+    description.volumePath = "file:///media/card";
+    description.devicePath = QStringLiteral("/usb20@14000000/Larkspur 5@14200000/6:0:0:0/sdb");
+    description.deviceModel = QStringLiteral("Phone Card");
+    return description;
+  }
+
+  testsupport::PrivateBus m_daemon;
+  std::optional<QDBusConnection> m_bus;
+  std::unique_ptr<platform::DistributedNotificationCenter> m_center;
+  std::shared_ptr<scripted::Volumes> m_volumes = std::make_shared<scripted::Volumes>();
+  const std::shared_ptr<platform::VirtualDeviceRegistry> m_usb = std::make_shared<platform::VirtualDeviceRegistry>();
+};
+
+TEST_F(VolumeAndNetworkThread, IsNotStartedByTheRegistration) {
+  EXPECT_FALSE(m_notifier->startUMSNotifierThread());
+  m_notifier->registerNotification(std::nullopt);
+  EXPECT_FALSE(m_notifier->umsNotiThread());
+  EXPECT_TRUE(eventually([this] { return m_log.has(QStringLiteral("CFRunLoopRun")); }));
+  EXPECT_EQ(m_volumes->monitors(), 0);
+  EXPECT_FALSE(m_log.has(QStringLiteral("Registered with notification center")));
+}
+
+TEST_F(VolumeAndNetworkThread, StartsItsPartsInOrderAndStopsThemInTheOther) {
+  start();
+  EXPECT_TRUE(m_notifier->umsNotiThread());
+  EXPECT_FALSE(m_notifier->startUMSNotifierThread()); // it runs already
+  EXPECT_EQ(m_volumes->monitors(), 1);
+  EXPECT_TRUE(m_log.has(QStringLiteral("Registered with notification center")));
+  m_log.clear();
+  m_notifier->unRegisterNotification();
+  EXPECT_FALSE(m_notifier->umsNotiThread());
+  EXPECT_FALSE(m_notifier->usbNotiThread());
+  EXPECT_TRUE(m_log.has(QStringLiteral("Unregistered with notification center")));
+  EXPECT_EQ(m_volumes->monitors(), 0);
+  EXPECT_FALSE(m_notifier->startUMSNotifierThread()); // not registered any more
+}
+
+TEST_F(VolumeAndNetworkThread, TiesADiskToThePhoneOfTheUsbThread) {
+  start();
+  m_usb->attach(phone(quickProduct));
+  ASSERT_TRUE(eventually([this] { return m_posted.types() == std::vector<int>{1}; }));
+  const auto disk = scripted::Volumes::disk("sdb");
+  m_volumes->insert(disk, phoneDisk());
+  ASSERT_TRUE(eventually([this] { return m_posted.types() == std::vector<int>({1, 7}); }));
+  EXPECT_TRUE(m_posted.all().back().onMainThread);
+  m_volumes->remove(disk);
+  ASSERT_TRUE(eventually([this] { return m_posted.types() == std::vector<int>({1, 7, 8}); }));
+}
+
+TEST_F(VolumeAndNetworkThread, APhonePulledWithItsDiskIsDetachedOnceAndItsDiskGoesAtMostOnce) {
+  start();
+  m_usb->attach(phone(quickProduct));
+  ASSERT_TRUE(eventually([this] { return m_posted.types().size() == 1; }));
+  const auto disk = scripted::Volumes::disk("sdb");
+  m_volumes->insert(disk, phoneDisk());
+  ASSERT_TRUE(eventually([this] { return m_posted.types().size() == 2; }));
+  m_volumes->remove(disk);
+  m_usb->detach(0x14200000);
+  ASSERT_TRUE(eventually([this] { return testing::Value(m_posted.types(), testing::Contains(2)); }));
+  m_notifier->unRegisterNotification();
+  drainMainQueue();
+  const std::vector<int> types = m_posted.types();
+  EXPECT_EQ(std::count(types.begin(), types.end(), 2), 1);
+  EXPECT_LE(std::count(types.begin(), types.end(), 8), 1);
+}
+
+TEST_F(VolumeAndNetworkThread, HearsAnotherProgramsAnnouncementOverTheBus) {
+  start();
+  auto stranger = QDBusConnection::connectToBus(m_daemon.address(), QStringLiteral("stranger"));
+  QDBusMessage signal = QDBusMessage::createSignal(QStringLiteral("/"), QStringLiteral("org.mtpbrowser.Notifications"),
+                                                   QStringLiteral("Posted"));
+  signal << QStringLiteral("BTVORN_NOTI_UPNP_DEVICE_NOTIFIER")
+         << QVariantMap{{QStringLiteral("ModelName"), QStringLiteral("PHONE")},
+                        {QStringLiteral("Wifi_IP"), QStringLiteral("10.0.0.5")},
+                        {QStringLiteral("Wifi_PORT"), 42000},
+                        {QStringLiteral("PinNumber"), QByteArray("no text")}};
+  EXPECT_TRUE(stranger.send(signal));
+  ASSERT_TRUE(eventually([this] { return m_posted.types() == std::vector<int>{10}; }));
+  EXPECT_FALSE(m_posted.all().front().onMainThread);
+  EXPECT_EQ(m_posted.all().front().text("LocationId"), QStringLiteral("10.0.0.5_42000"));
+  EXPECT_TRUE(m_log.has(QStringLiteral("CRITICAL - PinNumber is nil !!!")));
+  m_posted.take();
+  platform::NotificationCenter::defaultCenter().post(
+      QStringLiteral("WIFI_DISCONNECT"), {{QStringLiteral("LocationId"), QStringLiteral("10.0.0.5_42000")}});
+  EXPECT_EQ(m_posted.all().size(), 5u);
+  QDBusConnection::disconnectFromBus(QStringLiteral("stranger"));
+}
+
+TEST_F(VolumeAndNetworkThread, StoppingWakesItWhileItWaitsForAMount) {
+  m_parts.sleep = {};
+  make(m_usb);
+  platform::DiskDescription unmounted = phoneDisk();
+  unmounted.volumePath.reset();
+  for (int i = 0; i < 30; ++i)
+    m_volumes->insert({"sd" + QByteArray::number(i), QString::number(i)}, unmounted);
+  m_notifier->registerNotification(std::nullopt);
+  ASSERT_TRUE(m_notifier->startUMSNotifierThread());
+  ASSERT_TRUE(eventually([this] { return m_log.has(QStringLiteral("sd0 DiskAdded")); }));
+  m_notifier->unRegisterNotification(); // gives up after ten seconds
+  EXPECT_FALSE(m_notifier->umsNotiThread());
+  EXPECT_TRUE(m_log.has(QStringLiteral("sd29 DiskAdded")));
+}
+
+TEST_F(VolumeAndNetworkThread, CanBeStartedAgainAfterAStop) {
+  for (int i = 0; i < 3; ++i) {
+    m_log.clear();
+    start();
+    m_notifier->unRegisterNotification();
+    EXPECT_FALSE(m_notifier->umsNotiThread());
+  }
+}
+
+TEST_F(VolumeAndNetworkThread, DestroyedWhileItRunsItEndsByItself) {
+  start();
+  make(m_usb);
   EXPECT_TRUE(eventually([] { return platform::runningWorkers() == 0; }));
 }
 

@@ -2,12 +2,17 @@
 #include "DeviceNotifier/BTVornDeviceNotifier.h"
 #include "DeviceNotifier/DetectionTestSupport.h"
 #include "Platform/UdevDeviceRegistry.h"
+#include "Platform/UdevVolumes.h"
 #include "Platform/Workers.h"
 
 #include <gmock/gmock.h>
 #include <umockdev.h>
 
+#include <QTemporaryDir>
+
 #include <cstdlib>
+#include <filesystem>
+#include <fstream>
 #include <string>
 
 using testing::ElementsAre;
@@ -78,7 +83,6 @@ protected:
   PostedNotifications m_posted;
   std::unique_ptr<BTVornDeviceNotifier> m_notifier;
 
-private:
   static std::string take(gchar* path) {
     const std::string result = path == nullptr ? "" : path;
     g_free(path);
@@ -182,5 +186,72 @@ TEST_P(UsbAtStart, APhoneAttachedAlreadyIsAnnouncedOnce) {
 }
 
 INSTANTIATE_TEST_SUITE_P(FromTheKernel, UsbAtStart, testing::Values(platform::UdevDeviceRegistry::Source::Kernel));
+
+// A phone's disk, with the mass-storage and network thread beside the USB thread.
+class DiskDetection : public UsbDetection {
+protected:
+  void startBoth() {
+    BTVornDeviceNotifier::Parts parts;
+    parts.registry = std::make_shared<platform::UdevDeviceRegistry>(GetParam());
+    parts.volumes = std::make_shared<platform::UdevVolumes>(GetParam(), table());
+    parts.sleep = [this](std::chrono::seconds) {
+      std::ofstream(table()) << m_lateMount;
+      return true;
+    };
+    m_notifier = std::make_unique<BTVornDeviceNotifier>(std::move(parts));
+    m_notifier->registerNotification(std::nullopt);
+    ASSERT_TRUE(m_notifier->startUMSNotifierThread());
+    ASSERT_TRUE(eventually([this] { return m_log.count(QStringLiteral("CFRunLoopRun")) == 2; }));
+  }
+  std::string addDisk(const std::string& parent, const char* model) {
+    gchar* root = umockdev_testbed_get_root_dir(m_bed); // the test bed itself knows no block device by its number
+    const std::filesystem::path numbers = std::string(root) + "/sys/dev/block";
+    g_free(root);
+    std::filesystem::create_directories(numbers);
+    std::filesystem::create_symlink("../.." + parent.substr(4) + "/sdb", numbers / "8:16");
+    return take(umockdev_testbed_add_device(m_bed, "block", "sdb", parent.c_str(), "size", "4096", "dev", "8:16",
+                                            nullptr, "DEVTYPE", "disk", "DEVNAME", "/dev/sdb", "MAJOR", "8", "MINOR",
+                                            "16", "ID_MODEL_ENC", model, "ID_FS_TYPE", "vfat", nullptr));
+  }
+  std::string table() const { return m_folder.filePath(QStringLiteral("mountinfo")).toStdString(); }
+
+  const QTemporaryDir m_folder;
+  const std::string m_lateMount = "30 1 8:16 / /media/My\\040Card rw - vfat /dev/sdb rw\n";
+};
+
+TEST_P(DiskDetection, APhonesCardMountedAfterItCameIsAnnouncedAndGoesOnce) {
+  startBoth();
+  const std::string device = plug("7e55", "4160");
+  ASSERT_TRUE(announced({1}));
+  const std::string disk = addDisk(device, "Phone\\x20Card\\x20\\x20");
+  ASSERT_TRUE(announced({1, 7}));
+  EXPECT_EQ(m_posted.all().back().text("LocationId"), QStringLiteral("14200000"));
+  EXPECT_EQ(m_posted.all().back().text("UmsPath"), QStringLiteral("file:///media/My Card"));
+  unplug(disk);
+  ASSERT_TRUE(announced({1, 7, 8}));
+  settle();
+  EXPECT_THAT(m_posted.types(), ElementsAre(1, 7, 8));
+}
+
+TEST_P(DiskDetection, AnotherDevicesDiskIsNotAnnounced) {
+  startBoth();
+  plug("7e55", "4160");
+  ASSERT_TRUE(announced({1}));
+  const std::string stick = take(umockdev_testbed_add_device(
+      m_bed, "usb", "20-3", nullptr, "idVendor", "1234", "idProduct", "0001", "busnum", "20", "devpath", "3", "product",
+      "Stick", nullptr, "DEVTYPE", "usb_device", "DEVNUM", "008", nullptr));
+  unplug(addDisk(stick, "Phone\\x20Card"));
+  ASSERT_TRUE(eventually([this] { return m_log.has(QStringLiteral("sdb DiskAdded")); }));
+  settle();
+  EXPECT_THAT(m_posted.types(), ElementsAre(1));
+}
+
+INSTANTIATE_TEST_SUITE_P(Sources, DiskDetection,
+                         testing::Values(platform::UdevDeviceRegistry::Source::Udev,
+                                         platform::UdevDeviceRegistry::Source::Kernel),
+                         [](const auto& info) {
+                           return info.param == platform::UdevDeviceRegistry::Source::Udev ? "AfterRules"
+                                                                                           : "FromTheKernel";
+                         });
 
 } // namespace
