@@ -117,13 +117,13 @@ void AddUPNPNoti::handleDeviceInfo(const platform::Notification& notification) {
   MTPB_LOG("Received notification: %s", qUtf8Printable(described(notification)));
   const Announcement announcement(notification.userInfo);
   if (!announcement.modelName)
-    MTPB_LOG("CRITICAL - ModelName is nil !!!");
+    MTPB_LOG("CRTICAL - ModelName is nil !!!");
   if (!announcement.wifiIP)
-    MTPB_LOG("CRITICAL - Wifi_IP is nil !!!");
+    MTPB_LOG("CRTICAL - Wifi_IP is nil !!!");
   if (!announcement.portText)
-    MTPB_LOG("CRITICAL - Wifi_PORT is nil !!!");
+    MTPB_LOG("CRTICAL - Wifi_PORT is nil !!!");
   if (!announcement.pinNumber)
-    MTPB_LOG("CRITICAL - PinNumber is nil !!!");
+    MTPB_LOG("CRTICAL - PinNumber is nil !!!");
   if (m_parts.queue->size() >= mostConnectedDevices) {
     MTPB_LOG("too many devices, this one is passed over");
     return;

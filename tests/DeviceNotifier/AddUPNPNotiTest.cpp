@@ -99,7 +99,7 @@ TEST_F(UpnpNotifier, AnAnnouncementWithIp10005AndPort42000GivesItsLocationString
   EXPECT_TRUE(m_log.has(QStringLiteral("Registered with notification center")));
   EXPECT_THAT(m_log.containing(QStringLiteral("Received notification: ")), SizeIs(1));
   EXPECT_TRUE(m_log.has(QStringLiteral("OK DEVICE_ATTACHTED !!")));
-  EXPECT_THAT(m_log.containing(QStringLiteral("CRITICAL")), IsEmpty());
+  EXPECT_THAT(m_log.containing(QStringLiteral("CRTICAL")), IsEmpty());
 }
 
 TEST_F(UpnpNotifier, AnEmptyPinNumberGivesAnEmptyPinnumberInEvent10) {
@@ -107,7 +107,7 @@ TEST_F(UpnpNotifier, AnEmptyPinNumberGivesAnEmptyPinnumberInEvent10) {
   ASSERT_THAT(events, SizeIs(1));
   EXPECT_EQ(events[0].userInfo.value(QStringLiteral("PINNUMBER")), QVariant(QString()));
   EXPECT_EQ(ofFirst(&_connected_device::pinNumber), std::nullopt);
-  EXPECT_THAT(m_log.containing(QStringLiteral("CRITICAL")), IsEmpty());
+  EXPECT_THAT(m_log.containing(QStringLiteral("CRTICAL")), IsEmpty());
 }
 
 TEST_F(UpnpNotifier, AMatchingDisconnectProducesTheSequenceOfEvent11OnceAndFreesTheRecord) {
@@ -156,11 +156,11 @@ TEST_F(UpnpNotifier, ThePhoneAnnouncedTwiceIsTwoRecordsAndTwoAttachEvents) {
 
 TEST_F(UpnpNotifier, EachAbsentValueIsLoggedInItsOrderAndTheRecordIsAnnouncedAllTheSame) {
   const auto events = announce({});
-  EXPECT_THAT(m_log.containing(QStringLiteral("CRITICAL")),
-              ElementsAre(QStringLiteral("CRITICAL - ModelName is nil !!!"),
-                          QStringLiteral("CRITICAL - Wifi_IP is nil !!!"),
-                          QStringLiteral("CRITICAL - Wifi_PORT is nil !!!"),
-                          QStringLiteral("CRITICAL - PinNumber is nil !!!")));
+  EXPECT_THAT(m_log.containing(QStringLiteral("CRTICAL")),
+              ElementsAre(QStringLiteral("CRTICAL - ModelName is nil !!!"),
+                          QStringLiteral("CRTICAL - Wifi_IP is nil !!!"),
+                          QStringLiteral("CRTICAL - Wifi_PORT is nil !!!"),
+                          QStringLiteral("CRTICAL - PinNumber is nil !!!")));
   ASSERT_THAT(events, SizeIs(1));
   EXPECT_EQ(events[0].userInfo, (QVariantMap{{QStringLiteral("LocationId"), QStringLiteral("(null)_(null)")},
                                              {QStringLiteral("EventType"), 10},
@@ -180,7 +180,7 @@ TEST_F(UpnpNotifier, AnAbsentAddressEndsTheUserInfoBeforeItsKey) {
 
 TEST_F(UpnpNotifier, ValuesOfTheWrongTypeCountAsAbsent) {
   announce(announcement(5, QStringList{QStringLiteral("10.0.0.5")}, QStringList{QStringLiteral("1")}, true));
-  EXPECT_THAT(m_log.containing(QStringLiteral("CRITICAL")), SizeIs(4));
+  EXPECT_THAT(m_log.containing(QStringLiteral("CRTICAL")), SizeIs(4));
   EXPECT_EQ(ofFirst(&_connected_device::wifiPort), 0);
   EXPECT_EQ(ofFirst(&_connected_device::pinNumber), std::nullopt);
 }

@@ -387,7 +387,7 @@ TEST_F(VolumeAndNetworkThread, HearsAnotherProgramsAnnouncementOverTheBus) {
   ASSERT_TRUE(eventually([this] { return m_posted.types() == std::vector<int>{10}; }));
   EXPECT_FALSE(m_posted.all().front().onMainThread);
   EXPECT_EQ(m_posted.all().front().text("LocationId"), QStringLiteral("10.0.0.5_42000"));
-  EXPECT_TRUE(m_log.has(QStringLiteral("CRITICAL - PinNumber is nil !!!")));
+  EXPECT_TRUE(m_log.has(QStringLiteral("CRTICAL - PinNumber is nil !!!")));
   m_posted.take();
   platform::NotificationCenter::defaultCenter().post(
       QStringLiteral("WIFI_DISCONNECT"), {{QStringLiteral("LocationId"), QStringLiteral("10.0.0.5_42000")}});

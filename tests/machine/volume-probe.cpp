@@ -7,6 +7,7 @@
 #include <QSocketNotifier>
 
 #include <cstdio>
+#include <thread>
 #include <unistd.h>
 
 int main(int argc, char** argv) {
@@ -20,7 +21,14 @@ int main(int argc, char** argv) {
                     text("UmsPath").constData());
         std::fflush(stdout);
       });
-  BTVornDeviceNotifier notifier;
+  BTVornDeviceNotifier::Parts parts;
+  parts.identities = detection::loadDeviceIdentityTable();
+  // An emulated machine mounts a disk in about a second: it is given as much longer.
+  parts.sleep = [](std::chrono::seconds time) {
+    std::this_thread::sleep_for(5 * time);
+    return true;
+  };
+  BTVornDeviceNotifier notifier(std::move(parts));
   notifier.registerNotification(std::nullopt);
   if (!notifier.startUMSNotifierThread())
     return 1;
