@@ -156,11 +156,10 @@ TEST_F(UpnpNotifier, ThePhoneAnnouncedTwiceIsTwoRecordsAndTwoAttachEvents) {
 
 TEST_F(UpnpNotifier, EachAbsentValueIsLoggedInItsOrderAndTheRecordIsAnnouncedAllTheSame) {
   const auto events = announce({});
-  EXPECT_THAT(m_log.containing(QStringLiteral("CRTICAL")),
-              ElementsAre(QStringLiteral("CRTICAL - ModelName is nil !!!"),
-                          QStringLiteral("CRTICAL - Wifi_IP is nil !!!"),
-                          QStringLiteral("CRTICAL - Wifi_PORT is nil !!!"),
-                          QStringLiteral("CRTICAL - PinNumber is nil !!!")));
+  EXPECT_THAT(
+      m_log.containing(QStringLiteral("CRTICAL")),
+      ElementsAre(QStringLiteral("CRTICAL - ModelName is nil !!!"), QStringLiteral("CRTICAL - Wifi_IP is nil !!!"),
+                  QStringLiteral("CRTICAL - Wifi_PORT is nil !!!"), QStringLiteral("CRTICAL - PinNumber is nil !!!")));
   ASSERT_THAT(events, SizeIs(1));
   EXPECT_EQ(events[0].userInfo, (QVariantMap{{QStringLiteral("LocationId"), QStringLiteral("(null)_(null)")},
                                              {QStringLiteral("EventType"), 10},
