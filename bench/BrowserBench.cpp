@@ -1,27 +1,24 @@
 // What the user waits for: 100,000 files in one folder of the virtual phone, through responder, wire, engine, access
 // layer and window, until the first rows are painted; sorting them by each column; what one listed entry costs in
 // resident memory. Prints one line a figure.
+#include "BenchWindow.h"
 #include "MTPCore/MTPDextSDKWrapper.h"
 #include "Platform/Log.h"
 #include "Platform/Workers.h"
 #include "SBrowser/SBrowserOutlineModel.h"
-#include "SBrowser/SBrowserWindowController.h"
 #include "SBrowser/WindowLayout.h"
 #include "TessalyMTPSdk/Engine.h"
 #include "TessalyMTPSdk/MtpCodes.h"
 #include "TessalyMTPSdk/Session.h"
 #include "UI/Controls/SOutlineView.h"
-#include "VirtualPhone/VirtualPhone.h"
 
 #include <QApplication>
 #include <QDir>
 #include <QElapsedTimer>
-#include <QEventLoop>
 #include <QFile>
 #include <QMainWindow>
 #include <QProcess>
 #include <QTemporaryDir>
-#include <QTimer>
 
 #include <array>
 #include <cstdio>
@@ -30,57 +27,13 @@
 
 namespace {
 
-constexpr int patience = 120'000; // ms; a bench that hangs ends
+using namespace bench;
 
 long residentBytes() {
   QFile file(QStringLiteral("/proc/self/statm"));
   if (!file.open(QIODevice::ReadOnly))
     return 0;
   return file.readAll().split(' ').value(1).toLong() * 4096;
-}
-
-// Ends when something in the viewport has been painted.
-class PaintWatch : public QObject {
-public:
-  explicit PaintWatch(QEventLoop& loop)
-      : m_loop(loop) {}
-  bool eventFilter(QObject*, QEvent* event) override {
-    if (event->type() == QEvent::Paint)
-      QMetaObject::invokeMethod(&m_loop, &QEventLoop::quit, Qt::QueuedConnection);
-    return false;
-  }
-
-private:
-  QEventLoop& m_loop;
-};
-
-bool waitForFolder(SBrowserWindowController& controller) {
-  QEventLoop loop;
-  bool shown = false;
-  const auto connection = QObject::connect(&controller, &SBrowserWindowController::folderShown, &loop, [&] {
-    shown = true;
-    loop.quit();
-  });
-  QTimer::singleShot(patience, &loop, &QEventLoop::quit);
-  loop.exec();
-  QObject::disconnect(connection);
-  return shown;
-}
-
-void waitForPaint(QWidget& viewport) {
-  QEventLoop loop;
-  PaintWatch watch(loop);
-  viewport.installEventFilter(&watch);
-  viewport.update();
-  QTimer::singleShot(patience, &loop, &QEventLoop::quit);
-  loop.exec();
-}
-
-vphone::Options phoneServing(const QString& folder) {
-  vphone::Options options;
-  options.locationId = 0x14200000;
-  options.storages = {{.folder = folder.toStdString(), .description = "Phone"}};
-  return options;
 }
 
 // What the phone itself keeps for a folder: a listing that nobody keeps. Meant for a process of its own.

@@ -53,7 +53,7 @@ void NavigationButton::paintEvent(QPaintEvent*) {
   }
   if (hasFocus()) {
     painter.setBrush(Qt::NoBrush);
-    painter.setPen(QPen(ui::namedColor(QStringLiteral("Accent"), palette()), 1));
+    painter.setPen(QPen(ui::namedColor(QStringLiteral("FocusLine"), palette()), 1));
     painter.drawRoundedRect(plate.adjusted(0.5, 0.5, -0.5, -0.5), 6, 6);
   }
   QRect image(0, 0, kImageSide, kImageSide);

@@ -481,7 +481,10 @@ void SBrowserWindowController::connectCommands() {
   const SOutlineView& outline = *m_layout->outlineView;
   const WindowMenus& menus = *m_layout->menus;
   connect(&menus, &WindowMenus::triggered, this, &SBrowserWindowController::performCommand);
-  connect(menus.contextMenu(), &QMenu::triggered, this, &SBrowserWindowController::actionBrowserMenuItem);
+  connect(menus.contextMenu(), &QMenu::triggered, this, [this](const QAction* entry) {
+    if (possibleCommands().contains(WindowCommand::NewFolder)) // the window may have been blocked below the open menu
+      actionBrowserMenuItem(entry);
+  });
   for (const WindowCommand command : {WindowCommand::NewFolder, WindowCommand::Upload, WindowCommand::UploadFolder,
                                       WindowCommand::CopyTo, WindowCommand::Rename, WindowCommand::Delete})
     m_layout->menus->setOffered(command, false);
@@ -495,6 +498,7 @@ void SBrowserWindowController::connectCommands() {
   connect(&outline, &QTreeView::expanded, this, enable);
   connect(&outline, &QTreeView::collapsed, this, enable);
   connect(m_model.get(), &QAbstractItemModel::modelReset, this, enable);
+  connect(m_model.get(), &QAbstractItemModel::rowsInserted, this, enable);
   connect(m_model.get(), &QAbstractItemModel::rowsRemoved, this, enable);
   connect(outline.header(), &QHeaderView::sortIndicatorChanged, this, [this](int column, Qt::SortOrder order) {
     WindowMemory::setSorting({column, order});

@@ -20,6 +20,7 @@
 #include <QAction>
 #include <QEvent>
 #include <QFontMetrics>
+#include <QHeaderView>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMainWindow>
@@ -67,7 +68,7 @@ protected:
       return;
     // It has no frame and no cursor to tell that the keyboard is here.
     QPainter painter(this);
-    painter.setPen(QPen(ui::namedColor(QStringLiteral("Accent"), palette()), 1));
+    painter.setPen(QPen(ui::namedColor(QStringLiteral("FocusLine"), palette()), 1));
     painter.drawRect(rect().adjusted(0, 0, -1, -1));
   }
 };
@@ -168,6 +169,7 @@ void WindowLayout::buildContent(platform::Timers& timers) {
   outlineView = new SOutlineView(contentView);
   outlineView->awakeFromNib();
   outlineView->setAccessibleName(localized("accessible_files"));
+  outlineView->header()->setAccessibleName(localized("accessible_columns"));
   scrollViewBrowser = outlineView;
   column->addWidget(outlineView, 1);
 
@@ -175,6 +177,7 @@ void WindowLayout::buildContent(platform::Timers& timers) {
   column->addWidget(welcomeView, 1);
 
   ghostView = new SGhostView(contentView);
+  ghostView->setAccessibleName(localized("MSG_BnRTransfering"));
   ghostView->hide();
   loadingViewController = std::make_unique<SLoadingAniViewController>(contentView->rect(), contentView, timers);
   loadingViewController->view()->hide();
@@ -236,11 +239,9 @@ void WindowLayout::sizeToTitle(SToolbarButton& button) {
 
 void WindowLayout::setStorageButton(SToolbarButton& button, bool shown, const QString& title) {
   platform::assertMainThread();
-  constexpr qsizetype longest = 40; // of a hostile storage name
-  const QString line = ui::singleLineText(title);
   if (shown)
-    button.setText(line.size() > longest ? line.first(longest) + QChar(0x2026) : line);
-  button.setToolTip(line.toHtmlEscaped());
+    button.setText(ui::singleLineText(title, kLongestStorageName));
+  button.setToolTip(ui::singleLineText(title).toHtmlEscaped());
   button.setEnabled(shown);
   button.updateGeometry();
   (&button == btn_InternalStorage ? m_internalItem : m_externalItem)->setVisible(shown);

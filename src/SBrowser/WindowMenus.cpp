@@ -31,10 +31,14 @@ QString entryText(QString text) {
   return text.replace(u'&', QStringLiteral("&&"));
 }
 
+/// Makes the action one of several of which one is chosen.
+void addChoice(QActionGroup* group, QAction* action) {
+  action->setCheckable(true);
+  group->addAction(action);
+}
+
 QString storageText(const char* key, const QString& name) {
-  constexpr qsizetype longest = 40; // of a hostile storage name
-  const QString line = ui::singleLineText(name);
-  return localized(key).arg(entryText(line.size() > longest ? line.first(longest) + QChar(0x2026) : line));
+  return localized(key).arg(entryText(ui::singleLineText(name, kLongestStorageName)));
 }
 
 } // namespace
@@ -49,7 +53,7 @@ QString textWithoutMnemonic(QString text) {
 
 WindowMenus::WindowMenus(QMainWindow& window)
     : m_window(window)
-    , m_contextMenu(std::make_unique<QMenu>()) {
+    , m_contextMenu(std::make_unique<QMenu>(&window)) {
   platform::assertMainThread();
   buildFileMenu();
   buildEditMenu();
@@ -57,7 +61,7 @@ WindowMenus::WindowMenus(QMainWindow& window)
   buildViewMenu();
   buildHelpMenu();
   m_contextMenu->setTitle(QStringLiteral("BrowserPopup"));
-  m_contextMenu->setLayoutDirection(m_window.layoutDirection()); // a window of its own, to which none is handed down
+  m_contextMenu->setLayoutDirection(m_window.layoutDirection()); // a window of its own: none is handed down to it
   addToContextMenu(WindowCommand::NewFolder, "MNU_AddNewFolder");
   addToContextMenu(WindowCommand::Rename, "MNU_EditName");
   addToContextMenu(WindowCommand::Delete, "MNU_Delete");
@@ -112,8 +116,9 @@ void WindowMenus::buildGoMenu() {
   add(menu, WindowCommand::Back, localized("menu_go_back"), {Qt::ALT | arrow(false), Qt::Key_Backspace, Qt::Key_Back});
   add(menu, WindowCommand::Next, localized("menu_go_next"), {Qt::ALT | arrow(true), Qt::Key_Forward});
   menu->addSeparator();
-  add(menu, WindowCommand::InternalStorage, QString(), {Qt::CTRL | Qt::Key_1})->setCheckable(true);
-  add(menu, WindowCommand::ExternalStorage, QString(), {Qt::CTRL | Qt::Key_2})->setCheckable(true);
+  auto* const storages = new QActionGroup(&m_window);
+  addChoice(storages, add(menu, WindowCommand::InternalStorage, QString(), {Qt::CTRL | Qt::Key_1}));
+  addChoice(storages, add(menu, WindowCommand::ExternalStorage, QString(), {Qt::CTRL | Qt::Key_2}));
   setStorages({}, 0);
 }
 
@@ -123,11 +128,11 @@ void WindowMenus::buildViewMenu() {
   menu->addSeparator();
   QMenu* const sorting = menu->addMenu(localized("menu_view_sort"));
   sorting->setLayoutDirection(m_window.layoutDirection());
+  auto* const columns = new QActionGroup(&m_window);
   const std::array headings{"MNU_FileName", "MNU_DateOfModify", "MSG_FileSize"};
   for (std::size_t column = 0; column < kSortCommands.size(); ++column)
-    add(sorting, kSortCommands[column], entryText(localized(headings[column])),
-        {Qt::ALT | Qt::Key(Qt::Key_1 + int(column))})
-        ->setCheckable(true);
+    addChoice(columns, add(sorting, kSortCommands[column], entryText(localized(headings[column])),
+                           {Qt::ALT | Qt::Key(Qt::Key_1 + int(column))}));
   menu->addSeparator();
   add(menu, WindowCommand::Expand, localized("menu_view_expand"), {Qt::CTRL | arrow(true)});
   add(menu, WindowCommand::Collapse, localized("menu_view_collapse"), {Qt::CTRL | arrow(false)});

@@ -10,13 +10,15 @@
 #include <memory>
 
 class QAction;
-class QActionGroup;
 class QKeySequence;
 class QMainWindow;
 class QMenu;
 
 /// An entry's text as it is shown elsewhere: without the mark of its key, and without the ellipsis.
 QString textWithoutMnemonic(QString text);
+
+/// What is shown of a storage's name, in UTF-16 units.
+inline constexpr qsizetype kLongestStorageName = 40;
 
 /// File, Edit, Go, View and Help, with localized texts, and every command's action with its keys. Which commands can be
 /// carried out, and carrying them out, is the window's affair. Main thread.

@@ -1,6 +1,7 @@
 #include "UI/Common/Accessibility.h"
 
 #include "UI/Common/OverlayPanel.h"
+#include "UI/Controls/SGhostView.h"
 #include "UI/Controls/SToolbarButton.h"
 
 #include <QAccessible>
@@ -45,11 +46,52 @@ private:
   SToolbarButton& m_button;
 };
 
+/// A panel waits above its parent's upper edge until it is wanted: shown for Qt, but nobody can see it there.
+class PanelInterface : public QAccessibleWidget {
+public:
+  explicit PanelInterface(OverlayPanel* panel)
+      : QAccessibleWidget(panel, QAccessible::Dialog)
+      , m_panel(*panel) {}
+
+  QAccessible::State state() const override {
+    QAccessible::State state = QAccessibleWidget::state();
+    const QWidget* const parent = m_panel.parentWidget();
+    if (parent != nullptr && !parent->rect().intersects(m_panel.geometry()))
+      state.invisible = true;
+    return state;
+  }
+
+private:
+  OverlayPanel& m_panel;
+};
+
+/// The cover has the keyboard while a panel below it is asked: it goes by the panel's name.
+class CoverInterface : public QAccessibleWidget {
+public:
+  explicit CoverInterface(SGhostView* cover)
+      : QAccessibleWidget(cover, QAccessible::LayeredPane)
+      , m_cover(*cover) {}
+
+  QString text(QAccessible::Text kind) const override {
+    const auto* const panel = qobject_cast<QWidget*>(m_cover.eventReceiver());
+    if (panel != nullptr && kind == QAccessible::Name && !panel->accessibleName().isEmpty())
+      return panel->accessibleName();
+    if (panel != nullptr && kind == QAccessible::Description)
+      return panel->accessibleDescription();
+    return QAccessibleWidget::text(kind);
+  }
+
+private:
+  SGhostView& m_cover;
+};
+
 QAccessibleInterface* makeInterface(const QString&, QObject* object) {
   if (auto* button = qobject_cast<SToolbarButton*>(object))
     return new ToolbarButtonInterface(button);
   if (auto* panel = qobject_cast<OverlayPanel*>(object))
-    return new QAccessibleWidget(panel, QAccessible::Dialog);
+    return new PanelInterface(panel);
+  if (auto* cover = qobject_cast<SGhostView*>(object))
+    return new CoverInterface(cover);
   return nullptr;
 }
 

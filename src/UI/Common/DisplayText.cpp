@@ -4,8 +4,6 @@ namespace ui {
 
 namespace {
 
-constexpr qsizetype kLimit = 2048;
-
 bool steersDirection(char16_t c) {
   return c == 0x061C || c == 0x200E || c == 0x200F || (c >= 0x202A && c <= 0x202E) || (c >= 0x2066 && c <= 0x2069);
 }
@@ -17,13 +15,13 @@ bool breaksTheLine(QChar c) {
 
 } // namespace
 
-QString singleLineText(const QString& text) {
+QString singleLineText(const QString& text, qsizetype longest) {
   QString line;
-  line.reserve(qMin(text.size(), kLimit));
+  line.reserve(qMin(text.size(), longest));
   for (qsizetype i = 0; i < text.size(); ++i) {
     const QChar c = text[i];
     const bool isPair = c.isHighSurrogate() && i + 1 < text.size() && text[i + 1].isLowSurrogate();
-    if (line.size() + (isPair ? 2 : 1) > kLimit - 1 && i + (isPair ? 2 : 1) < text.size()) {
+    if (line.size() + (isPair ? 2 : 1) > longest - 1 && i + (isPair ? 2 : 1) < text.size()) {
       line += QChar(0x2026);
       break;
     }

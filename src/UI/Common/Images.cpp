@@ -13,6 +13,7 @@
 #include <QtMath>
 
 #include <array>
+#include <cmath>
 
 namespace ui {
 
@@ -31,10 +32,12 @@ constexpr std::array kNamedColors{
     NamedColor{QLatin1StringView("ViewBackground"), 0xffeef1f4, 0xff2b2f34},
     // What is white on a light desktop.
     NamedColor{QLatin1StringView("Paper"), 0xffffffff, 0xff1f2226},
-    // Selected rows, the row below the pointer, the line around the row with the keyboard focus.
+    // Selected rows, the row below the pointer.
     NamedColor{QLatin1StringView("RowSelected"), 0xffcfe9fa, 0xff1d4a63},
     NamedColor{QLatin1StringView("RowHovered"), 0xfff1f5f8, 0xff2a2e33},
+    // What moves while the program is busy; the line around what has the keyboard, seen on all of the above.
     NamedColor{QLatin1StringView("Accent"), 0xff19b1f2, 0xff19b1f2},
+    NamedColor{QLatin1StringView("FocusLine"), 0xff0a76b4, 0xff4cc2f5},
     // The panels' buttons: the one that Return means, the others, and the line around those.
     NamedColor{QLatin1StringView("ButtonPrimary"), 0xff0c74b4, 0xff1478b4},
     NamedColor{QLatin1StringView("ButtonPlain"), 0xffffffff, 0xff3f454c},
@@ -43,6 +46,41 @@ constexpr std::array kNamedColors{
     NamedColor{QLatin1StringView("Danger"), 0xffc62f2f, 0xffff7b72},
     NamedColor{QLatin1StringView("DangerBackground"), 0xfffde7e5, 0xff4a2624},
 };
+
+/// The colours of our own that give way to the desktop's where that wants as much contrast as there can be.
+struct ContrastRole {
+  QLatin1StringView name;
+  QPalette::ColorRole role;
+};
+
+constexpr std::array kContrastRoles{
+    ContrastRole{QLatin1StringView("ItemText"), QPalette::WindowText},
+    ContrastRole{QLatin1StringView("ViewBackground"), QPalette::Window},
+    ContrastRole{QLatin1StringView("Paper"), QPalette::Window},
+    ContrastRole{QLatin1StringView("ButtonPlain"), QPalette::Window},
+    ContrastRole{QLatin1StringView("ButtonFrame"), QPalette::WindowText},
+    ContrastRole{QLatin1StringView("FocusLine"), QPalette::WindowText},
+};
+
+/// The relative luminance of a colour: 0 black, 1 white.
+double luminance(const QColor& color) {
+  const auto linear = [](double part) {
+    return part <= 0.03928 ? part / 12.92 : std::pow((part + 0.055) / 1.055, 2.4);
+  };
+  return 0.2126 * linear(color.redF()) + 0.7152 * linear(color.greenF()) + 0.0722 * linear(color.blueF());
+}
+
+bool isHighContrast(const QPalette& palette) {
+  constexpr double wanted = 18.5; // ordinary desktops stay below it, be it by a grey window
+  static qint64 lastPalette = 0;  // asked of the same one for every cell of every row
+  static bool lastAnswer = false;
+  if (palette.cacheKey() != lastPalette) {
+    lastPalette = palette.cacheKey();
+    lastAnswer = contrast(palette.color(QPalette::WindowText), palette.color(QPalette::Window)) >= wanted &&
+                 contrast(palette.color(QPalette::Text), palette.color(QPalette::Base)) >= wanted;
+  }
+  return lastAnswer;
+}
 
 QHash<QString, QIcon>& registeredImages() {
   static QHash<QString, QIcon> images;
@@ -109,7 +147,18 @@ bool isDarkPalette(const QPalette& palette) {
   return palette.color(QPalette::Window).lightness() < palette.color(QPalette::WindowText).lightness();
 }
 
+double contrast(const QColor& one, const QColor& other) {
+  const double a = luminance(one);
+  const double b = luminance(other);
+  return (qMax(a, b) + 0.05) / (qMin(a, b) + 0.05);
+}
+
 QColor namedColor(const QString& name, const QPalette& palette) {
+  for (const ContrastRole& own : kContrastRoles) {
+    if (own.name == name && isHighContrast(palette)) {
+      return palette.color(own.role);
+    }
+  }
   for (const NamedColor& color : kNamedColors) {
     if (color.name == name) {
       return QColor::fromRgba(isDarkPalette(palette) ? color.dark : color.light);

@@ -27,10 +27,15 @@ QSize imageSize(const QIcon& image);
 void drawImage(QPainter& painter, const QRectF& target, const QIcon& image, QIcon::Mode mode = QIcon::Normal);
 
 /// The named colour `name` ("ItemText", "ViewBackground" and the others of Images.cpp) of the light or the dark set,
-/// whichever fits `palette`. Blue, with a log line, when no colour has that name.
+/// whichever fits `palette`; of a palette of the highest contrast (black and white) texts, lines and backgrounds are
+/// its own. Blue, with a log line, when no colour has that name.
 QColor namedColor(const QString& name, const QPalette& palette);
 /// The same for the application's palette.
 QColor namedColor(const QString& name);
+
+/// How much two opaque colours differ: from 1 (not at all) to 21 (black and white). A text is easily read from 7 on, a
+/// line seen from 3 on.
+double contrast(const QColor& one, const QColor& other);
 
 /// Whether `palette` is one of a dark desktop.
 bool isDarkPalette(const QPalette& palette);

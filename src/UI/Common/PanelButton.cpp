@@ -54,7 +54,7 @@ void PanelButton::paintEvent(QPaintEvent*) {
   painter.drawRoundedRect(plate, kRadius, kRadius);
   if (hasFocus()) {
     painter.setBrush(Qt::NoBrush);
-    painter.setPen(QPen(namedColor(QStringLiteral("Accent"), palette()), 2));
+    painter.setPen(QPen(namedColor(QStringLiteral("FocusLine"), palette()), 2));
     painter.drawRoundedRect(plate.adjusted(-1.5, -1.5, 1.5, 1.5), kRadius + 1.5, kRadius + 1.5);
   }
   painter.setPen(isPrimary ? QColor(Qt::white) : namedColor(QStringLiteral("ItemText"), palette()));

@@ -15,7 +15,7 @@ constexpr int kBox = 16;
 constexpr int kGap = 8;
 
 QPen framePen(const QWidget& widget) {
-  return widget.hasFocus() ? QPen(namedColor(QStringLiteral("Accent"), widget.palette()), 2)
+  return widget.hasFocus() ? QPen(namedColor(QStringLiteral("FocusLine"), widget.palette()), 2)
                            : QPen(namedColor(QStringLiteral("ButtonFrame"), widget.palette()), 1);
 }
 

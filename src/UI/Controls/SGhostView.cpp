@@ -1,6 +1,7 @@
 #include "UI/Controls/SGhostView.h"
 
 #include "Platform/MainThread.h"
+#include "UI/Common/Accessibility.h"
 #include "UI/Common/OverlayPanel.h"
 
 #include <QEvent>
@@ -36,6 +37,7 @@ bool isDrag(QEvent::Type type) {
 SGhostView::SGhostView(QWidget* parent)
     : QWidget(parent) {
   platform::assertMainThread();
+  ui::installAccessibility();
   setAcceptDrops(true);
   setMouseTracking(true);
   setFocusPolicy(Qt::NoFocus); // takes the keyboard when told to; a click on it must not take it from a panel above

@@ -26,6 +26,9 @@ public:
   /// object: nobody. Not owned: a destroyed receiver is forgotten.
   void setOwnerDelegate(QObject* receiver) override;
 
+  /// The receiver; null without one.
+  QObject* eventReceiver() const { return m_pEventReceiver; }
+
   /// `runViewModalWithParam:result:` Returns 1 at once: the cover asks nothing. Any thread.
   int runViewModalWithParam(const QVariant& param, QVariant* result) override;
 

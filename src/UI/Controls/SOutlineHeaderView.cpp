@@ -45,6 +45,8 @@ int SOutlineHeaderView::widthOfColumn(int section) const {
 void SOutlineHeaderView::setWidthOfColumn(int section, int width) {
   platform::assertMainThread();
   resizeSection(section, limited(section, width) + kColumnSpacing);
+  if (section == 0)
+    m_firstColumnFits = false;
 }
 
 QSize SOutlineHeaderView::sizeHint() const {

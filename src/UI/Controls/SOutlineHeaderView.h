@@ -38,7 +38,7 @@ public:
 
   /// A column's width without the spacing.
   int widthOfColumn(int section) const;
-  /// Sets a column's width, held within its limits.
+  /// Sets a column's width, held within its limits; the first column keeps it from then on.
   void setWidthOfColumn(int section, int width);
   /// Whether the first column takes the room that the others leave.
   bool isFirstColumnFitted() const { return m_firstColumnFits; }

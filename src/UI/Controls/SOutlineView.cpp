@@ -356,7 +356,7 @@ void SOutlineView::drawRowBackground(QPainter* painter, const QRectF& row, const
   }
   if (hasFocus() && currentIndex().isValid() && currentIndex().siblingAtColumn(kFileName) == index) {
     painter->setBrush(Qt::NoBrush);
-    painter->setPen(QPen(ui::namedColor(QStringLiteral("Accent"), palette()), 1));
+    painter->setPen(QPen(ui::namedColor(QStringLiteral("FocusLine"), palette()), 1));
     painter->drawRoundedRect(plate.adjusted(0.5, 0.5, -0.5, -0.5), 4, 4);
   }
   painter->restore();

@@ -79,7 +79,7 @@ void SToolbarButton::paintEvent(QPaintEvent*) {
   drawTitle(painter);
   if (hasFocus()) {
     painter.setRenderHint(QPainter::Antialiasing);
-    painter.setPen(QPen(ui::namedColor(QStringLiteral("Accent"), palette()), 1.5));
+    painter.setPen(QPen(ui::namedColor(QStringLiteral("FocusLine"), palette()), 1.5));
     painter.drawRoundedRect(QRectF(rect()).adjusted(1, 1, -1, -1), 4, 4);
   }
 }

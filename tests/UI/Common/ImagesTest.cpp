@@ -20,6 +20,8 @@ QPalette darkPalette() {
   QPalette palette;
   palette.setColor(QPalette::Window, QColor(40, 42, 46));
   palette.setColor(QPalette::WindowText, Qt::white);
+  palette.setColor(QPalette::Base, QColor(31, 34, 38));
+  palette.setColor(QPalette::Text, Qt::white);
   return palette;
 }
 
@@ -43,6 +45,15 @@ QImage drawn(const QIcon& icon, const QSize& size, qreal scale = 1) {
   QPainter painter(&image);
   ui::drawImage(painter, QRectF(QPointF(0, 0), QSizeF(size)), icon);
   return image;
+}
+
+QPalette highContrast(const QColor& text, const QColor& background) {
+  QPalette palette(background);
+  for (const auto role : {QPalette::Window, QPalette::Base, QPalette::Button})
+    palette.setColor(role, background);
+  for (const auto role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText})
+    palette.setColor(role, text);
+  return palette;
 }
 
 /// The colours of the fully covered pixels.
@@ -142,6 +153,41 @@ TEST(NamedColor, HasALightAndADarkSet) {
   EXPECT_GT(dark.lightness(), 128);
   EXPECT_GT(ui::namedColor("ViewBackground", QPalette(Qt::white)).lightness(), 128);
   EXPECT_LT(ui::namedColor("ViewBackground", darkPalette()).lightness(), 128);
+}
+
+TEST(NamedColor, ContrastRunsFromOneToTwentyOne) {
+  EXPECT_DOUBLE_EQ(ui::contrast(Qt::black, Qt::black), 1);
+  EXPECT_DOUBLE_EQ(ui::contrast(Qt::black, Qt::white), 21);
+  EXPECT_DOUBLE_EQ(ui::contrast(Qt::white, Qt::black), 21);
+  EXPECT_NEAR(ui::contrast(QColor(0x77, 0x77, 0x77), Qt::white), 4.48, 0.01);
+}
+
+TEST(NamedColor, TextsAndTheFocusLineAreReadOnEveryDesktop) {
+  for (const QPalette& palette : {QPalette(QColor(0xef, 0xef, 0xef)), darkPalette(), highContrast(Qt::black, Qt::white),
+                                  highContrast(Qt::white, Qt::black), highContrast(Qt::yellow, Qt::black)}) {
+    const QColor text = ui::namedColor("ItemText", palette);
+    const QColor line = ui::namedColor("FocusLine", palette);
+    for (const char* const background : {"ViewBackground", "Paper", "RowSelected", "RowHovered", "ButtonPlain"}) {
+      EXPECT_GE(ui::contrast(text, ui::namedColor(background, palette)), 7) << background;
+      EXPECT_GE(ui::contrast(line, ui::namedColor(background, palette)), 3) << background;
+    }
+    EXPECT_GE(ui::contrast(text, palette.color(QPalette::Base)), 7); // what the rows stand on
+    EXPECT_GE(ui::contrast(line, palette.color(QPalette::Base)), 3);
+    EXPECT_GE(ui::contrast(Qt::white, ui::namedColor("ButtonPrimary", palette)), 4.5);
+  }
+}
+
+TEST(NamedColor, OfTheHighestContrastAreTheDesktopsOwn) {
+  for (const auto& [text, background] : {std::pair(Qt::black, Qt::white), std::pair(Qt::white, Qt::black)}) {
+    const QPalette palette = highContrast(text, background);
+    EXPECT_EQ(ui::namedColor("ItemText", palette), QColor(text));
+    EXPECT_EQ(ui::namedColor("ButtonFrame", palette), QColor(text));
+    EXPECT_EQ(ui::namedColor("FocusLine", palette), QColor(text));
+    EXPECT_EQ(ui::namedColor("ViewBackground", palette), QColor(background));
+    EXPECT_EQ(ui::namedColor("Paper", palette), QColor(background));
+  }
+  const QPalette ordinary(QColor(0xef, 0xef, 0xef));
+  EXPECT_NE(ui::namedColor("ViewBackground", ordinary), ordinary.color(QPalette::Window));
 }
 
 TEST(NamedColor, ThatDoesNotExistIsBlueAndALogLine) {

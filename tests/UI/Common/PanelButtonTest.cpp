@@ -44,8 +44,8 @@ TEST_F(PanelButtonKeys, ShowWhereTheyGo) {
   const QImage without = m_button.grab().toImage();
   m_button.setFocus();
   const QImage with = m_button.grab().toImage();
-  EXPECT_EQ(with.pixelColor(with.width() / 2, 1), ui::namedColor("Accent", m_button.palette()));
-  EXPECT_NE(without.pixelColor(with.width() / 2, 1), ui::namedColor("Accent", m_button.palette()));
+  EXPECT_EQ(with.pixelColor(with.width() / 2, 1), ui::namedColor("FocusLine", m_button.palette()));
+  EXPECT_NE(without.pixelColor(with.width() / 2, 1), ui::namedColor("FocusLine", m_button.palette()));
 }
 
 TEST(PanelButton, GrowsWithItsTitle) {

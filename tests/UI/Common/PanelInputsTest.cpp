@@ -36,7 +36,7 @@ TEST_F(PanelInput, FieldsFrameShowsTheKeyboardFocus) {
   m_box.setFocus();
   EXPECT_EQ(edgeOf(m_field), ui::namedColor("ButtonFrame", m_field.palette()));
   m_field.setFocus();
-  EXPECT_EQ(edgeOf(m_field), ui::namedColor("Accent", m_field.palette()));
+  EXPECT_EQ(edgeOf(m_field), ui::namedColor("FocusLine", m_field.palette()));
 }
 
 TEST_F(PanelInput, FieldsFrameIsThatOfTheDarkSetInTheDark) {
