@@ -18,6 +18,8 @@
 #include <QTableWidget>
 #include <QVBoxLayout>
 
+#include <algorithm>
+
 namespace {
 
 constexpr std::array kSortCommands{WindowCommand::SortByName, WindowCommand::SortByDate, WindowCommand::SortBySize};
@@ -213,15 +215,18 @@ void WindowMenus::showKeys() {
   table->setEditTriggers(QAbstractItemView::NoEditTriggers);
   table->setSelectionBehavior(QAbstractItemView::SelectRows);
   table->setTabKeyNavigation(false);
+  const QString sorting = textWithoutMnemonic(localized("menu_view_sort")) + QStringLiteral(": ");
   for (const QAction* const action : m_actions) {
     if (!action->isVisible())
       continue;
+    const bool sorts = std::any_of(kSortCommands.begin(), kSortCommands.end(),
+                                   [&](WindowCommand command) { return action == this->action(command); });
     QStringList keys;
     for (const QKeySequence& key : action->shortcuts())
       keys.append(key.toString(QKeySequence::NativeText));
     const int row = table->rowCount();
     table->insertRow(row);
-    table->setItem(row, 0, new QTableWidgetItem(textWithoutMnemonic(action->text())));
+    table->setItem(row, 0, new QTableWidgetItem((sorts ? sorting : QString()) + textWithoutMnemonic(action->text())));
     table->setItem(row, 1, new QTableWidgetItem(keys.join(QStringLiteral(", "))));
   }
   auto* const buttons = new QDialogButtonBox(QDialogButtonBox::Close, dialog);

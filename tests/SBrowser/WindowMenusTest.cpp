@@ -316,6 +316,7 @@ TEST_F(WindowMenusTest, TheListOfKeysShowsWhatIsOfferedWithItsKeys) {
     lines[table->item(row, 0)->text()] = table->item(row, 1)->text();
   EXPECT_EQ(lines.at(QStringLiteral("Reload")), QStringLiteral("F5, Ctrl+R"));
   EXPECT_EQ(lines.at(QStringLiteral("New Folder")), QStringLiteral("Ctrl+Shift+N"));
+  EXPECT_EQ(lines.at(QStringLiteral("Sort By: Name")), QStringLiteral("Alt+1"));
   EXPECT_FALSE(lines.contains(QStringLiteral("Upload")));
   EXPECT_EQ(lines.size(), kWindowCommandCount - 3); // and no storage is there
   const QPointer<QDialog> watched(qobject_cast<QDialog*>(table->window()));

@@ -327,6 +327,16 @@ bool SOutlineView::viewportEvent(QEvent* event) {
   return QTreeView::viewportEvent(event);
 }
 
+void SOutlineView::selectionChanged(const QItemSelection& selected, const QItemSelection& deselected) {
+  QTreeView::selectionChanged(selected, deselected);
+  viewport()->update();
+}
+
+void SOutlineView::currentChanged(const QModelIndex& current, const QModelIndex& previous) {
+  QTreeView::currentChanged(current, previous);
+  viewport()->update();
+}
+
 void SOutlineView::setHoveredRow(qint64 row) {
   if (row != m_hoveredRow) {
     updateRow(m_hoveredRow);

@@ -115,6 +115,9 @@ protected:
   /// A press of the right button selects nothing: menuForEvent() does.
   void mousePressEvent(QMouseEvent* event) override;
   void contextMenuEvent(QContextMenuEvent* event) override;
+  /// A row's plate is as wide as the tree, which is more than the base class draws anew.
+  void selectionChanged(const QItemSelection& selected, const QItemSelection& deselected) override;
+  void currentChanged(const QModelIndex& current, const QModelIndex& previous) override;
   void drawRow(QPainter* painter, const QStyleOptionViewItem& options, const QModelIndex& index) const override;
   void drawBranches(QPainter* painter, const QRect& rect, const QModelIndex& index) const override;
 

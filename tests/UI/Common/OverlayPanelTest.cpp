@@ -52,6 +52,17 @@ TEST_F(PanelInWindow, CastsAShadowWhileItIsInSightOnly) {
   EXPECT_EQ(pixelBelow(), plain);
 }
 
+TEST(PanelInAWindowToCome, HiddenBeforeTheWindowIsShownCastsNoShadow) {
+  QWidget window;
+  Panel panel(&window);
+  panel.hide();
+  window.show();
+  for (const QWidget* const child : window.findChildren<QWidget*>())
+    EXPECT_FALSE(child->isVisible()) << child->metaObject()->className();
+  panel.show();
+  EXPECT_TRUE(panel.isVisible());
+}
+
 TEST_F(PanelInWindow, TakesItsShadowAlongWhenItGoes) {
   const auto children = m_window.children().size();
   m_panel.reset();

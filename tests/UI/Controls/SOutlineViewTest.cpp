@@ -632,3 +632,34 @@ TEST(OutlineOf100000Rows, OpensTheMenuOfAllRowsByCountingRanges) {
   EXPECT_LE(owner.asked, 100000);
   view.setOwnerDelegate(nullptr);
 }
+
+namespace {
+
+/// What is painted of a widget.
+class PaintedRegion : public QObject {
+public:
+  bool eventFilter(QObject*, QEvent* event) override {
+    if (event->type() == QEvent::Paint)
+      region += static_cast<QPaintEvent*>(event)->region();
+    return false;
+  }
+  QRegion region;
+};
+
+} // namespace
+
+TEST_F(Outline, DrawsRowsAnewInTheirWholeWidthWhenTheSelectionMovesInBothDirections) {
+  for (const Qt::LayoutDirection direction : {Qt::LeftToRight, Qt::RightToLeft}) {
+    m_view.setLayoutDirection(direction);
+    m_view.setSelectedRowIndex(0);
+    QCoreApplication::processEvents();
+    PaintedRegion painted;
+    m_view.viewport()->installEventFilter(&painted);
+    m_view.setSelectedRowIndex(1);
+    QCoreApplication::processEvents();
+    for (const int row : {0, 1}) {
+      const QRect whole(0, row * SOutlineView::kRowHeight, m_view.viewport()->width(), SOutlineView::kRowHeight);
+      EXPECT_TRUE(QRegion(whole).subtracted(painted.region).isEmpty()) << direction << " " << row;
+    }
+  }
+}
