@@ -12,9 +12,9 @@ using Command = WindowCommand;
 using Commands = std::set<Command>;
 
 const Commands kAlways{Command::Quit};
-const Commands kWithoutPhone{Command::Quit, Command::ShowKeys, Command::About};
-const Commands kRows{Command::NewFolder,  Command::Upload,     Command::SelectAll, Command::Reload,
-                     Command::SortByName, Command::SortByDate, Command::SortBySize};
+const Commands kWithoutPhone{Command::Quit, Command::LastTransfer, Command::ShowKeys, Command::About};
+const Commands kRows{Command::NewFolder, Command::Upload,     Command::UploadFolder, Command::SelectAll,
+                     Command::Reload,    Command::SortByName, Command::SortByDate,   Command::SortBySize};
 
 Commands possible(const WindowState& state) {
   const WindowCommandSet set = possibleCommands(state);
@@ -152,4 +152,11 @@ TEST(WindowCommands, ABlockedWindowCanOnlyBeClosed) {
   state.selectedRows = 1;
   state.selectedType = kMenuTypeFolder;
   EXPECT_EQ(possible(state), kAlways);
+}
+
+TEST(WindowCommands, ATransferCanBeCanceledWhileItBlocksTheWindow) {
+  WindowState state = browsing();
+  state.isBlocked = state.isTransferring = true;
+  state.storagesEnabled = state.backAndNextEnabled = false;
+  EXPECT_EQ(possible(state), (kAlways + Commands{Command::CancelTransfer}));
 }

@@ -91,6 +91,9 @@ protected:
 const std::map<Command, QKeySequence> kKeys{
     {Command::NewFolder, Qt::CTRL | Qt::SHIFT | Qt::Key_N},
     {Command::Upload, Qt::CTRL | Qt::Key_U},
+    {Command::UploadFolder, Qt::CTRL | Qt::SHIFT | Qt::Key_U},
+    {Command::CancelTransfer, Qt::CTRL | Qt::Key_Period},
+    {Command::LastTransfer, Qt::CTRL | Qt::Key_J},
     {Command::CopyTo, Qt::CTRL | Qt::SHIFT | Qt::Key_C},
     {Command::Quit, Qt::CTRL | Qt::Key_Q},
     {Command::Rename, Qt::Key_F2},

@@ -25,8 +25,8 @@ namespace {
 
 using Command = WindowCommand;
 
-constexpr std::array kHandledCommands{Command::NewFolder, Command::Upload, Command::CopyTo, Command::Rename,
-                                      Command::Delete};
+constexpr std::array kHandledCommands{Command::NewFolder, Command::Upload, Command::UploadFolder,
+                                      Command::CopyTo,    Command::Rename, Command::Delete};
 
 QString localized(const char* key) {
   return VornLocalStringDefine::QX_LocalizedStringWithKey(QLatin1StringView(key));
@@ -592,8 +592,8 @@ TEST_F(WindowUseTest, AfterADetachOnlyTheProgramItselfHasCommands) {
   handleCommands();
   controller->deviceDisconnected();
   for (std::size_t i = 0; i < kWindowCommandCount; ++i) {
-    const bool isProgram =
-        Command(i) == Command::Quit || Command(i) == Command::ShowKeys || Command(i) == Command::About;
+    const bool isProgram = Command(i) == Command::Quit || Command(i) == Command::LastTransfer ||
+                           Command(i) == Command::ShowKeys || Command(i) == Command::About;
     EXPECT_EQ(action(Command(i)).isEnabled(), isProgram) << i;
   }
   EXPECT_FALSE(action(Command::InternalStorage).isVisible());
