@@ -3,6 +3,7 @@
 #include "Platform/MainThread.h"
 #include "UI/Common/Accessibility.h"
 #include "UI/Common/BottomLeft.h"
+#include "UI/Common/InputEvents.h"
 
 #include <QKeyEvent>
 #include <QPaintEvent>
@@ -59,22 +60,6 @@ protected:
     }
   }
 };
-
-bool isPointerEvent(QEvent::Type type) {
-  switch (type) {
-  case QEvent::MouseButtonPress:
-  case QEvent::MouseButtonRelease:
-  case QEvent::MouseButtonDblClick:
-  case QEvent::MouseMove:
-  case QEvent::Wheel:
-  case QEvent::Enter:
-  case QEvent::Leave:
-  case QEvent::ContextMenu:
-    return true;
-  default:
-    return false;
-  }
-}
 
 } // namespace
 
@@ -151,7 +136,7 @@ void OverlayPanel::slideFromHere(bool hidden) {
 }
 
 bool OverlayPanel::event(QEvent* event) {
-  if (isPointerEvent(event->type())) {
+  if (isPointerEvent(event->type()) || event->type() == QEvent::ContextMenu) {
     event->accept();
     return true;
   }

@@ -2,6 +2,7 @@
 
 #include "Platform/MainThread.h"
 #include "UI/Common/Accessibility.h"
+#include "UI/Common/InputEvents.h"
 #include "UI/Common/OverlayPanel.h"
 
 #include <QEvent>
@@ -12,24 +13,7 @@ namespace {
 
 /// The events the cover keeps from what lies below it.
 bool isInput(QEvent::Type type) {
-  switch (type) {
-  case QEvent::MouseButtonPress:
-  case QEvent::MouseButtonRelease:
-  case QEvent::MouseButtonDblClick:
-  case QEvent::MouseMove:
-  case QEvent::Wheel:
-  case QEvent::Enter:
-  case QEvent::Leave:
-  case QEvent::KeyPress:
-  case QEvent::KeyRelease:
-    return true;
-  default:
-    return false;
-  }
-}
-
-bool isDrag(QEvent::Type type) {
-  return type == QEvent::DragEnter || type == QEvent::DragMove || type == QEvent::DragLeave || type == QEvent::Drop;
+  return ui::isPointerEvent(type) || ui::isKeyEvent(type);
 }
 
 } // namespace
@@ -67,7 +51,7 @@ bool SGhostView::event(QEvent* event) {
   if (event->type() == QEvent::ShortcutOverride && ui::keepsShortcut(*event)) {
     return true;
   }
-  if (isDrag(event->type())) {
+  if (ui::isDragEvent(event->type())) {
     event->ignore();
     return true;
   }

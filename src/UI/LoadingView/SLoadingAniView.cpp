@@ -2,6 +2,7 @@
 
 #include "Platform/MainThread.h"
 #include "UI/Common/Images.h"
+#include "UI/Common/InputEvents.h"
 #include "UI/Common/OverlayPanel.h"
 
 #include <QEvent>
@@ -13,25 +14,7 @@ namespace {
 constexpr int kImageSide = 120;
 
 bool isSwallowed(QEvent::Type type) {
-  switch (type) {
-  case QEvent::MouseButtonPress:
-  case QEvent::MouseButtonRelease:
-  case QEvent::MouseButtonDblClick:
-  case QEvent::MouseMove:
-  case QEvent::Wheel:
-  case QEvent::Enter:
-  case QEvent::Leave:
-  case QEvent::KeyPress:
-  case QEvent::KeyRelease:
-  case QEvent::ContextMenu:
-    return true;
-  default:
-    return false;
-  }
-}
-
-bool isDrag(QEvent::Type type) {
-  return type == QEvent::DragEnter || type == QEvent::DragMove || type == QEvent::DragLeave || type == QEvent::Drop;
+  return ui::isPointerEvent(type) || ui::isKeyEvent(type) || type == QEvent::ContextMenu;
 }
 
 } // namespace
@@ -69,7 +52,7 @@ bool SLoadingAniView::event(QEvent* event) {
   if (event->type() == QEvent::ShortcutOverride && ui::keepsShortcut(*event)) {
     return true;
   }
-  if (isDrag(event->type())) {
+  if (ui::isDragEvent(event->type())) {
     event->ignore();
     return true;
   }
