@@ -40,6 +40,7 @@ using namespace std::chrono_literals;
 // How long after the start the embedded phone waits for a real one to be announced.
 constexpr auto realPhonesFirst = 1200ms;
 // How long the end waits for workers; the engine has ended their transactions before.
+constexpr auto farewellLimit = 3000ms;
 constexpr auto workersLimit = 5000ms;
 
 class Notifier : public DeviceNotifierService {
@@ -155,8 +156,10 @@ int runApplication(int argc, char** argv) {
     embeddedStart.reset();
     delegate.applicationWillTerminate();
     platform::refuseWaiting(true);
+    // A transfer under way is canceled: it takes its unfinished file off the phone again while there is a session.
+    platform::waitForWorkers(farewellLimit);
     embeddedPhone.detach();
-    mtp::shutdown(); // ends the transactions that workers wait for
+    mtp::shutdown(); // ends the transactions that workers still wait for
     if (!platform::waitForWorkers(workersLimit))
       MTPB_LOG("%d background threads did not end in time", platform::runningWorkers());
   }

@@ -9,6 +9,7 @@
 #include <sys/stat.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <cstring>
 #include <limits>
 
@@ -24,16 +25,19 @@ std::optional<struct stat> statusAt(const QString& path, bool followsLink) {
   return result == 0 ? std::optional(status) : std::nullopt;
 }
 
-/// The names in a folder as the system has them, sorted.
-std::vector<QByteArray> namesIn(const QString& folder) {
+/// The names in a folder as the system has them, sorted. None at all when they cannot all be read.
+std::optional<std::vector<QByteArray>> namesIn(const QString& folder) {
   std::vector<QByteArray> names;
   const auto close = [](DIR* directory) { ::closedir(directory); };
   const std::unique_ptr<DIR, decltype(close)> directory(::opendir(QFile::encodeName(folder).constData()), close);
   if (!directory)
-    return names;
+    return std::nullopt;
+  errno = 0;
   while (const dirent* const entry = ::readdir(directory.get()))
     if (std::strcmp(entry->d_name, ".") != 0 && std::strcmp(entry->d_name, "..") != 0)
       names.emplace_back(entry->d_name);
+  if (errno != 0)
+    return std::nullopt;
   std::sort(names.begin(), names.end());
   return names;
 }
@@ -80,12 +84,16 @@ std::shared_ptr<STransferItem> UploadPlanner::folderEntry(const QString& path, c
 std::optional<UploadPlanner::Plan>
 UploadPlanner::getListFileInMacFolder(const QString& baseFolder, const QString& subFolder, std::uint64_t& totalSize) {
   const QString folder = subFolder.isNull() ? baseFolder : joined(baseFolder, subFolder);
-  const std::vector<QByteArray> names = namesIn(folder);
+  const auto names = namesIn(folder);
   if (m_isCanceled())
     return std::nullopt;
   Plan plan;
   totalSize = 0;
-  for (const QByteArray& rawName : names) {
+  if (!names) {
+    m_leftOut(subFolder.isNull() ? folder : joined(subFolder, QStringLiteral("*")), DGSTATUS_FILE_OPEN_FAILED);
+    return plan;
+  }
+  for (const QByteArray& rawName : *names) {
     const QString name = QFile::decodeName(rawName);
     const QString relative = subFolder.isNull() ? name : joined(subFolder, name);
     if (isIgnored(name))

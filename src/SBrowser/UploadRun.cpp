@@ -45,6 +45,8 @@ void UploadRun::dropItemsToDevice() {
   plan();
   if (!m_run->isStopped() && !m_run->plan().empty())
     m_queue->performHere(m_run->session(), [this](DeviceSession& session) { transfer(session); });
+  else if (!m_run->isStopped())
+    m_run->complete(); // nothing to do is done: what the phone adds by itself counts again
   m_run->end();
   if (m_drop.proposed && !m_run->isDetached())
     m_run->onMainThread([this] { m_tree.expandDropped(m_drop.proposed); });
@@ -183,10 +185,14 @@ std::uint32_t UploadRun::replace(DeviceSession& session, const STransferItem& en
   const auto isOther = [&](const Child& child) { return composed(child.name) != composed(entry.fileName()); };
   if (std::any_of(namesakes.begin(), namesakes.end(), isOther) && namesakes.size() > 1)
     return DGSTATUS_NODE_FILE_DUPNAME_EXISTED; // with one of them gone the others would still be in the way
-  if (entry.objectType() == SObjectTypeFile && !QFileInfo(entry.srcPath()).isReadable())
+  const QFileInfo source(entry.srcPath());
+  const bool isFolder = entry.objectType() == SObjectTypeFolder;
+  if (!source.isReadable() || (isFolder && !(source.isDir() && source.isExecutable())))
     return DGSTATUS_FILE_OPEN_FAILED;
   MTPDextSDKWrapper& mtp = *session.mtp;
   for (Child& child : namesakes) {
+    if (m_run->isStopped())
+      return DGSTATUS_IO_CANCEL;
     if (child.item && !m_run->onMainThread([&] {
           child.nodeID = child.item->nodeID();
           child.path = child.item->filePath();

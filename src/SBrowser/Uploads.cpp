@@ -104,8 +104,10 @@ void Uploads::upload(const QStringList& paths, const ItemPointer& item) {
   _drapAndDropPath = target->filePath();
   UploadTree& tree = *this;
   const auto upload = std::make_shared<UploadRun>(run, m_queue, tree, UploadRun::Drop{paths, target, item});
-  if (!m_startWorker("mtp-upload", [upload] { upload->dropItemsToDevice(); }))
+  if (!m_startWorker("mtp-upload", [upload] { upload->dropItemsToDevice(); })) {
+    run->complete();
     run->end();
+  }
 }
 
 // ---- Dialogs ----
@@ -121,6 +123,8 @@ void Uploads::chooseFolder() {
 void Uploads::choose(bool folder) {
   platform::assertMainThread();
   closeDialog();
+  // Where the user is now: the tree may be made anew while the dialog is open.
+  const ItemPointer target = m_window.currentFolderItem();
   auto* const dialog = new QFileDialog(m_window.window());
   m_dialog = dialog;
   dialog->setAttribute(Qt::WA_DeleteOnClose);
@@ -132,12 +136,12 @@ void Uploads::choose(bool folder) {
   dialog->setSupportedSchemes({QStringLiteral("file")});
   if (const QString before = platform::userDefaults::stringForKey(kFolderKey); !before.isEmpty())
     dialog->setDirectory(before);
-  QObject::connect(dialog, &QFileDialog::filesSelected, dialog, [this, dialog](const QStringList& chosen) {
+  QObject::connect(dialog, &QFileDialog::filesSelected, dialog, [this, dialog, target](const QStringList& chosen) {
     platform::userDefaults::setValue(kFolderKey, dialog->directory().absolutePath());
     QStringList paths;
     for (const QString& path : chosen)
       paths.append(QDir::cleanPath(path));
-    upload(paths, nullptr);
+    upload(paths, target);
   });
   dialog->open();
 }

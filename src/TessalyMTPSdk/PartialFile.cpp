@@ -7,6 +7,7 @@
 #include <charconv>
 #include <csignal>
 #include <cstdint>
+#include <cstdio>
 #include <cstring>
 #include <dirent.h>
 #include <fcntl.h>
@@ -88,16 +89,16 @@ PartialFile::~PartialFile() {
 Status PartialFile::open(const std::string& destination) {
   const auto slash = destination.rfind('/');
   m_destination = slash == std::string::npos ? destination : destination.substr(slash + 1);
-  const std::string folder = slash == std::string::npos ? "." : destination.substr(0, slash + 1);
+  m_folderPath = slash == std::string::npos ? "." : destination.substr(0, slash + 1);
   if (m_destination.empty() || m_destination == "." || m_destination == "..")
     return DGSTATUS_FILE_INVALID_CHAR;
-  // Work goes on in this folder even if it gets another name meanwhile.
-  m_folder = OpenFile(::open(folder.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
+  // Work stays in this folder even if it gets another name meanwhile.
+  m_folder = OpenFile(::open(m_folderPath.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
   if (!m_folder)
     return statusOfError(errno, DGSTATUS_FILE_OPEN_FAILED);
   if (const Status status = lookAtDestination(); status != DGSTATUS_SUCCESS)
     return status;
-  if (isFirstUse(folder))
+  if (isFirstUse(m_folderPath))
     removeLeftOvers(m_folder.get());
   return make();
 }
@@ -147,13 +148,31 @@ Status PartialFile::checkRoom(std::uint64_t bytes) const {
   return bytes / block <= facts.f_bavail ? DGSTATUS_SUCCESS : DGSTATUS_STORAGE_FULL;
 }
 
+bool PartialFile::isFolderStillThere() const {
+  struct stat opened {};
+  struct stat named {};
+  return fstat(m_folder.get(), &opened) == 0 && stat(m_folderPath.c_str(), &named) == 0 &&
+         opened.st_dev == named.st_dev && opened.st_ino == named.st_ino;
+}
+
 Status PartialFile::commit(std::optional<std::time_t> modified) {
   if (modified) {
     const struct timespec times[2] = {{0, UTIME_OMIT}, {*modified, 0}};
     futimens(m_file.get(), times); // a file system that keeps no such date keeps the file all the same
   }
-  if (renameat(m_folder.get(), m_name.c_str(), m_folder.get(), m_destination.c_str()) != 0)
+  // Network file systems tell of a full or lost server no sooner than at a close; the file's own descriptor holds its
+  // lock until the end.
+  const int another = dup(m_file.get());
+  if (another < 0 || (close(another) != 0 && errno != EINTR))
     return statusOfError(errno, DGSTATUS_FILE_WRITE_FAILED);
+  if (!isFolderStillThere())
+    return DGSTATUS_FILE_OPEN_FAILED;
+  const unsigned flags = m_replaces ? 0 : RENAME_NOREPLACE; // nobody has agreed to replace what came meanwhile
+  int failed = renameat2(m_folder.get(), m_name.c_str(), m_folder.get(), m_destination.c_str(), flags);
+  if (failed != 0 && errno == EINVAL) // a file system that cannot look and rename in one step
+    failed = renameat(m_folder.get(), m_name.c_str(), m_folder.get(), m_destination.c_str());
+  if (failed != 0)
+    return errno == EEXIST ? DGSTATUS_NODE_FILE_DUPNAME_EXISTED : statusOfError(errno, DGSTATUS_FILE_WRITE_FAILED);
   m_name.clear();
   return DGSTATUS_SUCCESS;
 }

@@ -31,13 +31,17 @@ public:
   bool replaces() const { return m_replaces; }
   /// Whether the computer seems to have room for so many bytes: 0 or DGSTATUS_STORAGE_FULL.
   Status checkRoom(std::uint64_t bytes) const;
-  /// Gives the file its date and the destination's name.
+  /// Gives the file its date and the destination's name. Not when the computer could not keep all of it, a file of that
+  /// name has come meanwhile (DGSTATUS_NODE_FILE_DUPNAME_EXISTED), or the folder stands elsewhere now.
   Status commit(std::optional<std::time_t> modified);
 
 private:
   Status lookAtDestination();
   Status make();
 
+  bool isFolderStillThere() const;
+
+  std::string m_folderPath;
   OpenFile m_folder;
   OpenFile m_file;
   std::string m_name;        // in the folder; empty: none was made, or it was committed

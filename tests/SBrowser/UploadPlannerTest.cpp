@@ -85,10 +85,11 @@ TEST_F(UploadPlannerTest, TheDesktopsOwnFilesAreLeftOutSilently) {
   EXPECT_EQ(leftOut, QStringList());
 }
 
-TEST_F(UploadPlannerTest, AFolderThatCannotBeListedIsEmpty) {
+TEST_F(UploadPlannerTest, AFolderThatCannotBeListedIsEmptyAndLeftOutWithTheReason) {
   const auto plan = list(QStringLiteral("absent"));
   ASSERT_TRUE(plan.has_value());
   EXPECT_TRUE(plan->empty());
+  EXPECT_EQ(leftOut, QStringList{QStringLiteral("absent/* ") + QString::number(DGSTATUS_FILE_OPEN_FAILED, 16)});
 }
 
 TEST_F(UploadPlannerTest, CanceledAtTheBeginningNothingComesOfIt) {

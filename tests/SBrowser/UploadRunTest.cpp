@@ -169,6 +169,7 @@ TEST_F(UploadRunTest, APathThatIsGoneIsSkippedAndThePipeToo) {
 TEST_F(UploadRunTest, AnEmptyPlanEndsAtOnceAndFreesTheWindow) {
   dropAndFinish({computer.filePath(QStringLiteral("gone"))});
   EXPECT_FALSE(isBlocked());
+  EXPECT_FALSE(controller->isTransferProcess()); // what the phone adds by itself is heard again
   EXPECT_EQ(sdk->calls(Operation::SendFileEx), 0);
 }
 
@@ -454,6 +455,7 @@ TEST_F(UploadRunTest, WithoutAThreadTheWindowIsFreeAgain) {
   dropAndFinish({write(QStringLiteral("a"))});
   refuseWorkers = false;
   EXPECT_FALSE(isBlocked());
+  EXPECT_FALSE(controller->isTransferProcess());
   EXPECT_FALSE(controller->transferRun());
 }
 

@@ -132,11 +132,21 @@ TEST_F(PartialFileTest, TellsWhenTheDiskIsTooSmall) {
   EXPECT_EQ(partial.checkRoom(UINT64_MAX), 0x1000000Au);
 }
 
-TEST_F(PartialFileTest, AFolderRenamedMeanwhileGetsItsFile) {
+TEST_F(PartialFileTest, AFolderRenamedMeanwhileGetsNoFile) {
   folder.folder("before");
+  {
+    mtp::PartialFile partial;
+    ASSERT_EQ(partial.open(path("before/file")), 0u);
+    std::filesystem::rename(path("before"), path("after"));
+    EXPECT_EQ(partial.commit({}), mtp::DGSTATUS_FILE_OPEN_FAILED);
+  }
+  EXPECT_EQ(entriesOf(path("after")), Strings{});
+}
+
+TEST_F(PartialFileTest, AFileThatCameMeanwhileIsNotReplaced) {
   mtp::PartialFile partial;
-  ASSERT_EQ(partial.open(path("before/file")), 0u);
-  std::filesystem::rename(path("before"), path("after"));
-  EXPECT_EQ(partial.commit({}), 0u);
-  EXPECT_EQ(entriesOf(path("after")), Strings{"file"});
+  ASSERT_EQ(partial.open(path("file")), 0u);
+  write(path("file"), "another program's");
+  EXPECT_EQ(partial.commit({}), mtp::DGSTATUS_NODE_FILE_DUPNAME_EXISTED);
+  EXPECT_EQ(read(path("file")), "another program's");
 }
