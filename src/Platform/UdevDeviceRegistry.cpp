@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
-#include <libudev.h>
 #include <optional>
 #include <string_view>
 #include <unistd.h>
@@ -13,19 +12,9 @@
 namespace platform {
 namespace {
 
-struct Unref {
-  void operator()(udev_device* device) const { udev_device_unref(device); }
-  void operator()(udev_enumerate* enumerate) const { udev_enumerate_unref(enumerate); }
-  void operator()(udev_monitor* monitor) const { udev_monitor_unref(monitor); }
-};
-using Device = std::unique_ptr<udev_device, Unref>;
-using Enumerate = std::unique_ptr<udev_enumerate, Unref>;
+using namespace udevtools;
 
 constexpr std::size_t longestText = 4096; // what one sysfs attribute can hold
-
-std::string_view text(const char* value) {
-  return value == nullptr ? std::string_view() : std::string_view(value);
-}
 
 bool isUsb(udev_device* device, std::string_view type) {
   return text(udev_device_get_subsystem(device)) == "usb" && text(udev_device_get_devtype(device)) == type;
@@ -157,18 +146,6 @@ QVariant UdevService::property(const char* key) const {
   return textProperty(udev_device_get_property_value(device, key));
 }
 
-// The paths of the devices found. The scan reports an error also when a single entry cannot be read: what was found
-// counts all the same, and there is an error (errno in `error`) only when that is nothing.
-std::vector<std::string> scan(udev_enumerate* enumerate, int& error) {
-  std::vector<std::string> paths;
-  const int result = udev_enumerate_scan_devices(enumerate);
-  for (udev_list_entry* entry = udev_enumerate_get_list_entry(enumerate); entry != nullptr;
-       entry = udev_list_entry_get_next(entry))
-    paths.emplace_back(udev_list_entry_get_name(entry));
-  error = result < 0 && paths.empty() ? -result : 0;
-  return paths;
-}
-
 std::vector<std::shared_ptr<RegistryService>> UdevService::children() const {
   std::vector<std::shared_ptr<RegistryService>> found;
   udev* context = udev_device_get_udev(m_device.get());
@@ -187,24 +164,14 @@ std::vector<std::shared_ptr<RegistryService>> UdevService::children() const {
 
 class UdevMonitor : public RegistryMonitor {
 public:
-  explicit UdevMonitor(udev_monitor* monitor)
-      : m_monitor(monitor) {}
+  explicit UdevMonitor(Monitor monitor)
+      : m_monitor(std::move(monitor)) {}
 
   int fd() const override { return udev_monitor_get_fd(m_monitor.get()); }
 
   std::vector<RegistryChange> take(bool& lost) override {
     std::vector<RegistryChange> changes;
-    // Bounded, so that a flood of messages does not keep the caller here; the rest stays readable.
-    for (int i = 0; i < 1024; ++i) {
-      errno = 0;
-      Device device(udev_monitor_receive_device(m_monitor.get()));
-      if (device != nullptr)
-        add(std::move(device), changes);
-      else if (errno == ENOBUFS)
-        lost = true; // the kernel dropped messages; what follows them is still to be read
-      else if (errno != EINTR)
-        break;
-    }
+    receive(m_monitor.get(), lost, [&changes](Device device) { add(std::move(device), changes); });
     return changes;
   }
 
@@ -228,7 +195,7 @@ private:
     changes.push_back({RegistryChange::Kind::Present, std::make_shared<UdevService>(std::move(device))});
   }
 
-  const std::unique_ptr<udev_monitor, Unref> m_monitor;
+  const Monitor m_monitor;
 };
 
 bool daemonRuns() {
@@ -249,22 +216,16 @@ std::shared_ptr<RegistryService> udevService(udev_device* device) {
 UdevDeviceRegistry::UdevDeviceRegistry(Source source)
     : m_afterRules(takenAfterRules(source)) {}
 
-UdevDeviceRegistry::~UdevDeviceRegistry() {
-  if (m_udev != nullptr)
-    udev_unref(m_udev);
-}
+UdevDeviceRegistry::~UdevDeviceRegistry() = default;
 
 int UdevDeviceRegistry::connect() {
-  errno = 0;
-  if (m_udev == nullptr)
-    m_udev = udev_new();
-  return m_udev != nullptr ? 0 : errno != 0 ? errno : ENOMEM;
+  return udevtools::connect(m_udev);
 }
 
 int UdevDeviceRegistry::services(ServiceClass serviceClass, std::vector<std::shared_ptr<RegistryService>>& found) {
   if (const int error = connect(); error != 0)
     return error;
-  const Enumerate enumerate(udev_enumerate_new(m_udev));
+  const Enumerate enumerate(udev_enumerate_new(m_udev.get()));
   if (enumerate == nullptr)
     return ENOMEM;
   const bool usb = serviceClass == ServiceClass::UsbDevice;
@@ -277,7 +238,7 @@ int UdevDeviceRegistry::services(ServiceClass serviceClass, std::vector<std::sha
   }
   int error = 0;
   for (const std::string& path : scan(enumerate.get(), error)) {
-    Device device(udev_device_new_from_syspath(m_udev, path.c_str()));
+    Device device(udev_device_new_from_syspath(m_udev.get(), path.c_str()));
     if (device == nullptr)
       continue; // gone meanwhile
     if (usb && m_afterRules && udev_device_get_is_initialized(device.get()) == 0)
@@ -290,19 +251,8 @@ int UdevDeviceRegistry::services(ServiceClass serviceClass, std::vector<std::sha
 std::unique_ptr<RegistryMonitor> UdevDeviceRegistry::monitor(int& error) {
   if (error = connect(); error != 0)
     return nullptr;
-  errno = 0;
-  std::unique_ptr<udev_monitor, Unref> monitor(udev_monitor_new_from_netlink(m_udev, m_afterRules ? "udev" : "kernel"));
-  if (monitor == nullptr) {
-    error = errno != 0 ? errno : EIO;
-    return nullptr;
-  }
-  udev_monitor_filter_add_match_subsystem_devtype(monitor.get(), "usb", "usb_device");
-  udev_monitor_filter_add_match_subsystem_devtype(monitor.get(), "usb", "usb_interface");
-  if (const int result = udev_monitor_enable_receiving(monitor.get()); result < 0) {
-    error = -result;
-    return nullptr;
-  }
-  return std::make_unique<UdevMonitor>(monitor.release());
+  Monitor monitor = openMonitor(m_udev.get(), m_afterRules, {{"usb", "usb_device"}, {"usb", "usb_interface"}}, error);
+  return monitor == nullptr ? nullptr : std::make_unique<UdevMonitor>(std::move(monitor));
 }
 
 } // namespace platform

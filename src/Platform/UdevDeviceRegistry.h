@@ -5,9 +5,7 @@
 // where no udev daemon runs, from the kernel. A device that the daemon has not finished with is not listed yet: the
 // monitor reports it when it has.
 #include "Platform/DeviceRegistry.h"
-
-struct udev;
-struct udev_device;
+#include "Platform/Udev.h"
 
 namespace platform {
 
@@ -27,8 +25,8 @@ public:
   std::unique_ptr<RegistryMonitor> monitor(int& error) override;
 
 private:
-  const bool m_afterRules; // taken from udev, not from the kernel
-  udev* m_udev = nullptr;  // made by connect()
+  const bool m_afterRules;   // taken from udev, not from the kernel
+  udevtools::Context m_udev; // made by connect()
 };
 
 /// Whether this source is udev's view, which comes after its rules have run, here and now.

@@ -4,25 +4,18 @@
 #include <cerrno>
 #include <cstring>
 #include <libmount/libmount.h>
-#include <libudev.h>
 #include <string_view>
 #include <sys/sysmacros.h>
 
 namespace platform {
 namespace {
 
-struct Unref {
-  void operator()(udev_device* device) const { udev_device_unref(device); }
-  void operator()(udev_enumerate* enumerate) const { udev_enumerate_unref(enumerate); }
-  void operator()(udev_monitor* monitor) const { udev_monitor_unref(monitor); }
+using namespace udevtools;
+
+struct Free {
   void operator()(libmnt_table* table) const { mnt_unref_table(table); }
   void operator()(libmnt_iter* iterator) const { mnt_free_iter(iterator); }
 };
-using Device = std::unique_ptr<udev_device, Unref>;
-
-std::string_view text(const char* value) {
-  return value == nullptr ? std::string_view() : std::string_view(value);
-}
 
 // A drive without a medium has the size 0.
 bool hasMedium(udev_device* device) {
@@ -82,30 +75,21 @@ QByteArray fileUrl(const char* path) {
 
 class UdevDiskMonitor : public DiskMonitor {
 public:
-  explicit UdevDiskMonitor(udev_monitor* monitor)
-      : m_monitor(monitor) {}
+  explicit UdevDiskMonitor(Monitor monitor)
+      : m_monitor(std::move(monitor)) {}
   int fd() const override { return udev_monitor_get_fd(m_monitor.get()); }
 
   std::vector<DiskChange> take(bool& lost) override {
     std::vector<DiskChange> changes;
-    // Bounded, so that a flood of messages does not keep the caller here; the rest stays readable.
-    for (int i = 0; i < 1024; ++i) {
-      errno = 0;
-      const Device device(udev_monitor_receive_device(m_monitor.get()));
-      if (device != nullptr) {
-        const bool there = text(udev_device_get_action(device.get())) != "remove" && hasMedium(device.get());
-        changes.push_back({there ? DiskChange::Kind::Present : DiskChange::Kind::Gone, diskOf(device.get())});
-      } else if (errno == ENOBUFS) {
-        lost = true; // the kernel dropped messages; what follows them is still to be read
-      } else if (errno != EINTR) {
-        break;
-      }
-    }
+    receive(m_monitor.get(), lost, [&changes](const Device& device) {
+      const bool there = text(udev_device_get_action(device.get())) != "remove" && hasMedium(device.get());
+      changes.push_back({there ? DiskChange::Kind::Present : DiskChange::Kind::Gone, diskOf(device.get())});
+    });
     return changes;
   }
 
 private:
-  const std::unique_ptr<udev_monitor, Unref> m_monitor;
+  const Monitor m_monitor;
 };
 
 } // namespace
@@ -114,62 +98,42 @@ UdevVolumes::UdevVolumes(Source source, std::string mountTable)
     : m_afterRules(takenAfterRules(source))
     , m_mountTable(std::move(mountTable)) {}
 
-UdevVolumes::~UdevVolumes() {
-  if (m_udev != nullptr)
-    udev_unref(m_udev);
-}
+UdevVolumes::~UdevVolumes() = default;
 
 int UdevVolumes::connect() {
-  errno = 0;
-  if (m_udev == nullptr)
-    m_udev = udev_new();
-  return m_udev != nullptr ? 0 : errno != 0 ? errno : ENOMEM;
+  return udevtools::connect(m_udev);
 }
 
 int UdevVolumes::disks(std::vector<Disk>& found) {
   if (const int error = connect(); error != 0)
     return error;
-  const std::unique_ptr<udev_enumerate, Unref> enumerate(udev_enumerate_new(m_udev));
+  const Enumerate enumerate(udev_enumerate_new(m_udev.get()));
   if (enumerate == nullptr)
     return ENOMEM;
   udev_enumerate_add_match_subsystem(enumerate.get(), "block");
-  // A single entry that cannot be read is an error, too: what was found counts all the same.
-  const int result = udev_enumerate_scan_devices(enumerate.get());
-  udev_list_entry* entry = udev_enumerate_get_list_entry(enumerate.get());
-  if (result < 0 && entry == nullptr)
-    return -result;
-  for (; entry != nullptr; entry = udev_list_entry_get_next(entry)) {
-    const Device device(udev_device_new_from_syspath(m_udev, udev_list_entry_get_name(entry)));
+  int error = 0;
+  for (const std::string& path : scan(enumerate.get(), error)) {
+    const Device device(udev_device_new_from_syspath(m_udev.get(), path.c_str()));
     if (device == nullptr || !hasMedium(device.get()))
       continue;
     if (m_afterRules && udev_device_get_is_initialized(device.get()) == 0)
       continue; // the daemon has not finished with it: the monitor will report it
     found.push_back(diskOf(device.get()));
   }
-  return 0;
+  return error;
 }
 
 std::unique_ptr<DiskMonitor> UdevVolumes::monitor(int& error) {
   if (error = connect(); error != 0)
     return nullptr;
-  errno = 0;
-  std::unique_ptr<udev_monitor, Unref> monitor(udev_monitor_new_from_netlink(m_udev, m_afterRules ? "udev" : "kernel"));
-  if (monitor == nullptr) {
-    error = errno != 0 ? errno : EIO;
-    return nullptr;
-  }
-  udev_monitor_filter_add_match_subsystem_devtype(monitor.get(), "block", nullptr);
-  if (const int result = udev_monitor_enable_receiving(monitor.get()); result < 0) {
-    error = -result;
-    return nullptr;
-  }
-  return std::make_unique<UdevDiskMonitor>(monitor.release());
+  Monitor monitor = openMonitor(m_udev.get(), m_afterRules, {{"block", nullptr}}, error);
+  return monitor == nullptr ? nullptr : std::make_unique<UdevDiskMonitor>(std::move(monitor));
 }
 
 std::optional<DiskDescription> UdevVolumes::description(const Disk& disk) {
   if (connect() != 0)
     return std::nullopt;
-  const Device device(udev_device_new_from_syspath(m_udev, disk.entryId.toUtf8().constData()));
+  const Device device(udev_device_new_from_syspath(m_udev.get(), disk.entryId.toUtf8().constData()));
   if (device == nullptr)
     return std::nullopt;
   DiskDescription description;
@@ -188,8 +152,8 @@ std::optional<DiskDescription> UdevVolumes::description(const Disk& disk) {
 int UdevVolumes::mountedVolumes(std::vector<MountedVolume>& mounted) {
   if (const int error = connect(); error != 0)
     return error;
-  const std::unique_ptr<libmnt_table, Unref> table(mnt_new_table());
-  const std::unique_ptr<libmnt_iter, Unref> iterator(mnt_new_iter(MNT_ITER_FORWARD));
+  const std::unique_ptr<libmnt_table, Free> table(mnt_new_table());
+  const std::unique_ptr<libmnt_iter, Free> iterator(mnt_new_iter(MNT_ITER_FORWARD));
   if (table == nullptr || iterator == nullptr)
     return ENOMEM;
   if (const int result = mnt_table_parse_file(table.get(), m_mountTable.c_str()); result != 0)
@@ -204,7 +168,7 @@ int UdevVolumes::mountedVolumes(std::vector<MountedVolume>& mounted) {
     // What is on a disk has the disk's device number; file systems over several disks and in memory have none.
     if (const dev_t number = mnt_fs_get_devno(fs); volume.local && ::major(number) != 0) {
       errno = 0;
-      const Device device(udev_device_new_from_devnum(m_udev, 'b', number));
+      const Device device(udev_device_new_from_devnum(m_udev.get(), 'b', number));
       if (device != nullptr)
         volume.deviceName = udev_device_get_sysname(device.get());
       else

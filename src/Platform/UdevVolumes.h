@@ -4,12 +4,11 @@
 // Comings and goings are taken from udev after its rules have run, as those find a disk's model and file system; where
 // no udev daemon runs, from the kernel. A drive without a medium is no disk: one comes when the medium is put in and
 // goes when it is taken out.
+#include "Platform/Udev.h"
 #include "Platform/UdevDeviceRegistry.h"
 #include "Platform/Volumes.h"
 
 #include <string>
-
-struct udev;
 
 namespace platform {
 
@@ -33,7 +32,7 @@ private:
 
   const bool m_afterRules; // taken from udev, not from the kernel
   const std::string m_mountTable;
-  udev* m_udev = nullptr; // made by connect()
+  udevtools::Context m_udev; // made by connect()
 };
 
 } // namespace platform

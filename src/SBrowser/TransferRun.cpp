@@ -136,6 +136,7 @@ std::uint32_t ProgressContentsCallback(std::uint64_t current, std::uint64_t tota
     if (!run->isDetached() && run->isTransferProcess() && !run->isCanceled())
       return DGSTATUS_SUCCESS;
   }
+  // The transfer's own thread: the engine is not asked to stop in a tight row of calls.
   std::this_thread::sleep_for(std::chrono::milliseconds(50));
   return DGSTATUS_IO_CANCEL;
 }

@@ -23,7 +23,8 @@ int main(int argc, char** argv) {
       });
   BTVornDeviceNotifier::Parts parts;
   parts.identities = detection::loadDeviceIdentityTable();
-  // An emulated machine mounts a disk in about a second: it is given as much longer.
+  // The detector's own pause before it looks for the mount, not a test's: an emulated machine mounts a disk in about a
+  // second, so it is given as much longer.
   parts.sleep = [](std::chrono::seconds time) {
     std::this_thread::sleep_for(5 * time);
     return true;
