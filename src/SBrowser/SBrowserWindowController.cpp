@@ -446,7 +446,8 @@ bool SBrowserWindowController::eventFilter(QObject* watched, QEvent* event) {
     }
     break;
   }
-  case QEvent::MouseButtonPress: {
+  case QEvent::MouseButtonPress:
+  case QEvent::MouseButtonDblClick: { // a fast second press
     const Qt::MouseButton button = static_cast<const QMouseEvent&>(*event).button();
     if (watched == m_layout->outlineView->viewport() && (button == Qt::BackButton || button == Qt::ForwardButton)) {
       performCommand(button == Qt::BackButton ? WindowCommand::Back : WindowCommand::Next);
@@ -544,11 +545,14 @@ void SBrowserWindowController::actionBrowserMenuItem(const QAction* menuEntry) {
   case SOutlineMenuEntry::AddNewFolder:
     runCommandHandler(WindowCommand::NewFolder);
     break;
+  // On empty space the menu offers both whatever is selected.
   case SOutlineMenuEntry::EditName:
-    runCommandHandler(WindowCommand::Rename);
+    if (!isAnySelectedRowProtected())
+      runCommandHandler(WindowCommand::Rename);
     break;
   case SOutlineMenuEntry::Delete:
-    runCommandHandler(WindowCommand::Delete);
+    if (!isAnySelectedRowProtected())
+      runCommandHandler(WindowCommand::Delete);
     break;
   case SOutlineMenuEntry::Other:
     break;

@@ -519,6 +519,21 @@ TEST_F(ItemMutationsTest, RowsThatNobodySeesAreNotDeleted) {
   EXPECT_THAT(contents(phone), ElementsAre("DCIM/", "Empty/"));
 }
 
+TEST_F(ItemMutationsTest, ThePhonesOwnFoldersAreNotDeletedOrRenamedByTheMenuOfEmptySpaceEither) {
+  connectPhone();
+  platform::userDefaults::setValue(QStringLiteral("BTUI_Delet_Window_Close"), true);
+  select({row(QStringLiteral("DCIM"))});
+  chooseInMenuOf({}, "MNU_Delete");
+  ASSERT_TRUE(settle());
+  chooseInMenuOf({}, "MNU_EditName");
+  EXPECT_FALSE(controller->isBlocked()); // nothing is asked
+  EXPECT_EQ(sdk->calls(Operation::DeleteNode), 0);
+  select({row(QStringLiteral("Empty"))});
+  chooseInMenuOf({}, "MNU_Delete");
+  ASSERT_TRUE(settle());
+  EXPECT_EQ(sdk->calls(Operation::DeleteNode), 1);
+}
+
 TEST_F(ItemMutationsTest, WithoutASelectionNothingIsAsked) {
   connectPhone();
   controller->deleteItemsProc();

@@ -529,6 +529,21 @@ TEST_F(SBrowserWindowControllerTest, NoFolderIsListedWhileADragHovers) {
   EXPECT_TRUE(controller->shouldExpandItem(controller->staticSource()[0])); // listed before
 }
 
+TEST_F(SBrowserWindowControllerTest, TheMousesBackButtonGoesBackHoweverFastItIsPressed) {
+  connectPhone();
+  doubleClick(QStringLiteral("DCIM"));
+  ASSERT_TRUE(settle());
+  doubleClick(QStringLiteral("Camera"));
+  ASSERT_TRUE(settle());
+  QWidget* const rows = layout().outlineView->viewport();
+  QTest::mousePress(rows, Qt::BackButton);
+  ASSERT_TRUE(settle());
+  EXPECT_EQ(controller->currentFolderItem()->fileName(), QStringLiteral("DCIM"));
+  QTest::mouseDClick(rows, Qt::BackButton);
+  ASSERT_TRUE(settle());
+  EXPECT_TRUE(controller->currentFolderItem()->isStorageRoot());
+}
+
 TEST_F(SBrowserWindowControllerTest, LeavingTheBackButtonEndsTheDragHover) {
   controller->setIsDropOvering(true);
   QEvent leave(QEvent::Leave);
