@@ -1,5 +1,14 @@
 include(GoogleTest)
 
+mtpb_precompiled(
+  pch_qttests
+  HEADERS <QtWidgets> <QtTest> <gmock/gmock.h> <gtest/gtest.h>
+  LINKS Qt6::Widgets Qt6::Test GTest::gmock GTest::gtest)
+mtpb_precompiled(
+  pch_tests
+  HEADERS <gmock/gmock.h> <gtest/gtest.h> <functional> <string> <vector>
+  LINKS GTest::gmock GTest::gtest)
+
 # mtpb_test(NAME [QT] SOURCES ... LIBS ... [ENV ...] [TIMEOUT s])
 # One test program a folder, its cases discovered by CTest. QT gives it a main() with an offscreen QApplication.
 function(mtpb_test name)
@@ -18,9 +27,9 @@ function(mtpb_test name)
   target_link_libraries(${name} PRIVATE ${ARG_LIBS} GTest::gmock ${main})
   if(ARG_QT)
     set_target_properties(${name} PROPERTIES AUTOMOC ON)
-    target_precompile_headers(${name} PRIVATE <QtWidgets> <QtTest> <gmock/gmock.h> <gtest/gtest.h>)
+    target_precompile_headers(${name} REUSE_FROM pch_qttests)
   else()
-    target_precompile_headers(${name} PRIVATE <gmock/gmock.h> <gtest/gtest.h> <functional> <string> <vector>)
+    target_precompile_headers(${name} REUSE_FROM pch_tests)
   endif()
   set(environment "QT_QPA_PLATFORM=offscreen;${ARG_ENV}")
   if(MTPB_SANITIZE MATCHES "thread")
