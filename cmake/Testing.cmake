@@ -4,6 +4,9 @@ mtpb_precompiled(
   pch_qttests
   HEADERS <QtWidgets> <QtTest> <gmock/gmock.h> <gtest/gtest.h>
   LINKS Qt6::Widgets Qt6::Test GTest::gmock GTest::gtest)
+# Qt's test library defines two macros that differ from folder to folder; no test asks for them.
+set(mtpb_same_for_all_tests -UQT_TESTCASE_BUILDDIR -UQT_TESTCASE_SOURCEDIR)
+target_compile_options(pch_qttests PRIVATE ${mtpb_same_for_all_tests})
 mtpb_precompiled(
   pch_tests
   HEADERS <gmock/gmock.h> <gtest/gtest.h> <functional> <string> <vector>
@@ -27,8 +30,10 @@ function(mtpb_test name)
   target_link_libraries(${name} PRIVATE ${ARG_LIBS} GTest::gmock ${main})
   if(ARG_QT)
     set_target_properties(${name} PROPERTIES AUTOMOC ON)
+    target_compile_options(${name} PRIVATE ${mtpb_same_for_all_tests})
     target_precompile_headers(${name} REUSE_FROM pch_qttests)
   else()
+    target_compile_options(${name} PRIVATE -fPIC) # as the precompiled header's target has it
     target_precompile_headers(${name} REUSE_FROM pch_tests)
   endif()
   set(environment "QT_QPA_PLATFORM=offscreen;${ARG_ENV}")
