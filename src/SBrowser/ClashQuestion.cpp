@@ -3,6 +3,7 @@
 #include "Platform/Log.h"
 #include "Platform/MainThread.h"
 #include "UI/Common/DisplayText.h"
+#include "UI/Common/Images.h"
 #include "stringDefine/VornLocalStringDefine.h"
 
 #include <QMessageBox>
@@ -63,7 +64,7 @@ void ClashQuestion::show(const QString& name, bool several) {
   auto* const alert = new QMessageBox(m_window);
   m_alert = alert;
   alert->setLayoutDirection(m_window->layoutDirection());
-  alert->setIcon(QMessageBox::Question);
+  alert->setIconPixmap(ui::iconForFileName(name).pixmap(QSize(48, 48), m_window->devicePixelRatio()));
   alert->setWindowModality(Qt::WindowModal);
   alert->setTextFormat(Qt::PlainText);
   alert->setText(localized("MNU_DuplicateTransferMTP").arg(u'"' + shownName(name) + u'"'));

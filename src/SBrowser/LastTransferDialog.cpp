@@ -103,7 +103,8 @@ LastTransferDialog::LastTransferDialog(std::vector<TransferOutcome> outcomes, QW
   m_table->setAccessibleName(windowTitle());
   m_table->horizontalHeader()->setSectionResizeMode(0, QHeaderView::Stretch);
   m_table->horizontalHeader()->setSectionResizeMode(1, QHeaderView::Interactive);
-  m_table->horizontalHeader()->resizeSection(1, 240);
+  m_table->horizontalHeader()->resizeSection(1, 300); // a failure's name and number
+  m_table->horizontalHeader()->setDefaultAlignment(Qt::AlignLeading | Qt::AlignVCenter);
   m_table->verticalHeader()->hide();
   m_table->verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
   m_table->setShowGrid(false);
@@ -117,5 +118,5 @@ LastTransferDialog::LastTransferDialog(std::vector<TransferOutcome> outcomes, QW
   column->addWidget(m_summary);
   column->addWidget(m_table);
   column->addWidget(buttons);
-  resize(560, 420);
+  resize(640, 420);
 }

@@ -84,7 +84,11 @@ SBrowserWindowController::SBrowserWindowController(SBrowserDependencies dependen
 
 SBrowserWindowController::~SBrowserWindowController() {
   platform::assertMainThread();
+  // An open menu gives the keyboard back to the rows when it goes: now, not while the window is taken apart.
+  for (QMenu* const menu : window()->findChildren<QMenu*>())
+    menu->close();
   m_layout->outlineView->setOwnerDelegate(nullptr);
+  m_layout->outlineView->selectionModel()->disconnect(this);
   m_layout->outlineView->removeEventFilter(this);
   m_layout->outlineView->viewport()->removeEventFilter(this);
   m_events.dropTimer();
@@ -290,6 +294,7 @@ void SBrowserWindowController::reloadDataOfOutlineView(const ItemPointer& item) 
 
 void SBrowserWindowController::__reloadDataOfOutlineViewOnMainThread(const ItemPointer& item) {
   _currentFolderItem = item;
+  m_layout->closeContextMenu(); // the row it was opened on is forgotten
   SOutlineView& outline = *m_layout->outlineView;
   if (!item || item == m_model->folder()) {
     OutlineState state(outline, *m_model);
@@ -441,7 +446,8 @@ bool SBrowserWindowController::eventFilter(QObject* watched, QEvent* event) {
     const auto& press = static_cast<const QKeyEvent&>(*event);
     const bool isEnter = press.key() == Qt::Key_Return || press.key() == Qt::Key_Enter;
     if (watched == m_layout->outlineView && isEnter && (press.modifiers() & ~Qt::KeypadModifier) == 0) {
-      outlineViewRowDoubleClicked(m_layout->outlineView->currentIndex());
+      if (!isCovered())
+        outlineViewRowDoubleClicked(m_layout->outlineView->currentIndex());
       return true;
     }
     break;
@@ -462,8 +468,10 @@ bool SBrowserWindowController::eventFilter(QObject* watched, QEvent* event) {
       endQuestions();
     }
     break;
-  case QEvent::ShowToParent:
   case QEvent::HideToParent:
+    m_layout->giveKeyboardBack(); // else it would go to the next widget, whatever lies over that
+    [[fallthrough]];
+  case QEvent::ShowToParent:
     enableCommands();
     break;
   default:
@@ -686,6 +694,10 @@ bool SBrowserWindowController::isBlocked() const {
   return !m_layout->ghostView->isHidden() || !m_layout->progressView->isHidden();
 }
 
+bool SBrowserWindowController::isCovered() const {
+  return isBlocked() || !m_layout->loadingViewController->view()->isHidden();
+}
+
 bool SBrowserWindowController::isAnySelectedRowProtected() const {
   for (const QItemSelectionRange& range : m_layout->outlineView->selectionModel()->selection()) {
     const ItemPointer folder = range.parent().isValid() ? m_model->itemAtIndex(range.parent()) : m_model->folder();
@@ -804,7 +816,7 @@ void SBrowserWindowController::hideLoadingView() {
 void SBrowserWindowController::__hideLoadingViewOnMainThread() {
   m_layout->loadingViewController->view()->hide();
   m_layout->loadingViewController->stopAnimation();
-  m_layout->outlineView->setFocus();
+  m_layout->giveKeyboardBack();
 }
 
 void SBrowserWindowController::setToolbarEnabled(bool storages, bool backAndNext) {
@@ -827,7 +839,7 @@ void SBrowserWindowController::__setDisableCaptureEventOnMainThread(bool disable
     m_layout->cover(*m_layout->ghostView);
   } else {
     m_layout->ghostView->hide();
-    m_layout->outlineView->setFocus();
+    m_layout->giveKeyboardBack();
   }
 }
 
@@ -842,7 +854,7 @@ void SBrowserWindowController::__changeEventRecieverObjectOnMainThread(QObject* 
     m_layout->cover(*m_layout->ghostView);
   } else {
     m_layout->ghostView->hide();
-    m_layout->outlineView->setFocus();
+    m_layout->giveKeyboardBack();
   }
 }
 

@@ -246,6 +246,7 @@ private:
   void sortBy(int column);
   void enableCommands();
   void showStoragesInMenu();
+  bool isCovered() const; // blocked, or loading
   bool isAnySelectedRowProtected() const;
   bool continueReloading(const ItemPointer& entered);
   void restoreSorting();

@@ -24,14 +24,18 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QMainWindow>
+#include <QMenu>
 #include <QPainter>
 #include <QToolBar>
 #include <QVBoxLayout>
+
+#include <initializer_list>
 
 namespace {
 
 constexpr QSize kWindowSize(780, 560);
 constexpr int kTitleRoom = 15;
+constexpr int kPanelMargin = 12; // beside and below a panel
 
 QString localized(const char* key) {
   return VornLocalStringDefine::QX_LocalizedStringWithKey(QString::fromLatin1(key));
@@ -186,6 +190,11 @@ void WindowLayout::buildContent(platform::Timers& timers) {
   progressView = new SProgressView(contentView);
   progressView->hide();
   noticeView = new SNoticeView(contentView);
+  // In the smallest window every panel is whole.
+  QSize smallest(0, 0);
+  for (const QWidget* const panel : std::initializer_list<QWidget*>{fileNameView, progressView, noticeView})
+    smallest = smallest.expandedTo(panel->size());
+  contentView->setMinimumSize(smallest + QSize(2 * kPanelMargin, kPanelMargin));
   contentView->installEventFilter(this);
   m_window->setCentralWidget(contentView);
 }
@@ -208,6 +217,7 @@ void WindowLayout::buildWelcome() {
 
 void WindowLayout::showWelcome(const QString& text) {
   platform::assertMainThread();
+  closeContextMenu();
   toolbar->hide();
   welcomeTfield->setText(text);
   welcomeView->show();
@@ -258,11 +268,38 @@ void WindowLayout::cover(QWidget& overlay) {
   overlay.setGeometry(contentView->rect());
   overlay.show();
   overlay.raise();
-  overlay.setFocus();
   // A panel that is there already is used above the cover.
   fileNameView->raise();
   progressView->raise();
   noticeView->raise();
+  closeContextMenu();
+  giveKeyboardBack();
+}
+
+QWidget* WindowLayout::frontmost() const {
+  for (ui::QuestionPanel* const panel : std::initializer_list<ui::QuestionPanel*>{noticeView, fileNameView})
+    if (panel->isReachable())
+      return panel;
+  for (QWidget* const cover : std::initializer_list<QWidget*>{progressView, loadingViewController->view(), ghostView})
+    if (!cover->isHidden())
+      return cover;
+  return outlineView;
+}
+
+void WindowLayout::giveKeyboardBack() {
+  platform::assertMainThread();
+  QWidget* const front = frontmost();
+  if (front->isAncestorOf(m_window->focusWidget()))
+    return; // a panel's control keeps it
+  if (front == fileNameView)
+    fileNameView->txtNewName()->setFocus();
+  else
+    front->setFocus();
+}
+
+void WindowLayout::closeContextMenu() {
+  platform::assertMainThread();
+  menus->contextMenu()->close();
 }
 
 bool WindowLayout::eventFilter(QObject* watched, QEvent* event) {

@@ -45,8 +45,14 @@ public:
   void setStorageButton(SToolbarButton& button, bool shown, const QString& title);
   /// Shows or hides the new-folder button.
   void setNewFolderButtonShown(bool shown);
-  /// The overlay fills the content area, comes to the front, is shown and gets the keyboard.
+  /// The overlay fills the content area, comes to the front but for the panels, is shown and gets the keyboard, unless
+  /// a panel has it. The context menu closes.
   void cover(QWidget& overlay);
+  /// Gives the keyboard to what the user's keys can be meant for: a question that is being asked, else the progress,
+  /// else a cover, else the tree.
+  void giveKeyboardBack();
+  /// Closes the tree's context menu: what it was opened on is no longer there.
+  void closeContextMenu();
 
   // Owned by the window.
   QToolBar* toolbar = nullptr;
@@ -81,6 +87,7 @@ private:
   void buildToolbar();
   void buildContent(platform::Timers& timers);
   void buildWelcome();
+  QWidget* frontmost() const;
   NavigationButton* addNavigationButton(const QString& identifier, const QString& imageName, const QString& name,
                                         QAction** action);
   SToolbarButton* addStorageButton(const QString& identifier, const QString& title, QAction** action);

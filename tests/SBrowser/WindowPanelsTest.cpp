@@ -8,10 +8,17 @@
 #include "UI/NoticeView/SNoticeView.h"
 #include "UI/ProgressView/SProgressView.h"
 
+#include "UI/LoadingView/SLoadingAniView.h"
+#include "UI/LoadingView/SLoadingAniViewController.h"
+
 #include <QAction>
 #include <QDebug>
+#include <QLineEdit>
 #include <QMainWindow>
+#include <QMenu>
+#include <QMenuBar>
 #include <QPushButton>
+#include <QSignalSpy>
 
 namespace {
 
@@ -30,6 +37,32 @@ protected:
                           [&panel, question] { question->code = panel.runViewModalWithParam({}, nullptr); });
     EXPECT_TRUE(waitUntil([&] { return panel.isReachable(); }));
     return question;
+  }
+  /// Presses a key where the keyboard is.
+  void press(Qt::Key key) const {
+    QWidget* const focus = QApplication::focusWidget();
+    QTest::keyClick(focus != nullptr ? focus : controller->window(), key);
+  }
+  /// The phone tells of a change and two seconds pass. While the tree is listed anew `meanwhile` is run.
+  void rebuild(const std::function<void()>& meanwhile = [] {}) {
+    Gate gate;
+    sdk->setHook(Operation::GetFolderListHead, [&] { gate.pass(); });
+    QSignalSpy shown(controller.get(), &SBrowserWindowController::folderShown);
+    controller->catchMTPEvent();
+    ASSERT_TRUE(waitUntil([this] { return controller->isRebuildPending(); }));
+    timers.advance(std::chrono::seconds(2));
+    ASSERT_TRUE(waitUntil([&] { return gate.waiting() == 1; }));
+    meanwhile();
+    gate.open();
+    ASSERT_TRUE(waitUntil([&] { return shown.count() > 0; }));
+    ASSERT_TRUE(waitUntil([this] { return layout().loadingViewController->view()->isHidden(); }));
+    sdk->setHook(Operation::GetFolderListHead, nullptr);
+  }
+  QMenu& openContextMenuOf(const QString& name) const {
+    outline().menuForEvent(outline().visualRect(row(name)).center())->popup(QPoint(0, 0));
+    QMenu& menu = *layout().menus->contextMenu();
+    EXPECT_TRUE(menu.isVisible());
+    return menu;
   }
 };
 
@@ -93,6 +126,123 @@ TEST_F(WindowPanelsTest, WhileTheWindowIsBlockedItsCommandsCannotBeGiven) {
   EXPECT_TRUE(reload->isEnabled());
   layout().progressView->show();
   EXPECT_FALSE(reload->isEnabled());
+}
+
+TEST_F(WindowPanelsTest, ARebuildLeavesTheKeyboardWithTheNameThatIsBeingTyped) {
+  connectPhone();
+  outline().setCurrentIndex(row(QStringLiteral("DCIM")));
+  controller->setDisableCaptureEvent(true);
+  const auto name = ask(*layout().fileNameView);
+  QLineEdit* const field = layout().fileNameView->txtNewName();
+  QTest::keyClicks(field, QStringLiteral("Hol"));
+  rebuild([&] {
+    EXPECT_EQ(QApplication::focusWidget(), field);
+    QTest::mouseClick(layout().loadingViewController->view(), Qt::LeftButton);
+    EXPECT_EQ(QApplication::focusWidget(), field);
+    QTest::keyClicks(QApplication::focusWidget(), QStringLiteral("iday"));
+  });
+  EXPECT_EQ(QApplication::focusWidget(), field);
+  EXPECT_EQ(field->text(), QStringLiteral("Holiday"));
+  press(Qt::Key_Return);
+  ASSERT_TRUE(settle());
+  EXPECT_EQ(name->code, 0);
+  EXPECT_EQ(currentFolder(), QStringLiteral("Phone"));
+}
+
+TEST_F(WindowPanelsTest, AfterARebuildReturnAnswersTheQuestionThatIsAsked) {
+  connectPhone();
+  outline().setCurrentIndex(row(QStringLiteral("DCIM")));
+  controller->changeEventRecieverObject(layout().noticeView);
+  const auto deletion = ask(*layout().noticeView);
+  press(Qt::Key_Tab);
+  QWidget* const chosen = QApplication::focusWidget();
+  rebuild();
+  EXPECT_EQ(QApplication::focusWidget(), chosen) << "the panel's control that had the keyboard";
+  outline().setCurrentIndex(row(QStringLiteral("DCIM")));
+  layout().noticeView->setFocus();
+  press(Qt::Key_Return);
+  ASSERT_TRUE(settle());
+  EXPECT_EQ(deletion->code, 0);
+  EXPECT_EQ(currentFolder(), QStringLiteral("Phone"));
+}
+
+TEST_F(WindowPanelsTest, AfterARebuildEscapeEndsTheTransfer) {
+  connectPhone();
+  controller->setIsTransferProcess(true);
+  controller->setDisableCaptureEvent(true);
+  layout().progressView->show();
+  rebuild();
+  press(Qt::Key_Escape);
+  EXPECT_TRUE(controller->isCanceled());
+  EXPECT_TRUE(layout().progressView->isHidden());
+}
+
+TEST_F(WindowPanelsTest, UntilACanceledTransferHasEndedNoKeyReachesTheRows) {
+  connectPhone();
+  outline().setCurrentIndex(row(QStringLiteral("DCIM")));
+  controller->setDisableCaptureEvent(true);
+  layout().progressView->show();
+  press(Qt::Key_Escape);
+  ASSERT_TRUE(layout().progressView->isHidden());
+  EXPECT_EQ(QApplication::focusWidget(), layout().ghostView);
+  for (const Qt::Key key : {Qt::Key_Right, Qt::Key_Tab, Qt::Key_Return})
+    press(key);
+  ASSERT_TRUE(settle());
+  EXPECT_FALSE(outline().isExpanded(row(QStringLiteral("DCIM"))));
+  EXPECT_EQ(currentFolder(), QStringLiteral("Phone"));
+  controller->setDisableCaptureEvent(false);
+  EXPECT_EQ(QApplication::focusWidget(), &outline());
+}
+
+TEST_F(WindowPanelsTest, ReturnEntersNoFolderBelowACover) {
+  connectPhone();
+  outline().setCurrentIndex(row(QStringLiteral("DCIM")));
+  controller->setDisableCaptureEvent(true);
+  QTest::keyClick(&outline(), Qt::Key_Return); // however it got there
+  ASSERT_TRUE(settle());
+  EXPECT_EQ(currentFolder(), QStringLiteral("Phone"));
+  controller->setDisableCaptureEvent(false);
+  QTest::keyClick(&outline(), Qt::Key_Return);
+  ASSERT_TRUE(settle());
+  EXPECT_EQ(currentFolder(), QStringLiteral("DCIM"));
+}
+
+TEST_F(WindowPanelsTest, AContextMenuClosesWhenTheTreeIsBuiltAnew) {
+  connectPhone();
+  const QMenu& menu = openContextMenuOf(QStringLiteral("Empty"));
+  rebuild();
+  EXPECT_FALSE(menu.isVisible());
+}
+
+TEST_F(WindowPanelsTest, AContextMenuClosesWhenTheRowsAreDrawnAnew) {
+  connectPhone();
+  const QMenu& menu = openContextMenuOf(QStringLiteral("Empty"));
+  controller->reloadDataOfOutlineView(controller->currentFolderItem());
+  EXPECT_FALSE(menu.isVisible());
+  EXPECT_EQ(outline().getSelectedRowIndex(), -1);
+}
+
+TEST_F(WindowPanelsTest, AContextMenuClosesWhenTheWindowIsBlockedAndWhenThePhoneGoes) {
+  connectPhone();
+  const QMenu& menu = openContextMenuOf(QStringLiteral("Empty"));
+  controller->setDisableCaptureEvent(true);
+  EXPECT_FALSE(menu.isVisible());
+  controller->setDisableCaptureEvent(false);
+  openContextMenuOf(QStringLiteral("Empty"));
+  controller->deviceDisconnected();
+  EXPECT_FALSE(menu.isVisible());
+}
+
+TEST_F(WindowPanelsTest, TheWindowMayGoWithAnOpenMenu) {
+  connectPhone();
+  openContextMenuOf(QStringLiteral("Empty"));
+  controller.reset();
+  EXPECT_EQ(QApplication::activePopupWidget(), nullptr);
+  openWindow();
+  QMenuBar& bar = *controller->window()->menuBar();
+  bar.actions()[0]->menu()->popup(QPoint(0, 0));
+  controller.reset();
+  EXPECT_EQ(QApplication::activePopupWidget(), nullptr);
 }
 
 TEST_F(WindowPanelsTest, ADetachAnswersWhatIsAskedByCanceled) {

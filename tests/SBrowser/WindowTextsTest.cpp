@@ -2,23 +2,51 @@
 #include "SBrowser/WindowLayout.h"
 
 #include "Platform/UserDefaults.h"
+#include "SBrowser/ClashQuestion.h"
+#include "SBrowser/LastTransferDialog.h"
 #include "SBrowser/NavigationButton.h"
+#include "SBrowser/WindowMenus.h"
 #include "UI/Controls/SOutlineView.h"
+#include "UI/FileNameView/SFileNameView.h"
+#include "UI/NoticeView/SNoticeView.h"
+#include "UI/ProgressView/SProgressView.h"
 #include "stringDefine/VornLocalStringDefine.h"
 #include "support/Languages.h"
 #include "support/TextFit.h"
 
+#include <QDialog>
+#include <QHeaderView>
 #include <QLineEdit>
 #include <QMainWindow>
+#include <QMessageBox>
+#include <QTableView>
 #include <QTemporaryDir>
+#include <QTest>
 #include <QToolBar>
 
 #include <gtest/gtest.h>
+
+#include <atomic>
+#include <memory>
+#include <thread>
 
 namespace {
 
 QString shown(const char* key) {
   return VornLocalStringDefine::QX_LocalizedStringWithKey(QLatin1StringView(key));
+}
+
+/// The texts of the table's cells that are cut off.
+QStringList cutOffCells(const QTableView& table) {
+  QStringList found;
+  for (int row = 0; row < table.model()->rowCount(); ++row)
+    for (int column = 0; column < table.model()->columnCount(); ++column) {
+      const QModelIndex cell = table.model()->index(row, column);
+      const QSize wanted = table.sizeHintForIndex(cell);
+      if (wanted.width() > table.columnWidth(column) || wanted.height() > table.rowHeight(row))
+        found.append(cell.data().toString());
+    }
+  return found;
 }
 
 /// The window as it opens, in one language.
@@ -55,6 +83,73 @@ TEST_P(WindowInALanguage, CutsNothingOffInTheToolbar) {
   layout.window()->show();
   ASSERT_TRUE(layout.toolbar->isVisible());
   EXPECT_EQ(testsupport::cutOffTexts(*layout.toolbar), QStringList());
+}
+
+TEST_P(WindowInALanguage, HoldsAWholePanelHoweverSmallItIsMade) {
+  WindowLayout layout(platform::Timers::mainThread());
+  layout.showBrowser(QStringLiteral("Phone"));
+  layout.window()->show();
+  layout.window()->resize(1, 1);
+  QCoreApplication::processEvents();
+  const QSize room = layout.contentView->size();
+  EXPECT_LT(room.width(), 600);
+  for (QWidget* const panel :
+       std::initializer_list<QWidget*>{layout.fileNameView, layout.noticeView, layout.progressView}) {
+    EXPECT_GT(panel->x(), 0) << panel->metaObject()->className();
+    EXPECT_LT(panel->geometry().right(), room.width()) << panel->metaObject()->className();
+    EXPECT_LT(panel->height(), room.height()) << panel->metaObject()->className();
+    panel->show();
+    EXPECT_EQ(testsupport::cutOffTexts(*panel), QStringList());
+  }
+}
+
+TEST_P(WindowInALanguage, CutsNothingOffInTheQuestionAboutANameThatIsTaken) {
+  WindowLayout layout(platform::Timers::mainThread());
+  layout.window()->show();
+  const auto question = std::make_shared<ClashQuestion>(*layout.window());
+  std::atomic<bool> ended{false}; // written by the asker
+  std::thread asker([&] {
+    question->ask(QString(200, u'W') + QStringLiteral(".jpg"), true, [] { return true; });
+    ended = true;
+  });
+  EXPECT_TRUE(QTest::qWaitFor([&] { return question->alert() != nullptr; }, 60'000));
+  if (QMessageBox* const alert = question->alert()) {
+    EXPECT_EQ(alert->buttons().size(), 3);
+    EXPECT_EQ(testsupport::cutOffTexts(*alert), QStringList());
+    EXPECT_LE(alert->width(), layout.window()->width());
+  }
+  question->close();
+  EXPECT_TRUE(QTest::qWaitFor([&] { return ended.load(); }, 60'000));
+  asker.join();
+}
+
+TEST_P(WindowInALanguage, CutsNothingOffInTheReportOfTheLastTransfer) {
+  std::vector<TransferOutcome> outcomes;
+  for (const auto kind :
+       {TransferOutcome::Copied, TransferOutcome::Skipped, TransferOutcome::Failed, TransferOutcome::Canceled})
+    outcomes.push_back({QStringLiteral("photo.jpg"), kind, 0});
+  LastTransferDialog dialog(outcomes, nullptr);
+  dialog.show();
+  EXPECT_EQ(testsupport::cutOffTexts(dialog), QStringList());
+  EXPECT_EQ(cutOffCells(*dialog.table()), QStringList());
+  const QHeaderView& header = *dialog.table()->horizontalHeader();
+  for (int section = 0; section < header.count(); ++section)
+    EXPECT_LE(header.sectionSizeHint(section), header.sectionSize(section));
+}
+
+TEST_P(WindowInALanguage, CutsNothingOffInTheListOfKeysNorInTheAbout) {
+  WindowLayout layout(platform::Timers::mainThread());
+  layout.menus->showKeys();
+  layout.menus->showAbout();
+  const auto dialogs = layout.window()->findChildren<QDialog*>();
+  EXPECT_EQ(dialogs.size(), 2);
+  for (QDialog* const dialog : dialogs) {
+    EXPECT_EQ(testsupport::cutOffTexts(*dialog), QStringList());
+    for (const QTableView* const table : dialog->findChildren<QTableView*>()) {
+      EXPECT_GT(table->model()->rowCount(), 15);
+      EXPECT_EQ(cutOffCells(*table), QStringList());
+    }
+  }
 }
 
 TEST_P(WindowInALanguage, NamesItsPartsInThatLanguage) {

@@ -14,11 +14,22 @@ ModalQuestion::Answer ModalQuestion::ask(const Work& show, const Work& hide) {
   }
   if (!waitForTurn())
     return {};
-  // Open before it is shown: an answer that comes while the panel is still sliding in counts.
-  if (!performOnMainThread(show))
+  // Open before it is shown: an answer that comes while the panel is still sliding in counts. What was canceled on the
+  // way to the main thread is not shown at all.
+  bool isShown = false; // the main thread's
+  const Work showOpen = [&] {
+    isShown = isOpen();
+    if (isShown)
+      show();
+  };
+  const Work hideShown = [&] {
+    if (isShown)
+      hide();
+  };
+  if (!performOnMainThread(showOpen))
     cancel();
   Answer answer = waitForAnswer();
-  performOnMainThread(hide);
+  performOnMainThread(hideShown);
   endTurn();
   return answer;
 }

@@ -24,8 +24,8 @@ public:
   using Work = std::function<void()>;
 
   /// Asks: runs `show` on the main thread, waits for the answer, runs `hide` on the main thread, returns. Neither is
-  /// run after close(). Background threads only: on the main thread, which has to answer, it is canceled with a log
-  /// line.
+  /// run after close() or for a question that is canceled before it is shown. Background threads only: on the main
+  /// thread, which has to answer, it is canceled with a log line.
   Answer ask(const Work& show, const Work& hide);
 
   /// Gives the open question its answer; false, and nothing happens, when none is open: only the first answer counts.

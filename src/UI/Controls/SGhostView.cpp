@@ -29,7 +29,7 @@ SGhostView::SGhostView(QWidget* parent)
 
 void SGhostView::setOwnerDelegate(QObject* receiver) {
   platform::assertMainThread();
-  m_pEventReceiver = receiver;
+  _pEventReceiver = receiver;
 }
 
 int SGhostView::runViewModalWithParam(const QVariant&, QVariant*) {
@@ -38,7 +38,7 @@ int SGhostView::runViewModalWithParam(const QVariant&, QVariant*) {
 
 bool SGhostView::event(QEvent* event) {
   if (isInput(event->type())) {
-    if (auto* receiver = dynamic_cast<SGhostViewDelegate*>(m_pEventReceiver.data())) {
+    if (auto* receiver = dynamic_cast<SGhostViewDelegate*>(_pEventReceiver.data())) {
       receiver->ghostViewEvent(*event);
     }
     event->accept();

@@ -27,7 +27,7 @@ public:
   void setOwnerDelegate(QObject* receiver) override;
 
   /// The receiver; null without one.
-  QObject* eventReceiver() const { return m_pEventReceiver; }
+  QObject* eventReceiver() const { return _pEventReceiver; }
 
   /// `runViewModalWithParam:result:` Returns 1 at once: the cover asks nothing. Any thread.
   int runViewModalWithParam(const QVariant& param, QVariant* result) override;
@@ -37,5 +37,5 @@ protected:
   void paintEvent(QPaintEvent* event) override;
 
 private:
-  QPointer<QObject> m_pEventReceiver;
+  QPointer<QObject> _pEventReceiver;
 };

@@ -16,13 +16,13 @@ void SMTPButton::setButtonWithImageName(const QString& imageName, const QString&
                                         const QString& overImgaeName) {
   platform::assertMainThread();
   if (!imageName.isEmpty()) {
-    m_normalImage = m_image = ui::namedImage(imageName);
+    _normalImage = m_image = ui::namedImage(imageName);
   }
   if (!alternateImageName.isEmpty()) {
-    m_selectImage = m_alternateImage = ui::namedImage(alternateImageName);
+    _selectImage = m_alternateImage = ui::namedImage(alternateImageName);
   }
   if (!overImgaeName.isEmpty()) {
-    m_overImage = ui::namedImage(overImgaeName);
+    _overImage = ui::namedImage(overImgaeName);
   }
   m_tracksMouse = true;
   updateGeometry();
@@ -30,12 +30,12 @@ void SMTPButton::setButtonWithImageName(const QString& imageName, const QString&
 }
 
 QSize SMTPButton::sizeHint() const {
-  return ui::imageSize(m_normalImage).expandedTo(QSize(1, 1));
+  return ui::imageSize(_normalImage).expandedTo(QSize(1, 1));
 }
 
 void SMTPButton::enterEvent(QEnterEvent* event) {
   if (m_tracksMouse && isEnabled() && isActiveWindow()) {
-    m_image = m_overImage.isNull() ? m_normalImage : m_overImage;
+    m_image = _overImage.isNull() ? _normalImage : _overImage;
     update();
   }
   QAbstractButton::enterEvent(event);
@@ -43,7 +43,7 @@ void SMTPButton::enterEvent(QEnterEvent* event) {
 
 void SMTPButton::leaveEvent(QEvent* event) {
   if (m_tracksMouse && isEnabled()) {
-    m_image = m_normalImage;
+    m_image = _normalImage;
     update();
   }
   QAbstractButton::leaveEvent(event);
@@ -52,7 +52,7 @@ void SMTPButton::leaveEvent(QEvent* event) {
 void SMTPButton::changeEvent(QEvent* event) {
   // Disabled under the pointer, the button gets no leave event to take the hovered picture back.
   if (event->type() == QEvent::EnabledChange && !isEnabled()) {
-    m_image = m_normalImage;
+    m_image = _normalImage;
   }
   QAbstractButton::changeEvent(event);
 }
@@ -72,6 +72,6 @@ void SMTPButton::paintEvent(QPaintEvent*) {
   QPainter painter(this);
   const bool isPressed = isDown() && !m_alternateImage.isNull();
   // No ring marks the keyboard focus: the button looks as it does below the pointer.
-  const bool isMarked = m_isMarked && isEnabled() && !m_overImage.isNull();
-  ui::drawImage(painter, QRectF(rect()), isPressed ? m_alternateImage : isMarked ? m_overImage : m_image);
+  const bool isMarked = m_isMarked && isEnabled() && !_overImage.isNull();
+  ui::drawImage(painter, QRectF(rect()), isPressed ? m_alternateImage : isMarked ? _overImage : m_image);
 }

@@ -15,18 +15,18 @@ public:
   void setButtonWithImageName(const QString& imageName, const QString& alternateImageName,
                               const QString& overImgaeName);
 
-  QIcon normalImage() const { return m_normalImage; }
-  void setNormalImage(const QIcon& image) { m_normalImage = image; }
-  QIcon selectImage() const { return m_selectImage; }
-  void setSelectImage(const QIcon& image) { m_selectImage = image; }
-  QIcon overImage() const { return m_overImage; }
-  void setOverImage(const QIcon& image) { m_overImage = image; }
+  QIcon normalImage() const { return _normalImage; }
+  void setNormalImage(const QIcon& image) { _normalImage = image; }
+  QIcon selectImage() const { return _selectImage; }
+  void setSelectImage(const QIcon& image) { _selectImage = image; }
+  QIcon overImage() const { return _overImage; }
+  void setOverImage(const QIcon& image) { _overImage = image; }
   /// Kept for a disabled look; not drawn.
-  QIcon dimImage() const { return m_dimImage; }
-  void setDimImage(const QIcon& image) { m_dimImage = image; }
+  QIcon dimImage() const { return _dimImage; }
+  void setDimImage(const QIcon& image) { _dimImage = image; }
   /// Kept for a disabled look; not drawn.
-  QIcon dimImagealternate() const { return m_dimImagealternate; }
-  void setDimImagealternate(const QIcon& image) { m_dimImagealternate = image; }
+  QIcon dimImagealternate() const { return _dimImagealternate; }
+  void setDimImagealternate(const QIcon& image) { _dimImagealternate = image; }
 
   /// The picture shown while the button is not pressed: the normal or the hovered one.
   QIcon image() const { return m_image; }
@@ -46,11 +46,11 @@ protected:
   void paintEvent(QPaintEvent* event) override;
 
 private:
-  QIcon m_normalImage;
-  QIcon m_selectImage;
-  QIcon m_overImage;
-  QIcon m_dimImage;
-  QIcon m_dimImagealternate;
+  QIcon _normalImage;
+  QIcon _selectImage;
+  QIcon _overImage;
+  QIcon _dimImage;
+  QIcon _dimImagealternate;
   QIcon m_image;
   QIcon m_alternateImage;
   bool m_tracksMouse = false;

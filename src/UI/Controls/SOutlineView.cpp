@@ -95,17 +95,17 @@ void SOutlineView::awakeFromNib() {
   setItemDelegateForColumn(kFileName, m_nameCell);
   setItemDelegateForColumn(kDateModified, m_textCell);
   setItemDelegateForColumn(kFileSize, m_textCell);
-  m_mouseTrackingArea = true;
+  _mouseTrackingArea = true;
   setMouseTracking(true);
   viewport()->setMouseTracking(true);
-  m_selectedRowIndex = -1;
+  _selectedRowIndex = -1;
 }
 
 void SOutlineView::setOwnerDelegate(SOutlineViewOwner* owner) {
   platform::assertMainThread();
-  m_pOwnerDelegate = owner;
+  _pOwnerDelegate = owner;
   if (owner == nullptr) {
-    m_mouseTrackingArea = false;
+    _mouseTrackingArea = false;
     setMouseTracking(false);
     viewport()->setMouseTracking(false);
     setHoveredRow(-1);
@@ -114,12 +114,12 @@ void SOutlineView::setOwnerDelegate(SOutlineViewOwner* owner) {
 
 void SOutlineView::setOwnerMenu(QMenu* menu) {
   platform::assertMainThread();
-  m_ownerMenu = menu;
+  _ownerMenu = menu;
 }
 
 void SOutlineView::setSelectedRowIndex(qint64 row) {
   platform::assertMainThread();
-  m_selectedRowIndex = row;
+  _selectedRowIndex = row;
   if (selectionModel() == nullptr) {
     return;
   }
@@ -227,36 +227,36 @@ QMenu* SOutlineView::menuForEvent(const QPoint& viewportPoint) {
 }
 
 QMenu* SOutlineView::menuForRow(qint64 row) {
-  m_selectedRowIndex = row;
+  _selectedRowIndex = row;
   const QModelIndex clicked = indexAtRow(row);
   if (clicked.isValid() && !selectionModel()->isSelected(clicked)) {
     selectionModel()->select(clicked, QItemSelectionModel::Select | QItemSelectionModel::Rows);
   }
-  if (m_ownerMenu != nullptr) {
+  if (_ownerMenu != nullptr) {
     enableMenuEntries(clicked);
   }
-  return m_ownerMenu;
+  return _ownerMenu;
 }
 
 void SOutlineView::enableMenuEntries(const QModelIndex& clicked) {
   const qsizetype selectedRows = numberOfSelectedRows();
   const bool isOne = selectedRows < 2;
-  const int type = isOne && m_pOwnerDelegate != nullptr ? m_pOwnerDelegate->menuTypeForItem(clicked) : kMenuTypeFolder;
+  const int type = isOne && _pOwnerDelegate != nullptr ? _pOwnerDelegate->menuTypeForItem(clicked) : kMenuTypeFolder;
   const bool anyProtected = !isOne && isAnySelectedRowProtected();
-  for (QAction* action : m_ownerMenu->actions()) {
+  for (QAction* action : _ownerMenu->actions()) {
     action->setEnabled(
         isContextMenuEntryEnabled(contextMenuEntryTitled(action->text()), selectedRows, type, anyProtected));
   }
 }
 
 bool SOutlineView::isAnySelectedRowProtected() const {
-  if (m_pOwnerDelegate == nullptr) {
+  if (_pOwnerDelegate == nullptr) {
     return false;
   }
   for (const QItemSelectionRange& range : selectionModel()->selection()) {
     for (int row = range.top(); range.left() <= kFileName && row <= range.bottom(); ++row) {
       const QModelIndex item = model()->index(row, kFileName, range.parent());
-      if (m_pOwnerDelegate->menuTypeForItem(item) == kMenuTypeProtected) {
+      if (_pOwnerDelegate->menuTypeForItem(item) == kMenuTypeProtected) {
         return true;
       }
     }
@@ -266,14 +266,14 @@ bool SOutlineView::isAnySelectedRowProtected() const {
 
 void SOutlineView::draggedImage(const QPoint&, quint32 operation) {
   platform::assertMainThread();
-  if (operation == kDragOperationDelete && m_pOwnerDelegate != nullptr) {
-    m_pOwnerDelegate->performDragOperationDelete();
+  if (operation == kDragOperationDelete && _pOwnerDelegate != nullptr) {
+    _pOwnerDelegate->performDragOperationDelete();
   }
 }
 
 void SOutlineView::startDrag(Qt::DropActions) {
-  if (m_pOwnerDelegate != nullptr) {
-    m_pOwnerDelegate->writeItems(selectedRowIndexes());
+  if (_pOwnerDelegate != nullptr) {
+    _pOwnerDelegate->writeItems(selectedRowIndexes());
   }
 }
 
@@ -304,22 +304,22 @@ void SOutlineView::mousePressEvent(QMouseEvent* event) {
 }
 
 void SOutlineView::enterEvent(QEnterEvent* event) {
-  if (m_mouseTrackingArea && m_pOwnerDelegate != nullptr &&
+  if (_mouseTrackingArea && _pOwnerDelegate != nullptr &&
       QGuiApplication::applicationState() == Qt::ApplicationActive) {
-    m_pOwnerDelegate->mouseEntered(*event);
+    _pOwnerDelegate->mouseEntered(*event);
   }
   QTreeView::enterEvent(event);
 }
 
 void SOutlineView::leaveEvent(QEvent* event) {
-  if (m_mouseTrackingArea && m_pOwnerDelegate != nullptr) {
-    m_pOwnerDelegate->mouseExited(*event);
+  if (_mouseTrackingArea && _pOwnerDelegate != nullptr) {
+    _pOwnerDelegate->mouseExited(*event);
   }
   QTreeView::leaveEvent(event);
 }
 
 bool SOutlineView::viewportEvent(QEvent* event) {
-  if (event->type() == QEvent::MouseMove && m_mouseTrackingArea) {
+  if (event->type() == QEvent::MouseMove && _mouseTrackingArea) {
     setHoveredRow(rowAtPoint(static_cast<QMouseEvent*>(event)->position().toPoint()));
   } else if (event->type() == QEvent::Leave || event->type() == QEvent::Wheel) {
     setHoveredRow(-1);

@@ -75,10 +75,10 @@ public:
 
   /// The context menu. Not owned; its actions' enabling is set before every opening, the rest is its owner's.
   void setOwnerMenu(QMenu* menu);
-  QMenu* ownerMenu() const { return m_ownerMenu; }
+  QMenu* ownerMenu() const { return _ownerMenu; }
 
   /// The row that was right-clicked last, or set; -1: none.
-  qint64 getSelectedRowIndex() const { return m_selectedRowIndex; }
+  qint64 getSelectedRowIndex() const { return _selectedRowIndex; }
   /// `setSelectedRowIndex:` Remembers the row and selects exactly it; -1 (or a row there is not) clears the selection.
   void setSelectedRowIndex(qint64 row);
 
@@ -133,9 +133,9 @@ private:
   SOutlineHeaderView* m_header;
   QPointer<SOutlineTextCell> m_nameCell;
   QPointer<SOutlineTextCell> m_textCell;
-  SOutlineViewOwner* m_pOwnerDelegate = nullptr;
-  QPointer<QMenu> m_ownerMenu;
-  qint64 m_selectedRowIndex = -1;
+  SOutlineViewOwner* _pOwnerDelegate = nullptr;
+  QPointer<QMenu> _ownerMenu;
+  qint64 _selectedRowIndex = -1;
   qint64 m_hoveredRow = -1;
-  bool m_mouseTrackingArea = false;
+  bool _mouseTrackingArea = false;
 };

@@ -31,9 +31,9 @@ SToolbarButton::SToolbarButton(QWidget* parent)
     : QAbstractButton(parent) {
   platform::assertMainThread();
   ui::installAccessibility();
-  m_left = ui::namedImage(QStringLiteral("progress_left_bg"));
-  m_center = ui::namedImage(QStringLiteral("progress_middle_bg"));
-  m_right = ui::namedImage(QStringLiteral("progress_right_bg"));
+  _left = ui::namedImage(QStringLiteral("progress_left_bg"));
+  _center = ui::namedImage(QStringLiteral("progress_middle_bg"));
+  _right = ui::namedImage(QStringLiteral("progress_right_bg"));
   setFont(SFont::sharedInstance().fontWithPixelSize(13, true));
   setFocusPolicy(Qt::TabFocus);
   setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
@@ -41,10 +41,10 @@ SToolbarButton::SToolbarButton(QWidget* parent)
 
 void SToolbarButton::setIsSelected(bool isSelected) {
   platform::assertMainThread();
-  if (m_isSelected == isSelected) {
+  if (_isSelected == isSelected) {
     return;
   }
-  m_isSelected = isSelected;
+  _isSelected = isSelected;
   update();
   QAccessible::State changed;
   changed.checked = true;
@@ -58,22 +58,22 @@ QSize SToolbarButton::sizeHint() const {
 }
 
 void SToolbarButton::enterEvent(QEnterEvent* event) {
-  m_isOver = isActiveWindow();
+  _isOver = isActiveWindow();
   update();
   QAbstractButton::enterEvent(event);
 }
 
 void SToolbarButton::leaveEvent(QEvent* event) {
-  m_isOver = false;
+  _isOver = false;
   update();
   QAbstractButton::leaveEvent(event);
 }
 
 void SToolbarButton::paintEvent(QPaintEvent*) {
   QPainter painter(this);
-  if (m_isOver || m_isSelected) {
+  if (_isOver || _isSelected) {
     painter.setOpacity(kBackgroundOpacity);
-    drawThreePartImage(painter, QRectF(rect()), m_left, m_center, m_right);
+    drawThreePartImage(painter, QRectF(rect()), _left, _center, _right);
     painter.setOpacity(1);
   }
   drawTitle(painter);
@@ -89,7 +89,7 @@ void SToolbarButton::drawTitle(QPainter& painter) const {
   const QFontMetricsF metrics(font());
   const QSizeF measured = metrics.size(Qt::TextSingleLine, text());
   painter.setFont(font());
-  painter.setPen(m_isSelected ? selectedColor : ui::namedColor(QStringLiteral("ItemText"), palette()));
+  painter.setPen(_isSelected ? selectedColor : ui::namedColor(QStringLiteral("ItemText"), palette()));
   painter.setOpacity(isEnabled() ? 1.0 : 0.4);
   painter.drawText(ui::fromBottomLeft(height(), kTitleLeft, 0, measured.width(), measured.height()),
                    int(Qt::AlignHCenter | Qt::AlignVCenter | Qt::TextSingleLine | Qt::TextDontClip), text());

@@ -11,9 +11,9 @@ public:
 
   /// `setIsSelected:` Whether the button is drawn as the chosen one: background and blue title.
   void setIsSelected(bool isSelected);
-  bool isSelected() const { return m_isSelected; }
+  bool isSelected() const { return _isSelected; }
   /// Whether the pointer is inside.
-  bool isOver() const { return m_isOver; }
+  bool isOver() const { return _isOver; }
 
   /// The title's width in its font plus 15, and a line's height.
   QSize sizeHint() const override;
@@ -31,9 +31,9 @@ private:
   /// `drawTitle` Centred in its own measured rectangle, which starts 6 points from the left edge at the bottom.
   void drawTitle(QPainter& painter) const;
 
-  QIcon m_left;
-  QIcon m_center;
-  QIcon m_right;
-  bool m_isOver = false;
-  bool m_isSelected = false;
+  QIcon _left;
+  QIcon _center;
+  QIcon _right;
+  bool _isOver = false;
+  bool _isSelected = false;
 };

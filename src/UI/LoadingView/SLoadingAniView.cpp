@@ -41,7 +41,7 @@ SLoadingAniView::SLoadingAniView(QWidget* parent)
   platform::assertMainThread();
   setAcceptDrops(true);
   setMouseTracking(true);
-  setFocusPolicy(Qt::StrongFocus);
+  setFocusPolicy(Qt::NoFocus); // takes the keyboard when told to; a click on it must not take it from a panel above
 }
 
 bool SLoadingAniView::event(QEvent* event) {

@@ -10,8 +10,8 @@ SLoadingAniViewController::SLoadingAniViewController(const QRect& frame, QWidget
     : QObject(parent)
     , m_timers(timers)
     , m_view(new SLoadingAniView(viewParent))
-    , m_circleBase(m_view->circleBase())
-    , m_aniCircle(m_view->aniCircle()) {
+    , circleBase(m_view->circleBase())
+    , aniCircle(m_view->aniCircle()) {
   platform::assertMainThread();
   m_view->hide();
   m_view->setGeometry(frame);
@@ -24,9 +24,9 @@ SLoadingAniViewController::~SLoadingAniViewController() = default;
 void SLoadingAniViewController::awakeFromNib() {
   ui::registerLoadingFrames();
   for (int number = 1; number <= ui::kLoadingFrameCount; ++number) {
-    m_imageArray.append(ui::loadingFrameName(number));
+    _imageArray.append(ui::loadingFrameName(number));
   }
-  m_circleBase->setImage(ui::namedImage(QStringLiteral("back_up_pop_up_base")));
+  circleBase->setImage(ui::namedImage(QStringLiteral("back_up_pop_up_base")));
   showCurrentImage();
 }
 
@@ -44,8 +44,8 @@ void SLoadingAniViewController::setLoadingFrame(const QRect& frame) {
 void SLoadingAniViewController::startAnimation() {
   platform::assertMainThread();
   m_started = true;
-  m_animationPaused = false;
-  m_currentIndex = 0;
+  _animationPaused = false;
+  _currentIndex = 0;
   showCurrentImage();
   startTimer();
 }
@@ -56,18 +56,18 @@ void SLoadingAniViewController::stopAnimation() {
     return;
   }
   changeImage();
-  m_timer.reset();
+  _timer.reset();
   m_started = false;
 }
 
 void SLoadingAniViewController::pauseAnimation() {
   platform::assertMainThread();
-  m_animationPaused = true;
+  _animationPaused = true;
 }
 
 void SLoadingAniViewController::resumeAnimation() {
   platform::assertMainThread();
-  m_animationPaused = false;
+  _animationPaused = false;
 }
 
 void SLoadingAniViewController::setVisible(bool visible) {
@@ -77,30 +77,30 @@ void SLoadingAniViewController::setVisible(bool visible) {
   if (visible) {
     startTimer();
   } else {
-    m_timer.reset();
+    _timer.reset();
   }
 }
 
 void SLoadingAniViewController::startTimer() {
-  m_timer.reset();
+  _timer.reset();
   if (m_view != nullptr && m_view->isVisible()) {
-    m_timer = m_timers.repeating(kFrameTime, [this] { changeImage(); });
+    _timer = m_timers.repeating(kFrameTime, [this] { changeImage(); });
   }
 }
 
 void SLoadingAniViewController::changeImage() {
-  if (m_animationPaused) {
+  if (_animationPaused) {
     return;
   }
-  if (m_currentIndex + 1 < m_imageArray.size()) {
-    ++m_currentIndex;
+  if (_currentIndex + 1 < _imageArray.size()) {
+    ++_currentIndex;
     showCurrentImage();
     return;
   }
-  m_currentIndex = 0;
+  _currentIndex = 0;
   // The last picture stays for the rest; a timer brings the first one, so that the window goes on living meanwhile.
-  m_timer = m_timers.oneShot(kLoopPause, [this] {
-    if (!m_animationPaused) {
+  _timer = m_timers.oneShot(kLoopPause, [this] {
+    if (!_animationPaused) {
       showCurrentImage();
     }
     startTimer();
@@ -108,7 +108,7 @@ void SLoadingAniViewController::changeImage() {
 }
 
 void SLoadingAniViewController::showCurrentImage() {
-  if (m_aniCircle != nullptr) {
-    m_aniCircle->setImage(ui::namedImage(m_imageArray[m_currentIndex]));
+  if (aniCircle != nullptr) {
+    aniCircle->setImage(ui::namedImage(_imageArray[_currentIndex]));
   }
 }

@@ -43,9 +43,9 @@ public:
   void resumeAnimation();
 
   /// Which picture is shown, from 0.
-  qint64 currentIndex() const { return m_currentIndex; }
+  qint64 currentIndex() const { return _currentIndex; }
   /// The names of the pictures in their order.
-  const QStringList& imageArray() const { return m_imageArray; }
+  const QStringList& imageArray() const { return _imageArray; }
 
 private:
   void awakeFromNib();
@@ -56,11 +56,11 @@ private:
 
   platform::Timers& m_timers;
   QPointer<SLoadingAniView> m_view;
-  QPointer<SImageView> m_circleBase;
-  QPointer<SImageView> m_aniCircle;
-  std::unique_ptr<platform::Timer> m_timer;
-  QStringList m_imageArray;
-  qint64 m_currentIndex = 0;
+  QPointer<SImageView> circleBase;
+  QPointer<SImageView> aniCircle;
+  std::unique_ptr<platform::Timer> _timer;
+  QStringList _imageArray;
+  qint64 _currentIndex = 0;
   bool m_started = false;
-  bool m_animationPaused = false;
+  bool _animationPaused = false;
 };

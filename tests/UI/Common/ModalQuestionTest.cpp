@@ -126,6 +126,19 @@ TEST_F(Question, CanceledFromAnotherThreadIsAnsweredAndCanBeAskedAgain) {
   EXPECT_EQ(m_confirmed, 1);
 }
 
+TEST_F(Question, CanceledBeforeTheMainThreadComesToItIsNeitherShownNorHidden) {
+  int shown = 0;
+  int hidden = 0;
+  ask([&] { ++shown; }, [&] { ++hidden; });
+  while (!m_question->isOpen()) // the main thread takes no work meanwhile
+    std::this_thread::yield();
+  m_question->cancel();
+  ASSERT_TRUE(waitForAnswers(1));
+  EXPECT_EQ(m_confirmed, 0);
+  EXPECT_EQ(shown, 0);
+  EXPECT_EQ(hidden, 0);
+}
+
 TEST_F(Question, ClosedAnswersEverybodyAndShowsNothingMore) {
   int shown = 0;
   int hidden = 0;

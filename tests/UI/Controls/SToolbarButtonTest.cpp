@@ -6,6 +6,7 @@
 #include <QAccessible>
 #include <QEnterEvent>
 #include <QFontMetrics>
+#include <QPainter>
 #include <QSignalSpy>
 #include <QTest>
 
@@ -88,6 +89,27 @@ TEST_F(SToolbarButtonLook, HasABackgroundAndABlueTitleWhileSelectedEvenWithoutTh
   m_button.setIsSelected(false);
   EXPECT_EQ(background(), QColor(Qt::white));
   EXPECT_EQ(pixelsLike(kSelectedTitle), 0);
+}
+
+TEST_F(SToolbarButtonLook, DrawsTheThreePicturesAtFourFifthsAndStretchesTheMiddleOneOnly) {
+  m_button.setText(QString());
+  m_button.resize(120, 24);
+  m_button.setIsSelected(true);
+  const QIcon left = ui::namedImage("progress_left_bg");
+  const QIcon middle = ui::namedImage("progress_middle_bg");
+  const QIcon right = ui::namedImage("progress_right_bg");
+  const int leftWidth = ui::imageSize(left).width();
+  const int rightWidth = ui::imageSize(right).width();
+  ASSERT_LT(leftWidth + rightWidth, 60);
+  QImage expected(m_button.size(), QImage::Format_ARGB32_Premultiplied);
+  expected.fill(Qt::white);
+  QPainter painter(&expected);
+  painter.setOpacity(0.8);
+  ui::drawImage(painter, QRectF(0, 0, leftWidth, 24), left);
+  ui::drawImage(painter, QRectF(leftWidth, 0, 120 - leftWidth - rightWidth, 24), middle);
+  ui::drawImage(painter, QRectF(120 - rightWidth, 0, rightWidth, 24), right);
+  painter.end();
+  EXPECT_EQ(look().convertToFormat(QImage::Format_RGB32), expected.convertToFormat(QImage::Format_RGB32));
 }
 
 TEST_F(SToolbarButtonLook, DrawsTheTitleSixPointsFromTheLeftAtTheBottom) {
