@@ -55,14 +55,14 @@ void ClashQuestion::close() {
   hide();
 }
 
-QMessageBox* ClashQuestion::alert() const {
+QMessageBox* ClashQuestion::isExistsAlert() const {
   platform::assertMainThread();
-  return m_alert;
+  return _isExistsAlert;
 }
 
 void ClashQuestion::show(const QString& name, bool several) {
   auto* const alert = new QMessageBox(m_window);
-  m_alert = alert;
+  _isExistsAlert = alert;
   alert->setLayoutDirection(m_window->layoutDirection());
   alert->setIconPixmap(ui::iconForFileName(name).pixmap(QSize(48, 48), m_window->devicePixelRatio()));
   alert->setWindowModality(Qt::WindowModal);
@@ -95,8 +95,8 @@ void ClashQuestion::show(const QString& name, bool several) {
 }
 
 void ClashQuestion::hide() {
-  if (QMessageBox* const alert = m_alert) {
-    m_alert = nullptr;
+  if (QMessageBox* const alert = _isExistsAlert) {
+    _isExistsAlert = nullptr;
     alert->disconnect();
     alert->hide();
     alert->deleteLater();

@@ -38,7 +38,7 @@ public:
   void close();
 
   /// The alert while it is open, else null. Main thread.
-  QMessageBox* alert() const;
+  QMessageBox* isExistsAlert() const;
 
 private:
   void show(const QString& name, bool several);
@@ -46,5 +46,5 @@ private:
 
   ui::ModalQuestion m_question;
   QPointer<QWidget> m_window; // main thread
-  QPointer<QMessageBox> m_alert;
+  QPointer<QMessageBox> _isExistsAlert;
 };

@@ -39,7 +39,7 @@ public:
   bool isRebuildPending() const { return m_updateTimer != nullptr; }
 
   /// While a transfer runs, objects that come into being are its own. Any thread.
-  std::atomic<bool> isTransferProcess{false}; // written by the transfer, read by the engine's event thread
+  std::atomic<bool> isTransferProcess{false}; // written by the main thread, read by the engine's event thread
 
 private:
   void startTimer();

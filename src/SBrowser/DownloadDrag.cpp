@@ -14,6 +14,7 @@
 #include "UI/Common/SFont.h"
 #include "stringDefine/VornLocalStringDefine.h"
 
+#include <QApplication>
 #include <QCursor>
 #include <QDir>
 #include <QFileDialog>
@@ -90,11 +91,13 @@ bool DownloadDrag::writeSelectionToPasteboard() {
   if (!isAnyProtected(_dragItems))
     m_trashTarget->appear();
   const std::weak_ptr<char> alive = m_alive;
-  m_dragOut->start(*m_dragSource, picture(), QPoint(-10, -10),
-                   [this, alive, items = _dragItems](const platform::DragDestination& destination) {
-                     if (!alive.expired())
-                       dropped(destination, items);
-                   });
+  m_dragOut->start(
+      *m_dragSource, picture(), QPoint(-10, -10),
+      [this, alive, items = _dragItems, session = m_window.session()](const platform::DragDestination& destination) {
+        // Another phone may have come meanwhile, with files of the same paths.
+        if (!alive.expired() && session == m_window.session())
+          dropped(destination, items);
+      });
   if (!alive.expired())
     m_trashTarget->hide();
   return true;
@@ -120,6 +123,7 @@ void DownloadDrag::dropped(const platform::DragDestination& destination, const I
 
 void DownloadDrag::namesOfPromisedFilesDroppedAtDestination(const QString& destination, const Items& items) {
   platform::assertMainThread();
+  _drapAndDropPath = destination;
   if (platform::isTrashFolder(destination, platform::DragPlaces::current())) {
     _dragItems = items;
     performDragOperationDelete();
@@ -132,6 +136,7 @@ void DownloadDrag::performDragOperationDelete() {
   platform::assertMainThread();
   if (isAnyProtected(_dragItems)) {
     MTPB_LOG("the phone's own folders are not deleted");
+    QApplication::beep(); // whoever took the drop believes that all is well
     return;
   }
   m_window.deleteDrapItemsProc(_dragItems);
@@ -190,11 +195,13 @@ QPixmap DownloadDrag::picture() const {
 
 void DownloadDrag::drapItemsToTarget(const Items& items, const QString& destination) {
   platform::assertMainThread();
-  if (items.empty() || m_window.isBlocked())
+  if (items.empty())
     return;
-  const auto run = m_window.transfers().begin(m_window.session());
-  if (!run)
+  const auto run = m_window.isBlocked() ? nullptr : m_window.transfers().begin(m_window.session());
+  if (!run) {
+    QApplication::beep(); // whoever took the drop believes that the files are coming
     return;
+  }
   _drapAndDropPath = destination;
   // Whatever becomes of the job, carried out or dropped, the window learns that it is over.
   const std::shared_ptr<void> ending(nullptr, [run](void*) { run->end(); });

@@ -51,7 +51,7 @@ public:
   void forgetItems();
 
   const Items& dragItems() const { return _dragItems; }
-  /// Where the last copy goes: a folder of the computer.
+  /// Where the last drop went or the last copy goes: a folder of the computer.
   const QString& drapAndDropPath() const { return _drapAndDropPath; }
   TrashTarget* trashTarget() const { return m_trashTarget.get(); }
 

@@ -69,7 +69,10 @@ QString pathOnComputer(const QString& folder, const QString& name) {
 }
 
 bool ignoresCase(const QString& folder) {
-  QTemporaryFile file(folder + QStringLiteral("/.mtpbrowser-case-XXXXXX"));
+  QString place = folder; // or, as long as that is not there, where it would be made
+  while (!QFileInfo::exists(place) && QFileInfo(place).path() != place)
+    place = QFileInfo(place).path();
+  QTemporaryFile file(place + QStringLiteral("/.mtpbrowser-case-XXXXXX"));
   if (!file.open())
     return true;
   const QFileInfo info(file.fileName());

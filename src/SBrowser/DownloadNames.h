@@ -21,8 +21,8 @@ QString nameOnComputer(const QString& nameOnPhone);
 /// The folder and the name joined by one slash, every "//" replaced by "/". Pure.
 QString pathOnComputer(const QString& folder, const QString& name);
 
-/// Whether `folder`, which exists, takes names that differ by case alone for the same; yes when it cannot be found out.
-/// Makes and removes a file there.
+/// Whether `folder` takes names that differ by case alone for the same; yes when it cannot be found out. Makes and
+/// removes a file there, or, as long as it does not exist, in the nearest folder above it.
 bool ignoresCase(const QString& folder);
 
 /// The names that one copy has given away in one folder of the computer. A phone may hold what the computer takes for

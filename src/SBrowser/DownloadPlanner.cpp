@@ -1,6 +1,7 @@
 #include "SBrowser/DownloadPlanner.h"
 
 #include "MTPCore/MTPSDKUtil.h"
+#include "MTPCore/PathWalk.h"
 #include "SBrowser/SItemArray.h"
 #include "SBrowser/TreeLoader.h"
 #include "UI/Common/NSStringPredicate.h"
@@ -8,6 +9,8 @@
 #include <QFileInfo>
 
 #include <algorithm>
+#include <limits>
+#include <utility>
 
 namespace {
 
@@ -45,28 +48,37 @@ bool DownloadPlanner::plan(const std::vector<ItemPointer>& draggedItems) {
   if (!dragged)
     return false;
   download::NamesInFolder names = namesIn(m_destination);
-  for (const Entry& entry : *dragged) {
-    SItem& item = *entry.item;
-    item.setDesPath(download::pathOnComputer(m_destination, names.claim(item.fileName())));
-    const bool isSkipped =
-        existsOnComputer(item.desPath()) && m_run.askAboutClash(item.fileName(), dragged->size()) == ClashAnswerSkip;
-    if (m_run.isStopped())
-      return false;
-    if (isSkipped) {
-      m_run.record(shownName(item, m_destination), TransferOutcome::Skipped);
-      continue;
-    }
-    m_run.plan().push_back(entry.item);
-    std::uint64_t totalSize = item.fileSize();
-    if (isFolder(item)) {
-      const auto below = getListFileInDeviceFolder(entry, totalSize);
-      if (below)
-        m_run.plan().insert(m_run.plan().end(), below->begin(), below->end());
-    }
-    m_run.addToTotalTransferSize(totalSize);
-    if (m_run.isStopped())
-      return false;
+  QStringList unplanned;
+  for (const Entry& entry : *dragged)
+    if (m_run.isStopped() || !planItem(entry, names.claim(entry.item->fileName()), dragged->size()))
+      unplanned.append(entry.item->fileName());
+  if (!m_run.isStopped())
+    return true;
+  for (const TransferRun::PlanEntry& entry : m_run.plan())
+    m_run.record(shownName(static_cast<const SItem&>(*entry), m_destination), TransferOutcome::Canceled);
+  for (const QString& name : std::as_const(unplanned))
+    m_run.record(name, TransferOutcome::Canceled);
+  return false;
+}
+
+bool DownloadPlanner::planItem(const Entry& entry, const QString& nameOnComputer, std::size_t items) {
+  SItem& item = *entry.item;
+  item.setDesPath(download::pathOnComputer(m_destination, nameOnComputer));
+  const bool isSkipped = lookAtDestination(item) && m_run.askAboutClash(item.fileName(), items) == ClashAnswerSkip;
+  if (m_run.isStopped())
+    return false;
+  if (isSkipped) {
+    m_run.record(shownName(item, m_destination), TransferOutcome::Skipped);
+    return true;
   }
+  m_run.plan().push_back(entry.item);
+  std::uint64_t totalSize = item.fileSize();
+  if (isFolder(item)) {
+    const auto below = getListFileInDeviceFolder(entry, totalSize);
+    if (below)
+      m_run.plan().insert(m_run.plan().end(), below->begin(), below->end());
+  }
+  m_run.addToTotalTransferSize(totalSize);
   return true;
 }
 
@@ -75,10 +87,15 @@ DownloadPlanner::getListFileInDeviceFolder(const Entry& folder, std::uint64_t& t
   totalSize = 0;
   if (!isFolder(*folder.item))
     return std::nullopt;
-  const auto originals = contentsOf(folder.original);
+  std::vector<ItemPointer> entries;
+  if (m_run.isStopped())
+    return entries;
+  std::uint32_t failure = DGSTATUS_SUCCESS;
+  const auto originals = contentsOf(folder.original, failure);
   if (!originals)
     return std::nullopt;
-  std::vector<ItemPointer> entries;
+  if (failure != DGSTATUS_SUCCESS)
+    m_listingFailures.insert(folder.item.get(), failure);
   if (m_run.isStopped())
     return entries;
   const auto children = copies(*originals);
@@ -94,6 +111,7 @@ DownloadPlanner::getListFileInDeviceFolder(const Entry& folder, std::uint64_t& t
       m_run.record(shownName(item, m_destination), TransferOutcome::Failed, DGSTATUS_FILE_OPEN_FAILED);
       continue;
     }
+    lookAtDestination(item);
     entries.push_back(child.item);
     std::uint64_t size = item.fileSize();
     if (isFolder(item)) {
@@ -101,31 +119,50 @@ DownloadPlanner::getListFileInDeviceFolder(const Entry& folder, std::uint64_t& t
       if (below)
         entries.insert(entries.end(), below->begin(), below->end());
     }
-    totalSize += size;
+    totalSize += std::min(size, std::numeric_limits<std::uint64_t>::max() - totalSize);
     if (m_run.isStopped())
       return entries;
   }
   return entries;
 }
 
-std::optional<std::vector<DownloadPlanner::ItemPointer>> DownloadPlanner::contentsOf(const ItemPointer& folder) {
+bool DownloadPlanner::lookAtDestination(const SItem& entry) {
+  const bool exists = existsOnComputer(entry.desPath());
+  if (exists)
+    m_existing.insert(&entry);
+  return exists;
+}
+
+std::optional<std::vector<DownloadPlanner::ItemPointer>> DownloadPlanner::contentsOf(const ItemPointer& folder,
+                                                                                     std::uint32_t& failure) {
   std::vector<ItemPointer> children;
   std::function<TreeLoader::Listing(DeviceSession&)> lister;
+  QString rootPath, nodeID, path;
   const auto collect = [&](const std::shared_ptr<SItemArray>& array) {
     if (array)
       children.assign(array->begin(), array->end());
   };
   const auto look = [&] {
-    if (folder->isListed())
+    // One that could not be listed before is asked for again: it would be copied empty for ever.
+    if (folder->isListed() && folder->childObjects()) {
       collect(folder->childObjects());
-    else
-      lister = TreeLoader::lister(folder);
+      return;
+    }
+    lister = TreeLoader::lister(folder);
+    rootPath = folder->rootPath();
+    nodeID = folder->nodeID();
+    path = folder->filePath();
   };
   if (!m_run.onMainThread(look))
     return std::nullopt;
   if (!lister)
     return children;
+  failure = listOnPhone(rootPath, nodeID, path);
+  if (failure != DGSTATUS_SUCCESS)
+    return children; // stays as it is: whoever opens it later may have more luck
   TreeLoader::Listing listing = lister(m_session);
+  if (!listing.children)
+    failure = DGSTATUS_UNSUCCESSFUL;
   const auto publish = [&] {
     collect(listing.children);
     folder->setIsListed(true);
@@ -135,6 +172,29 @@ std::optional<std::vector<DownloadPlanner::ItemPointer>> DownloadPlanner::conten
   if (!m_run.onMainThread(publish))
     return std::nullopt;
   return children;
+}
+
+/// Has the phone list the folder, and tells its status, which a list of its items does not: of a folder that could not
+/// be listed it is empty, as of an empty one. What is listed then is known already.
+std::uint32_t DownloadPlanner::listOnPhone(const QString& rootPath, const QString& nodeID, const QString& path) {
+  m_session.selectStorage(rootPath);
+  MTPDextSDKWrapper& mtp = *m_session.mtp;
+  _MTP_COMMON_NODE* node = mtp.getCommonNodeFromNodeID(nodeID);
+  if (node == nullptr)
+    node = PathWalk::nodeAt(mtp, mtp.getCurrentDeviceNode(), mtp.knownStorageHead(), path);
+  if (mtp.nodeKind(node) != MTPDEXT_NODE_FOLDER)
+    return DGSTATUS_NODE_IS_NOT_EXISTED;
+  const auto isFailure = [](std::uint32_t status) {
+    return status != DGSTATUS_SUCCESS && status != DGSTATUS_NO_MORE_DATA; // the latter where there is nothing
+  };
+  _MTP_FOLDER_NODE* folder = nullptr;
+  const std::uint32_t status = mtp.getMTPFolderListHead(reinterpret_cast<_MTP_FOLDER_NODE*>(node),
+                                                        m_session.currentStorageNode, &folder, nullptr, nullptr);
+  if (isFailure(status))
+    return status;
+  _MTP_FILE_NODE* file = nullptr;
+  const std::uint32_t fileStatus = mtp.getMTPFileListHead(node, &file, nullptr, nullptr);
+  return isFailure(fileStatus) ? fileStatus : DGSTATUS_SUCCESS;
 }
 
 std::optional<std::vector<DownloadPlanner::Entry>> DownloadPlanner::copies(const std::vector<ItemPointer>& items) {

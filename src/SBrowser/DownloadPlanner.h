@@ -5,6 +5,8 @@
 #include "SBrowser/SItem.h"
 #include "SBrowser/TransferRun.h"
 
+#include <QHash>
+#include <QSet>
 #include <QString>
 #include <QStringList>
 
@@ -35,7 +37,7 @@ public:
   DownloadPlanner(TransferRun& run, DeviceSession& session, QString destination, Publisher publish);
 
   /// Fills the run's plan and its total size with the dragged items of the tree, asking about each whose destination
-  /// exists. False when the run was stopped meanwhile: what was planned by then is not to be copied.
+  /// exists. False when the run was stopped meanwhile: nothing is to be copied then, and that is recorded.
   bool plan(const std::vector<ItemPointer>& draggedItems);
 
   /// `getListFileInDeviceFolder:totalSize:currentDrapItem:` The plan's entries below `folder`, in the phone's order,
@@ -44,19 +46,31 @@ public:
   /// dragged folder is known by the `desPath` that its descendants' begins with.
   std::optional<std::vector<ItemPointer>> getListFileInDeviceFolder(const Entry& folder, std::uint64_t& totalSize);
 
+  /// Why nothing is known of what a planned folder holds: the SDK's status; 0 when all is well.
+  std::uint32_t listingFailure(const SItem& folder) const { return m_listingFailures.value(&folder); }
+  /// Whether there was something at a planned entry's destination when it was planned.
+  bool existedBefore(const SItem& entry) const { return m_existing.contains(&entry); }
+
   /// `file:existInMediaFileList:` Whether some element matches the name, as ui::isExistInArray() says. Any thread.
   static bool file(const QString& name, const QStringList& existInMediaFileList);
   /// What the user knows an entry as: its place below the destination.
   static QString shownName(const SItem& entry, const QString& destination);
 
 private:
+  /// False when the run was stopped before the item was planned.
+  bool planItem(const Entry& entry, const QString& nameOnComputer, std::size_t items);
+  bool lookAtDestination(const SItem& entry);
   std::optional<std::vector<Entry>> copies(const std::vector<ItemPointer>& items);
-  std::optional<std::vector<ItemPointer>> contentsOf(const ItemPointer& folder);
+  /// What the phone tells of a folder; `failure` becomes the SDK's status when it tells nothing.
+  std::optional<std::vector<ItemPointer>> contentsOf(const ItemPointer& folder, std::uint32_t& failure);
+  std::uint32_t listOnPhone(const QString& rootPath, const QString& nodeID, const QString& path);
   download::NamesInFolder namesIn(const QString& folder);
 
   TransferRun& m_run;
   DeviceSession& m_session;
   const QString m_destination;
   const Publisher m_publish;
+  QHash<const SItem*, std::uint32_t> m_listingFailures;
+  QSet<const SItem*> m_existing;
   std::optional<bool> m_ignoresCase; // of the destination, once it was asked
 };

@@ -8,7 +8,8 @@
 #include <memory>
 #include <vector>
 
-/// One copy out of the phone, on the transfer's thread, within a job of the queue.
+/// One copy out of the phone, on the transfer's thread, within a job of the queue: whatever else is to be done with the
+/// phone, building the tree anew for instance, waits until the copy has ended, the questions to the user included.
 class DownloadRun {
 public:
   using ItemPointer = std::shared_ptr<SItem>;
@@ -22,10 +23,10 @@ public:
   void drapItemsToTarget(const std::vector<ItemPointer>& items);
 
 private:
-  enum class Next { Entry, End };
-  Next copyFolder(const SItem& folder);
-  Next copyFile(const SItem& file);
-  bool makeFoldersAbove(const SItem& file) const;
+  /// False when the copy ends with this entry.
+  bool copyEntry(const SItem& entry);
+  bool copyFolder(const SItem& folder);
+  bool copyFile(const SItem& file);
   void record(const SItem& entry, TransferOutcome::Kind kind, std::uint32_t status = 0);
 
   TransferRun& m_run;

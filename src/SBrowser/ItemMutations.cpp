@@ -17,6 +17,7 @@
 #include <algorithm>
 #include <optional>
 #include <set>
+#include <utility>
 
 /// What a worker needs to know of an item, so that it need not look at the tree.
 struct ItemMutations::Target {
@@ -334,7 +335,9 @@ bool ItemMutations::isDeletionWanted(const Asker& ask, const Sleeper& sleep) {
 
 void ItemMutations::remove(const Run& run, const std::vector<ItemPointer>& items) {
   std::set<ItemPointer> deleted;
+  std::vector<ItemPointer> unshown; // of them those whose rows are still there
   std::vector<ItemPointer> parents;
+  auto shown = std::chrono::steady_clock::now();
   qint64 firstRow = -1;
   run.onMain([&](ItemMutations& self) {
     firstRow = self.m_window.layout().outlineView->rowOfIndex(self.m_window.outlineModel().indexOfItem(*items.front()));
@@ -364,23 +367,34 @@ void ItemMutations::remove(const Run& run, const std::vector<ItemPointer>& items
     if (!isDeleted)
       continue;
     deleted.insert(item);
-    run.onMain([&](ItemMutations& self) { self.itemDeleted(item, parents); });
+    unshown.push_back(item);
+    if (const auto now = std::chrono::steady_clock::now(); now - shown >= kShowInterval) {
+      run.onMain([&](ItemMutations& self) { self.itemsDeleted(std::exchange(unshown, {}), parents); });
+      shown = now;
+    }
   }
-  run.onMain([&](ItemMutations& self) { self.showDeletions(parents, firstRow); });
+  run.onMain([&](ItemMutations& self) {
+    self.itemsDeleted(unshown, parents);
+    self.showDeletions(parents, firstRow);
+  });
 }
 
-void ItemMutations::itemDeleted(const ItemPointer& item, std::vector<ItemPointer>& parents) {
-  const ItemPointer gone = itemInTree(item);
-  const ItemPointer parent = gone ? gone->parentItem() : nullptr;
-  if (!parent)
-    return;
-  m_window.outlineModel().removeItem(gone);
-  // Showing the current folder anew is all that is done, whatever else was to be refreshed.
-  if (parent == m_window.currentFolderItem())
-    parents = {parent};
-  const bool isAll = parents.size() == 1 && parents.front() == m_window.currentFolderItem();
-  if (!isAll && std::find(parents.begin(), parents.end(), parent) == parents.end())
-    parents.push_back(parent);
+void ItemMutations::itemsDeleted(const std::vector<ItemPointer>& items, std::vector<ItemPointer>& parents) {
+  std::vector<ItemPointer> gone;
+  for (const ItemPointer& item : items) {
+    const ItemPointer found = itemInTree(item);
+    const ItemPointer parent = found ? found->parentItem() : nullptr;
+    if (!parent)
+      continue;
+    gone.push_back(found);
+    // Showing the current folder anew is all that is done, whatever else was to be refreshed.
+    if (parent == m_window.currentFolderItem())
+      parents = {parent};
+    const bool isAll = parents.size() == 1 && parents.front() == m_window.currentFolderItem();
+    if (!isAll && std::find(parents.begin(), parents.end(), parent) == parents.end())
+      parents.push_back(parent);
+  }
+  m_window.outlineModel().removeItems(gone);
 }
 
 void ItemMutations::showDeletions(const std::vector<ItemPointer>& parents, qint64 firstRow) {

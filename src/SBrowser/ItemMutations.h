@@ -25,6 +25,9 @@ public:
 
   /// When true, deletions are no longer confirmed.
   static constexpr const char* kDeleteWithoutAsking = "BTUI_Delet_Window_Close";
+  /// How often the rows of deleted items go while more are deleted: one at a time, thousands would keep the window
+  /// busy.
+  static constexpr std::chrono::milliseconds kShowInterval{500};
   /// Between the answer and the deletion, for the panel to slide out.
   static constexpr std::chrono::milliseconds kPauseAfterQuestion{200};
 
@@ -65,7 +68,7 @@ private:
   void folderCreated(const ItemPointer& wanted, const Creation& creation);
   void insertFolder(const ItemPointer& parent, const MtpItemInfo& folder);
   void itemRenamed(const ItemPointer& item, const QString& newName);
-  void itemDeleted(const ItemPointer& item, std::vector<ItemPointer>& parents);
+  void itemsDeleted(const std::vector<ItemPointer>& items, std::vector<ItemPointer>& parents);
   void showDeletions(const std::vector<ItemPointer>& parents, qint64 firstRow);
 
   // On workers.

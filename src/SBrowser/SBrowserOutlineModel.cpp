@@ -81,21 +81,30 @@ void SBrowserOutlineModel::insertChild(const ItemPointer& parent, int place, Ite
   setChildren(parent, children);
 }
 
-void SBrowserOutlineModel::removeItem(const ItemPointer& item) {
+void SBrowserOutlineModel::removeItems(const std::vector<ItemPointer>& items) {
   platform::assertMainThread();
-  const ItemPointer parent = item->parentItem();
-  if (!parent || !parent->childObjects())
-    return;
-  const QModelIndex shown = indexOfItem(*parent);
-  SItemArray& children = shown.isValid() ? *rowsBelow(parent.get()) : *parent->childObjects();
-  const int row = children.indexOf(*item);
-  if (row < 0)
-    return;
-  if (shown.isValid())
-    beginRemoveRows(shown, row, row);
-  children.removeAt(row);
-  if (shown.isValid())
-    endRemoveRows();
+  // From the last to the first: the places of those before stay as they are known.
+  for (std::size_t left = items.size(); left > 0;) {
+    const SItem& lastItem = *items[--left];
+    const ItemPointer parent = lastItem.parentItem();
+    if (!parent || !parent->childObjects())
+      continue;
+    const QModelIndex shown = indexOfItem(*parent);
+    SItemArray& children = shown.isValid() ? *rowsBelow(parent.get()) : *parent->childObjects();
+    const int last = children.indexOf(lastItem);
+    if (last < 0)
+      continue;
+    int first = last;
+    while (left > 0 && first > 0 && children.at(first - 1) == items[left - 1]) {
+      --first;
+      --left;
+    }
+    if (shown.isValid())
+      beginRemoveRows(shown, first, last);
+    children.removeAt(first, last - first + 1);
+    if (shown.isValid())
+      endRemoveRows();
+  }
 }
 
 void SBrowserOutlineModel::itemRenamed(const SItem& item) {

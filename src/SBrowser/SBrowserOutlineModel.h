@@ -6,6 +6,7 @@
 #include <QAbstractItemModel>
 
 #include <memory>
+#include <vector>
 
 /// Shows items, never lists them: a folder that was not listed yet has a triangle and no rows, and whoever expands it
 /// sees to the listing. Columns as in SOutlineColumnIndex. Rows: the top level is an array of its own, filled from the
@@ -34,7 +35,9 @@ public:
   /// have children (an empty array are some).
   void insertChild(const ItemPointer& parent, int place, ItemPointer child);
   /// Takes the item from its parent's children. A row of the top level goes with the next reloadData().
-  void removeItem(const ItemPointer& item);
+  void removeItem(const ItemPointer& item) { removeItems({item}); }
+  /// The same with many at once: those that follow one another, here and among their parent's rows, go in one step.
+  void removeItems(const std::vector<ItemPointer>& items);
   /// The item got another name: its row stays where it is until somebody sorts.
   void itemRenamed(const SItem& item);
   /// The item's texts may have changed; with its children also theirs.

@@ -122,8 +122,8 @@ void SItemArray::insert(int index, Pointer item) {
   contentsChanged();
 }
 
-void SItemArray::removeAt(int index) {
-  m_items.erase(m_items.begin() + index);
+void SItemArray::removeAt(int index, int count) {
+  m_items.erase(m_items.begin() + index, m_items.begin() + index + count);
 }
 
 void SItemArray::removeAll() {

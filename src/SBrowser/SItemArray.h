@@ -35,7 +35,7 @@ public:
   void reserve(int count) { m_items.reserve(static_cast<std::size_t>(count)); }
   void append(Pointer item);
   void insert(int index, Pointer item);
-  void removeAt(int index);
+  void removeAt(int index, int count = 1);
   void removeAll();
   /// Gives memory back that was set aside for more items.
   void squeeze() { m_items.shrink_to_fit(); }

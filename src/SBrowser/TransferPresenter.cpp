@@ -8,15 +8,18 @@
 #include <QLocale>
 #include <QMainWindow>
 
+#include <algorithm>
+#include <limits>
+
 TransferPresenter::TransferPresenter(WindowLayout& layout, Window window)
     : m_layout(layout)
-    , m_window(std::move(window))
-    , m_question(std::make_shared<ClashQuestion>(*layout.window())) {}
+    , m_window(std::move(window)) {}
 
 TransferPresenter::~TransferPresenter() {
   platform::assertMainThread();
-  if (m_run)
-    m_run->cancel();
+  if (!m_run)
+    return;
+  m_run->cancel();
   m_question->close();
 }
 
@@ -24,6 +27,7 @@ std::shared_ptr<TransferRun> TransferPresenter::begin(const std::shared_ptr<Devi
   platform::assertMainThread();
   if (m_run || !session || session->ended)
     return nullptr;
+  m_question = std::make_shared<ClashQuestion>(*m_layout.window());
   m_run = std::make_shared<TransferRun>(weak_from_this(), session, m_question);
   m_inhibition = m_window.inhibitSuspend ? m_window.inhibitSuspend() : nullptr;
   m_window.setIsTransferProcess(true);
@@ -59,7 +63,9 @@ void TransferPresenter::setProgressInfo(const TransferRun& run, const QString& t
     return;
   SProgressView& panel = *m_layout.progressView;
   panel.setFileStatus(text);
-  panel.setProgressInfo(currPos + run.currentTransferSize(), run.totalTransferSize());
+  const std::uint64_t before = run.currentTransferSize();
+  panel.setProgressInfo(before + std::min(currPos, std::numeric_limits<std::uint64_t>::max() - before),
+                        run.totalTransferSize());
   showPercentage(panel.progressIndicator()->percentage());
 }
 
@@ -88,6 +94,8 @@ void TransferPresenter::transferEnded(TransferRun& run) {
 
 void TransferPresenter::forgetRun() {
   m_run.reset();
+  m_question->close();
+  m_question.reset();
   m_inhibition.reset();
   m_layout.window()->setWindowTitle(m_title);
 }

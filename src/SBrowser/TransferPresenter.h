@@ -42,7 +42,7 @@ public:
   void detach();
 
   /// The alert about a taken name while it is open, else null.
-  QMessageBox* isExistsAlert() const { return m_question->alert(); }
+  QMessageBox* isExistsAlert() const { return m_question ? m_question->isExistsAlert() : nullptr; }
   /// What the entries of the transfer that ended last came to.
   const std::vector<TransferOutcome>& lastTransfer() const { return m_lastTransfer; }
   /// Called when lastTransfer() has changed.
@@ -60,8 +60,8 @@ private:
 
   WindowLayout& m_layout;
   const Window m_window;
-  const std::shared_ptr<ClashQuestion> m_question;
   std::shared_ptr<TransferRun> m_run;
+  std::shared_ptr<ClashQuestion> m_question; // of m_run alone: what ends another run never ends what this one asks
   std::shared_ptr<void> m_inhibition;
   QString m_title; // the window's, without percentage; null while none is shown
   std::vector<TransferOutcome> m_lastTransfer;

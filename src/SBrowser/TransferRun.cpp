@@ -24,29 +24,29 @@ TransferRun::TransferRun(std::weak_ptr<TransferOwner> owner, std::shared_ptr<Dev
     , m_question(std::move(question)) {}
 
 void TransferRun::cancel() {
-  m_isCanceled = true;
-  m_isTransferProcess = false;
+  _isCanceled = true;
+  _isTransferProcess = false;
   m_question->cancel();
 }
 
 void TransferRun::detach() {
-  m_isDetached = true;
+  _isDetached = true;
   m_question->cancel();
 }
 
 void TransferRun::addToTotalTransferSize(std::uint64_t bytes) {
   const platform::Lock lock(m_mutex);
-  m_totalTransferSize = sum(m_totalTransferSize, bytes);
+  _totalTransferSize = sum(_totalTransferSize, bytes);
 }
 
 std::uint64_t TransferRun::totalTransferSize() const {
   const platform::Lock lock(m_mutex);
-  return m_totalTransferSize;
+  return _totalTransferSize;
 }
 
 std::uint64_t TransferRun::currentTransferSize() const {
   const platform::Lock lock(m_mutex);
-  return m_currentTransferSize;
+  return _currentTransferSize;
 }
 
 void TransferRun::beginEntry(const STransferItem& entry) {
@@ -58,7 +58,7 @@ void TransferRun::beginEntry(const STransferItem& entry) {
 
 void TransferRun::finishEntry(const STransferItem& entry) {
   const platform::Lock lock(m_mutex);
-  m_currentTransferSize = sum(m_currentTransferSize, entry.fileSize());
+  _currentTransferSize = sum(_currentTransferSize, entry.fileSize());
   m_progress.currPos = 0; // what is still queued counted the same bytes
 }
 
@@ -95,7 +95,7 @@ bool TransferRun::onMainThread(const std::function<void()>& work) {
 
 void TransferRun::complete() {
   onMainThread([this] {
-    m_isTransferProcess = false;
+    _isTransferProcess = false;
     m_owner.lock()->transferCompleted(*this);
   });
 }

@@ -62,12 +62,12 @@ public:
   void cancel();
   /// The phone is gone.
   void detach();
-  bool isCanceled() const { return m_isCanceled; }
-  bool isDetached() const { return m_isDetached || m_session->ended; }
+  bool isCanceled() const { return _isCanceled; }
+  bool isDetached() const { return _isDetached || m_session->ended; }
   /// Either of them: nothing further is to be done.
   bool isStopped() const { return isCanceled() || isDetached(); }
   /// From the beginning to complete() or cancel().
-  bool isTransferProcess() const { return m_isTransferProcess; }
+  bool isTransferProcess() const { return _isTransferProcess; }
 
   // ---- Plan and counters ----
 
@@ -89,7 +89,7 @@ public:
   /// The answer so far: it stays from one clash of the run to the next.
   ClashAnswer clashAnswer() const { return m_clashAnswer; }
   /// Asks the user about an item whose name is taken, unless "replace all" was answered before, and returns the answer
-  /// as it is then. When nobody can answer, the run is canceled. Blocks.
+  /// as it is then. When nobody can answer, the run is canceled: look at isStopped() first. Blocks.
   ClashAnswer askAboutClash(const QString& name, std::size_t items);
 
   // ---- Telling the window ----
@@ -116,9 +116,9 @@ private:
   const std::weak_ptr<TransferOwner> m_owner; // locked on the main thread only
   const std::shared_ptr<DeviceSession> m_session;
   const std::shared_ptr<ClashQuestion> m_question;
-  std::atomic<bool> m_isCanceled{false};       // written by the main thread and the worker, polled by both
-  std::atomic<bool> m_isDetached{false};       // written by the main thread, polled by the worker
-  std::atomic<bool> m_isTransferProcess{true}; // written by the main thread, polled by the worker
+  std::atomic<bool> _isCanceled{false};       // written by the main thread and the worker, polled by both
+  std::atomic<bool> _isDetached{false};       // written by the main thread, polled by the worker
+  std::atomic<bool> _isTransferProcess{true}; // written by the main thread and the worker, polled by both
   // The worker's.
   std::vector<PlanEntry> m_plan;
   std::size_t m_counter = 0;
@@ -132,8 +132,8 @@ private:
     bool isQueued = false; // for the main thread
   };
   mutable platform::Mutex m_mutex;
-  std::uint64_t m_totalTransferSize MTPB_GUARDED_BY(m_mutex) = 0;
-  std::uint64_t m_currentTransferSize MTPB_GUARDED_BY(m_mutex) = 0;
+  std::uint64_t _totalTransferSize MTPB_GUARDED_BY(m_mutex) = 0;
+  std::uint64_t _currentTransferSize MTPB_GUARDED_BY(m_mutex) = 0;
   Progress m_progress MTPB_GUARDED_BY(m_mutex);
   std::vector<TransferOutcome> m_outcomes MTPB_GUARDED_BY(m_mutex);
 };

@@ -1,6 +1,7 @@
 #include "SBrowser/TreeLoader.h"
 
 #include "MTPCore/MtpItemInfo.h"
+#include "MTPCore/PathWalk.h"
 #include "Platform/MainThread.h"
 #include "UI/Common/NSStringPredicate.h"
 
@@ -166,8 +167,10 @@ TreeLoader::Listing TreeLoader::list(DeviceSession& session, const Source& sourc
   Listing listing;
   const bool isRoot =
       source.objectType == SObjectTypeInternalStorage || source.objectType == SObjectTypeExternalStorage;
-  void* const node = isRoot ? static_cast<void*>(session.currentStorageNode)
-                            : static_cast<void*>(mtp.getCommonNodeFromNodeID(source.nodeID));
+  void* node = isRoot ? static_cast<void*>(session.currentStorageNode)
+                      : static_cast<void*>(mtp.getCommonNodeFromNodeID(source.nodeID));
+  if (node == nullptr && !isRoot) // the tree was built anew since: the path still names it
+    node = PathWalk::nodeAt(mtp, mtp.getCurrentDeviceNode(), mtp.knownStorageHead(), source.filePath);
   const std::int32_t kind = node != nullptr ? mtp.nodeKind(node) : 0;
   if (kind == 0)
     return listing;

@@ -1,5 +1,6 @@
 #include "SBrowser/UploadDrop.h"
 
+#include "Platform/DragOut.h"
 #include "Platform/MainThread.h"
 #include "UI/Common/Images.h"
 #include "UI/Controls/SOutlineView.h"
@@ -12,6 +13,8 @@
 #include <QScrollBar>
 #include <QSysInfo>
 #include <QUrl>
+
+#include <algorithm>
 
 namespace {
 
@@ -39,19 +42,23 @@ bool isOfThisComputer(const QUrl& url) {
                                      host.compare(QSysInfo::machineHostName(), Qt::CaseInsensitive) == 0);
 }
 
+/// Empty when it is none.
+QString localPath(const QUrl& url) {
+  if (!isOfThisComputer(url))
+    return QString();
+  // By the bytes: a name need not be text.
+  const QByteArray bytes = QByteArray::fromPercentEncoding(url.path(QUrl::FullyEncoded).toUtf8());
+  const QString path = QDir::cleanPath(QFile::decodeName(bytes));
+  return path.startsWith(u'/') ? path : QString();
+}
+
 } // namespace
 
 QStringList localPaths(const QMimeData& info) {
   QStringList paths;
-  for (const QUrl& url : info.urls()) {
-    if (!isOfThisComputer(url))
-      continue;
-    // By the bytes: a name need not be text.
-    const QByteArray bytes = QByteArray::fromPercentEncoding(url.path(QUrl::FullyEncoded).toUtf8());
-    const QString path = QDir::cleanPath(QFile::decodeName(bytes));
-    if (path.startsWith(u'/'))
+  for (const QUrl& url : info.urls())
+    if (const QString path = localPath(url); !path.isEmpty())
       paths.append(path);
-  }
   return paths;
 }
 
@@ -74,11 +81,14 @@ UploadDrop::~UploadDrop() {
 bool UploadDrop::eventFilter(QObject* watched, QEvent* event) {
   switch (event->type()) {
   case QEvent::DragEnter:
+    m_carriesFiles.reset();
+    [[fallthrough]];
   case QEvent::DragMove:
     if (!dragMoved(static_cast<QDropEvent&>(*event)))
       event->ignore();
     return true;
   case QEvent::DragLeave:
+    m_carriesFiles.reset();
     ended();
     return true;
   case QEvent::Drop:
@@ -89,12 +99,23 @@ bool UploadDrop::eventFilter(QObject* watched, QEvent* event) {
   }
 }
 
+/// Looked at once a drag: the list comes from the other program each time it is asked for, and may be long.
+bool UploadDrop::carriesFiles(const QDropEvent& event) {
+  if (!m_carriesFiles) {
+    const QMimeData* const info = event.mimeData();
+    const auto isLocal = [](const QUrl& url) { return !localPath(url).isEmpty(); };
+    const QList<QUrl> urls = info != nullptr && info->hasUrls() ? info->urls() : QList<QUrl>();
+    m_carriesFiles = std::any_of(urls.begin(), urls.end(), isLocal);
+  }
+  return *m_carriesFiles;
+}
+
 bool UploadDrop::dragMoved(QDropEvent& event) {
   const QPoint point = event.position().toPoint();
   const QModelIndex row = rowAt(point);
-  const bool isFromTree = event.source() == &m_outline || event.source() == m_outline.viewport();
-  const bool accepted = m_owner.isReady() && event.mimeData() != nullptr && event.mimeData()->hasUrls() &&
-                        !localPaths(*event.mimeData()).isEmpty() && m_owner.validateDrop(row, isFromTree);
+  const bool isFromTree = platform::DragOut::isOwnDrag(event.mimeData()) || event.source() == &m_outline ||
+                          event.source() == m_outline.viewport();
+  const bool accepted = m_owner.isReady() && carriesFiles(event) && m_owner.validateDrop(row, isFromTree);
   event.setDropAction(Qt::CopyAction);
   // Who offers no copy would delete what it believes to have been moved.
   if (!accepted || event.dropAction() != Qt::CopyAction) {
@@ -111,6 +132,7 @@ bool UploadDrop::dragMoved(QDropEvent& event) {
 void UploadDrop::dropped(QDropEvent& event) {
   const bool accepted = dragMoved(event);
   const QModelIndex row = rowAt(event.position().toPoint());
+  m_carriesFiles.reset();
   ended();
   if (accepted)
     m_owner.acceptDrop(*event.mimeData(), row);

@@ -9,6 +9,7 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 
 class QDropEvent;
 class QMimeData;
@@ -27,7 +28,7 @@ class UploadDrop : public QObject {
 public:
   /// What the tree's owner says. All indexes are of column kFileName; the invalid one is the empty space.
   struct Owner {
-    /// Whether files can be dropped now at all.
+    /// Whether files can be dropped now at all. Asked at every move.
     std::function<bool()> isReady;
     /// Whether a drop here is accepted, from the tree itself or from elsewhere. Asked at every move.
     std::function<bool(const QModelIndex& row, bool isFromTree)> validateDrop;
@@ -50,6 +51,7 @@ protected:
   bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
+  bool carriesFiles(const QDropEvent& event);
   bool dragMoved(QDropEvent& event);
   void dropped(QDropEvent& event);
   void ended();
@@ -62,6 +64,7 @@ private:
   platform::Timers& m_timers;
   const Owner m_owner;
   std::unique_ptr<QWidget> m_frame;
+  std::optional<bool> m_carriesFiles; // what hovers, once it was looked at
   QPersistentModelIndex m_restsOn;
   int m_scrollStep = 0; // rows; 0: no scrolling
   std::unique_ptr<platform::Timer> m_openTimer;

@@ -2,6 +2,8 @@
 
 #include "MTPCore/MTPSDKUtil.h"
 #include "MTPCore/MtpItemInfo.h"
+#include "MTPCore/PathWalk.h"
+#include "SBrowser/DownloadNames.h"
 #include "SBrowser/SItemArray.h"
 #include "UI/Common/NSStringPredicate.h"
 
@@ -11,6 +13,9 @@
 #include <utility>
 
 namespace {
+
+// How much MtpStorageInfo::UsedSize is above the free space.
+constexpr std::uint64_t kUsedSizeBeyondFreeSpace = 524'288'000;
 
 QString composed(const QString& name) {
   return name.normalized(QString::NormalizationForm_C);
@@ -43,10 +48,11 @@ void UploadRun::dropItemsToDevice() {
   if (!m_isTargetListed && !m_run->isStopped())
     listTarget();
   plan();
-  if (!m_run->isStopped() && !m_run->plan().empty())
-    m_queue->performHere(m_run->session(), [this](DeviceSession& session) { transfer(session); });
-  else if (!m_run->isStopped())
+  const auto work = [this](DeviceSession& session) { transfer(session); };
+  if (m_run->plan().empty() && !m_run->isStopped())
     m_run->complete(); // nothing to do is done: what the phone adds by itself counts again
+  else if (m_run->isStopped() || !m_queue->performHere(m_run->session(), work))
+    recordCanceled(0);
   m_run->end();
   if (m_drop.proposed && !m_run->isDetached())
     m_run->onMainThread([this] { m_tree.expandDropped(m_drop.proposed); });
@@ -54,18 +60,20 @@ void UploadRun::dropItemsToDevice() {
 
 // ---- The target ----
 
+/// The main thread does no more than it must: a folder may hold very many.
 void UploadRun::lookAtTarget() {
   const SItem& target = *m_drop.target;
   m_drapAndDropPath = target.filePath();
   m_rootPath = target.rootPath();
   m_nodeID = target.nodeID();
+  m_isStorage = target.isStorageRoot();
   const auto children = target.childObjects();
   m_isTargetListed = target.isListed() && children;
   if (!m_isTargetListed)
     return;
-  m_children.reserve(children->count());
+  m_targetChildren.reserve(children->count());
   for (const ItemPointer& child : *children)
-    m_children.insert(comparableName(child->fileName()), {child, child->fileName(), {}, {}});
+    m_targetChildren.append({child, child->fileName(), {}, {}});
 }
 
 /// A folder that nobody has opened yet has its names, too: without them a taken one would go unasked.
@@ -78,8 +86,15 @@ void UploadRun::listTarget() {
     const auto entries = mtp.getFilesAtFolder(targetFolder(mtp), session.currentStorageNode, m_drapAndDropPath);
     for (const MtpItemInfo& entry : entries.value_or(QList<MtpItemInfo>()))
       if (const QString name = entry.FileName.value_or(QString()); name != u"..")
-        m_children.insert(comparableName(name), {nullptr, name, entry.NodeID, entry.FilePath.value_or(QString())});
+        m_targetChildren.append({nullptr, name, entry.NodeID, entry.FilePath.value_or(QString()), entry.FileLength});
   });
+}
+
+void UploadRun::indexTarget() {
+  m_children.reserve(m_targetChildren.size());
+  for (const Child& child : std::as_const(m_targetChildren))
+    m_children.insert(comparableName(child.name), child);
+  m_targetChildren.clear();
 }
 
 bool UploadRun::isTaken(const QString& name) const {
@@ -91,10 +106,12 @@ bool UploadRun::isTaken(const QString& name) const {
 // ---- Planning ----
 
 void UploadRun::plan() {
+  indexTarget();
   for (const QString& path : m_drop.paths) {
-    if (m_run->isStopped())
-      return;
-    planPath(path);
+    if (!m_run->isStopped())
+      planPath(path);
+    else if (const QString name = lastPathComponent(path); !UploadPlanner::isIgnored(name))
+      m_unplanned.append(name);
   }
 }
 
@@ -102,9 +119,16 @@ void UploadRun::planPath(const QString& path) {
   const QString name = lastPathComponent(path);
   if (UploadPlanner::isIgnored(name))
     return;
-  if (isTaken(name) && m_run->askAboutClash(name, std::size_t(m_drop.paths.size())) == ClashAnswerSkip) {
-    m_run->record(name, TransferOutcome::Skipped);
-    return;
+  if (isTaken(name)) {
+    const ClashAnswer answer = m_run->askAboutClash(name, std::size_t(m_drop.paths.size()));
+    if (m_run->isStopped()) {
+      m_unplanned.append(name);
+      return;
+    }
+    if (answer == ClashAnswerSkip) {
+      m_run->record(name, TransferOutcome::Skipped);
+      return;
+    }
   }
   bool isDirectory = false;
   if (!UploadPlanner::macFileExistsAtPath(path, isDirectory) || path == u"/") {
@@ -118,6 +142,7 @@ void UploadRun::planPath(const QString& path) {
     m_plannedNames.insert(comparableName(name));
     const std::uint64_t size = UploadPlanner::getMacFileSize(path);
     m_run->plan().push_back(UploadPlanner::fileEntry(path, QString(), size));
+    m_sizes.insert(m_run->plan().back().get(), size);
     m_run->addToTotalTransferSize(size);
   } else {
     m_run->record(name, TransferOutcome::Skipped);
@@ -126,6 +151,7 @@ void UploadRun::planPath(const QString& path) {
 
 void UploadRun::planFolder(const QString& path, const QString& name) {
   m_run->plan().push_back(UploadPlanner::folderEntry(path, QString()));
+  const STransferItem* const folder = m_run->plan().back().get();
   UploadPlanner planner([this] { return m_run->isStopped(); },
                         [this](const QString& leftOut, std::uint32_t status) {
                           m_run->record(leftOut, status == 0 ? TransferOutcome::Skipped : TransferOutcome::Failed,
@@ -138,9 +164,18 @@ void UploadRun::planFolder(const QString& path, const QString& name) {
     return;
   m_run->plan().insert(m_run->plan().end(), below->begin(), below->end());
   m_run->addToTotalTransferSize(size);
+  m_sizes.insert(folder, size);
 }
 
 // ---- Sending ----
+
+/// What the run has not come to, from this entry of the plan on.
+void UploadRun::recordCanceled(std::size_t next) {
+  for (; next < m_run->plan().size(); ++next)
+    m_run->record(outcomeName(*m_run->plan()[next]), TransferOutcome::Canceled);
+  for (const QString& name : std::as_const(m_unplanned))
+    m_run->record(name, TransferOutcome::Canceled);
+}
 
 void UploadRun::transfer(DeviceSession& session) {
   session.selectStorage(m_rootPath);
@@ -148,8 +183,7 @@ void UploadRun::transfer(DeviceSession& session) {
   std::size_t next = 0;
   for (bool goesOn = true; goesOn && next < plan.size() && !m_run->isStopped(); ++next)
     goesOn = transferEntry(session, *plan[next]);
-  for (; next < plan.size(); ++next)
-    m_run->record(outcomeName(*plan[next]), TransferOutcome::Canceled);
+  recordCanceled(next);
   if (m_run->isDetached())
     return;
   showAdded();
@@ -179,7 +213,7 @@ std::uint32_t UploadRun::replace(DeviceSession& session, const STransferItem& en
   if (!entry.subFolderPath().isNull())
     return DGSTATUS_SUCCESS; // what is below a folder has nothing to replace: the folder went whole
   const QString comparable = comparableName(entry.fileName());
-  QList<Child> namesakes = m_children.values(comparable);
+  Children namesakes = m_children.values(comparable);
   if (namesakes.isEmpty())
     return DGSTATUS_SUCCESS;
   const auto isOther = [&](const Child& child) { return composed(child.name) != composed(entry.fileName()); };
@@ -189,14 +223,14 @@ std::uint32_t UploadRun::replace(DeviceSession& session, const STransferItem& en
   const bool isFolder = entry.objectType() == SObjectTypeFolder;
   if (!source.isReadable() || (isFolder && !(source.isDir() && source.isExecutable())))
     return DGSTATUS_FILE_OPEN_FAILED;
-  MTPDextSDKWrapper& mtp = *session.mtp;
-  for (Child& child : namesakes) {
-    if (m_run->isStopped())
+  for (Child& child : namesakes)
+    if (!lookAt(child))
       return DGSTATUS_IO_CANCEL;
-    if (child.item && !m_run->onMainThread([&] {
-          child.nodeID = child.item->nodeID();
-          child.path = child.item->filePath();
-        }))
+  if (!hasRoom(session, entry, namesakes))
+    return DGSTATUS_STORAGE_FULL;
+  MTPDextSDKWrapper& mtp = *session.mtp;
+  for (const Child& child : std::as_const(namesakes)) {
+    if (m_run->isStopped())
       return DGSTATUS_IO_CANCEL;
     std::uint32_t status = DGSTATUS_SUCCESS;
     const bool deleted =
@@ -209,6 +243,68 @@ std::uint32_t UploadRun::replace(DeviceSession& session, const STransferItem& en
   return DGSTATUS_SUCCESS; // what could not be deleted is in the way, and sending will say so
 }
 
+/// False when the window is gone.
+bool UploadRun::lookAt(Child& child) {
+  return !child.item || m_run->onMainThread([&] {
+    child.nodeID = child.item->nodeID();
+    child.path = child.item->filePath();
+    child.size = child.item->fileSize();
+  });
+}
+
+/// Whether the new object finds room where the old ones are: these must not go for one that cannot come. Also true when
+/// the phone does not tell, which sending will find out. What does not grow costs no question.
+bool UploadRun::hasRoom(DeviceSession& session, const STransferItem& entry, const Children& replaced) {
+  const std::uint64_t wanted = m_sizes.value(&entry);
+  std::uint64_t room = 0;
+  const auto suffices = [&](std::uint64_t more) {
+    room = more > wanted - room ? wanted : room + more; // no more is needed, and nothing overflows
+    return room == wanted;
+  };
+  for (const Child& child : replaced)
+    if (suffices(child.size))
+      return true;
+  const auto free = freeSpace(session);
+  if (!free || suffices(*free))
+    return true;
+  for (const Child& child : replaced)
+    if (suffices(sizeBelow(*session.mtp, child, wanted - room)))
+      return true;
+  return false;
+}
+
+std::optional<std::uint64_t> UploadRun::freeSpace(DeviceSession& session) const {
+  // Listed anew: what is known of a storage is as old as its listing.
+  session.mtp->initializeNodeInfo(nullptr, &session.currentStorageNode, &session.currentFolderNode);
+  for (const MtpStorageInfo& storage : session.mtp->storageInfoLists().value_or(QList<MtpStorageInfo>()))
+    if (storage.volumePath == m_rootPath && storage.TotalSpace > 0)
+      return storage.UsedSize - kUsedSizeBeyondFreeSpace;
+  return std::nullopt;
+}
+
+/// The bytes of the files below a folder of the phone, as far as `enough`. A phone whose folders lead round in circles
+/// is followed no further than paths go.
+std::uint64_t UploadRun::sizeBelow(MTPDextSDKWrapper& mtp, const Child& folder, std::uint64_t enough) const {
+  std::uint64_t size = 0;
+  QList<std::pair<QString, QString>> folders{{folder.nodeID, folder.path}};
+  while (!folders.isEmpty() && size < enough && !m_run->isStopped()) {
+    const auto [nodeID, path] = folders.takeLast();
+    _MTP_COMMON_NODE* node = mtp.getCommonNodeFromNodeID(nodeID);
+    if (node == nullptr)
+      node = PathWalk::nodeAt(mtp, mtp.getCurrentDeviceNode(), mtp.knownStorageHead(), path);
+    if (mtp.nodeKind(node) != MTPDEXT_NODE_FOLDER || path.size() >= download::kLongestPath)
+      continue;
+    const auto below =
+        mtp.getFilesAtFolder(reinterpret_cast<_MTP_FOLDER_NODE*>(node), mtp.getCurrentStorageNode(), path);
+    for (const MtpItemInfo& item : below.value_or(QList<MtpItemInfo>())) {
+      size += std::min(item.FileLength, enough - size);
+      if (item.ObjectType == MtpObjectFolder && item.FileName != u"..")
+        folders.append({item.NodeID, item.FilePath.value_or(QString())});
+    }
+  }
+  return size;
+}
+
 void UploadRun::forget(const Child& child) {
   const QString comparable = comparableName(child.name);
   for (auto it = m_children.find(comparable); it != m_children.end() && it.key() == comparable; ++it)
@@ -218,13 +314,15 @@ void UploadRun::forget(const Child& child) {
     }
   if (!child.item || std::erase(m_added, child.item) > 0)
     return; // not in the tree, or not yet
+  m_hasReplaced = true;
   m_run->onMainThread([&] { m_tree.removeReplaced(child.item); });
 }
 
 std::uint32_t UploadRun::sendFolder(DeviceSession& session, const STransferItem& entry) {
   MTPDextSDKWrapper& mtp = *session.mtp;
-  _MTP_COMMON_NODE* parent = targetNode(mtp);
-  if (!entry.subFolderPath().isNull())
+  _MTP_COMMON_NODE* parent = makeTarget(mtp);
+  // Without the target the storage's top level would be meant, and a namesake there is no folder of this upload.
+  if (parent != nullptr && !entry.subFolderPath().isNull())
     parent = reinterpret_cast<_MTP_COMMON_NODE*>(
         mtp.getFolderNode(entry.subFolderPath(), mtp.getCurrentStorageNode(), targetFolder(mtp)));
   if (parent == nullptr)
@@ -247,7 +345,7 @@ std::uint32_t UploadRun::sendFile(DeviceSession& session, const STransferItem& e
   const QString subFolder = entry.subFolderPath();
   std::uint32_t status = DGSTATUS_SUCCESS;
   QString nodeID;
-  mtp.downloadFileToMTP(subFolder.isNull() ? targetNode(mtp) : nullptr, entry.srcPath(),
+  mtp.downloadFileToMTP(subFolder.isNull() ? makeTarget(mtp) : nullptr, entry.srcPath(),
                         subFolder.isNull() ? m_drapAndDropPath : joined(m_drapAndDropPath, subFolder),
                         ProgressContentsCallback, m_run.get(), &nodeID, status);
   if (status != DGSTATUS_SUCCESS || !subFolder.isNull())
@@ -283,15 +381,24 @@ void UploadRun::added(const ItemPointer& item) {
 _MTP_COMMON_NODE* UploadRun::targetNode(MTPDextSDKWrapper& mtp) {
   if (mtp.nodeKind(m_targetNode) != 0)
     return m_targetNode;
+  if (m_isStorage)
+    return m_targetNode = reinterpret_cast<_MTP_COMMON_NODE*>(mtp.getCurrentStorageNode());
   m_targetNode = mtp.getCommonNodeFromNodeID(m_nodeID);
-  if (m_targetNode == nullptr) {
-    // Listed anew since the drop: the path still names it.
-    _MTP_STORAGE_NODE* head = mtp.knownStorageHead();
-    std::uint32_t status = DGSTATUS_SUCCESS;
-    m_targetNode = mtp.checkCreateFolder(mtp.getCurrentDeviceNode(), &head, m_drapAndDropPath, status);
-    if (status != DGSTATUS_SUCCESS)
-      m_targetNode = nullptr;
-  }
+  if (m_targetNode == nullptr) // listed anew since the drop: the path still names it
+    m_targetNode = PathWalk::nodeAt(mtp, mtp.getCurrentDeviceNode(), mtp.knownStorageHead(), m_drapAndDropPath);
+  if (mtp.nodeKind(m_targetNode) != MTPDEXT_NODE_FOLDER)
+    m_targetNode = nullptr; // a file took the folder's place
+  return m_targetNode;
+}
+
+_MTP_COMMON_NODE* UploadRun::makeTarget(MTPDextSDKWrapper& mtp) {
+  if (targetNode(mtp) != nullptr)
+    return m_targetNode;
+  _MTP_STORAGE_NODE* head = mtp.knownStorageHead();
+  std::uint32_t status = DGSTATUS_SUCCESS;
+  m_targetNode = mtp.checkCreateFolder(mtp.getCurrentDeviceNode(), &head, m_drapAndDropPath, status);
+  if (status != DGSTATUS_SUCCESS)
+    m_targetNode = nullptr;
   return m_targetNode;
 }
 
@@ -301,6 +408,7 @@ _MTP_FOLDER_NODE* UploadRun::targetFolder(MTPDextSDKWrapper& mtp) {
 }
 
 void UploadRun::showAdded() {
-  if (!m_added.empty())
-    m_run->onMainThread([this] { m_tree.addUploaded(m_drop.target, m_added); });
+  if (!m_added.empty() || m_hasReplaced)
+    m_run->onMainThread(
+        [this] { m_tree.addUploaded(m_drop.target, m_added, !m_added.empty() && !m_run->isCanceled()); });
 }

@@ -6,23 +6,28 @@
 #include "SBrowser/UploadPlanner.h"
 
 #include <QHash>
+#include <QList>
 #include <QSet>
 #include <QString>
 #include <QStringList>
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <vector>
 
 /// The tree that an upload changes. Called on the main thread, not after the window's end.
 class UploadTree {
 public:
   virtual ~UploadTree() = default;
-  /// Takes the item, which the phone has no more, from its parent's children.
+  /// Takes the item, which the phone has no more, from its parent's children. Its row may go somewhat later, but goes
+  /// before addUploaded() has returned.
   virtual void removeReplaced(const std::shared_ptr<SItem>& item) = 0;
-  /// Puts new items among the children of the target, if it is listed, folders before the first file and files behind
-  /// the last, and shows them.
-  virtual void addUploaded(const std::shared_ptr<SItem>& target, const std::vector<std::shared_ptr<SItem>>& items) = 0;
+  /// Puts new items, none or more, among the children of the target, if it is listed, folders before the first file and
+  /// files behind the last, and shows them; `expands`: the target, too. Called once, when nothing more is sent: rows
+  /// that came one by one would have the whole folder shown anew each time.
+  virtual void addUploaded(const std::shared_ptr<SItem>& target, const std::vector<std::shared_ptr<SItem>>& items,
+                           bool expands) = 0;
   /// The upload has come to its regular end.
   virtual void uploadCompleted() = 0;
   /// Opens the row that was dropped on.
@@ -53,20 +58,28 @@ private:
   struct Child {
     ItemPointer item;
     QString name;
-    QString nodeID; // the two of an item are asked of it when they are needed
+    QString nodeID; // these of an item are asked of it when they are needed
     QString path;
+    std::uint64_t size = 0; // bytes; 0 for a folder
   };
+  using Children = QList<Child>;
 
   void lookAtTarget();
   void listTarget();
+  void indexTarget();
   bool isTaken(const QString& name) const;
   void plan();
   void planPath(const QString& path);
   void planFolder(const QString& path, const QString& name);
+  void recordCanceled(std::size_t next);
   void transfer(DeviceSession& session);
   /// False when the run is over.
   bool transferEntry(DeviceSession& session, const STransferItem& entry);
   std::uint32_t replace(DeviceSession& session, const STransferItem& entry);
+  bool lookAt(Child& child);
+  bool hasRoom(DeviceSession& session, const STransferItem& entry, const Children& replaced);
+  std::optional<std::uint64_t> freeSpace(DeviceSession& session) const;
+  std::uint64_t sizeBelow(MTPDextSDKWrapper& mtp, const Child& folder, std::uint64_t enough) const;
   void forget(const Child& child);
   std::uint32_t sendFolder(DeviceSession& session, const STransferItem& entry);
   std::uint32_t sendFile(DeviceSession& session, const STransferItem& entry);
@@ -74,6 +87,8 @@ private:
   void added(const ItemPointer& item);
   /// The target, found again when the phone's changes have made its node unknown; null when it is nowhere.
   _MTP_COMMON_NODE* targetNode(MTPDextSDKWrapper& mtp);
+  /// The same for sending something there: when it is nowhere it is made. Null when that fails.
+  _MTP_COMMON_NODE* makeTarget(MTPDextSDKWrapper& mtp);
   /// The target as a folder; null for a storage.
   _MTP_FOLDER_NODE* targetFolder(MTPDextSDKWrapper& mtp);
   void showAdded();
@@ -86,9 +101,14 @@ private:
   QString m_drapAndDropPath;
   QString m_rootPath;
   QString m_nodeID;
+  bool m_isStorage = false;
   bool m_isTargetListed = false;
-  QMultiHash<QString, Child> m_children;    // by the name as a phone compares it
-  QSet<QString> m_plannedNames;             // likewise, of what goes into the target itself
-  _MTP_COMMON_NODE* m_targetNode = nullptr; // a name, never followed
+  Children m_targetChildren;                          // until they are in
+  QMultiHash<QString, Child> m_children;              // by the name as a phone compares it
+  QSet<QString> m_plannedNames;                       // likewise, of what goes into the target itself
+  QHash<const STransferItem*, std::uint64_t> m_sizes; // of a dropped entry with all that is below it; bytes
+  QStringList m_unplanned;                            // names of what was not reached when the run was stopped
+  _MTP_COMMON_NODE* m_targetNode = nullptr;           // a name, never followed
   std::vector<ItemPointer> m_added;
+  bool m_hasReplaced = false; // some row was taken from the tree
 };

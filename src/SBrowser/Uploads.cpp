@@ -8,8 +8,11 @@
 #include "SBrowser/TransferPresenter.h"
 #include "SBrowser/WindowLayout.h"
 #include "SBrowser/WindowMenus.h"
+#include "UI/LoadingView/SLoadingAniView.h"
+#include "UI/LoadingView/SLoadingAniViewController.h"
 #include "stringDefine/VornLocalStringDefine.h"
 
+#include <QDir>
 #include <QFileDialog>
 #include <QMainWindow>
 #include <QMimeData>
@@ -40,7 +43,8 @@ Uploads::Uploads(SBrowserWindowController& window, std::shared_ptr<DeviceQueue> 
     : m_window(window)
     , m_queue(std::move(queue))
     , m_startWorker(dependencies.startWorker)
-    , m_drop(*window.layout().outlineView, *dependencies.timers, dropOwner()) {}
+    , m_drop(*window.layout().outlineView, *dependencies.timers, dropOwner())
+    , m_timers(*dependencies.timers) {}
 
 Uploads::~Uploads() {
   closeDialog();
@@ -52,8 +56,11 @@ UploadDrop::Owner Uploads::dropOwner() {
   SBrowserWindowController* const window = &m_window;
   const auto itemAt = [window](const QModelIndex& row) { return window->outlineModel().itemAtIndex(row); };
   UploadDrop::Owner owner;
+  // Asked at every move of the pointer: possibleCommands() would look at all selected rows each time.
   owner.isReady = [window] {
-    return window->currentFolderItem() && window->possibleCommands().contains(WindowCommand::Upload);
+    const WindowLayout& layout = window->layout();
+    return window->currentFolderItem() && !layout.scrollViewBrowser->isHidden() &&
+           layout.loadingViewController->view()->isHidden() && !window->isBlocked();
   };
   owner.validateDrop = [this, itemAt](const QModelIndex& row, bool isFromTree) {
     return validateDrop(itemAt(row), -1, isFromTree).copies;
@@ -134,8 +141,8 @@ void Uploads::choose(bool folder) {
   dialog->setFileMode(folder ? QFileDialog::Directory : QFileDialog::ExistingFiles);
   dialog->setOption(QFileDialog::ShowDirsOnly, folder);
   dialog->setSupportedSchemes({QStringLiteral("file")});
-  if (const QString before = platform::userDefaults::stringForKey(kFolderKey); !before.isEmpty())
-    dialog->setDirectory(before);
+  const QString before = platform::userDefaults::stringForKey(kFolderKey);
+  dialog->setDirectory(!before.isEmpty() && QDir(before).exists() ? before : QDir::homePath());
   QObject::connect(dialog, &QFileDialog::filesSelected, dialog, [this, dialog, target](const QStringList& chosen) {
     platform::userDefaults::setValue(kFolderKey, dialog->directory().absolutePath());
     QStringList paths;
@@ -154,19 +161,33 @@ void Uploads::closeDialog() {
 // ---- The tree ----
 
 void Uploads::removeReplaced(const ItemPointer& item) {
-  const ItemPointer parent = item->parentItem();
   m_window.outlineModel().removeItem(item);
-  if (parent == m_window.currentFolderItem())
-    m_window.reloadDataOfOutlineView(parent);
+  if (item->parentItem() == m_window.currentFolderItem() && !m_reloadTimer)
+    m_reloadTimer = m_timers.oneShot(kReloadDelay, [this] { showRemovals(); });
 }
 
-void Uploads::addUploaded(const ItemPointer& target, const std::vector<ItemPointer>& items) {
-  if (!isInTree(*target)) {
+void Uploads::showRemovals() {
+  m_reloadTimer.reset();
+  if (const ItemPointer current = m_window.currentFolderItem())
+    m_window.reloadDataOfOutlineView(current);
+}
+
+void Uploads::addUploaded(const ItemPointer& target, const std::vector<ItemPointer>& items, bool expands) {
+  const bool hasOldRows = m_reloadTimer != nullptr;
+  m_reloadTimer.reset();
+  if (!items.empty() && !isInTree(*target)) {
     m_window.reloadCurrentFolder();
     return;
   }
-  if (!target->isListed())
-    return;
+  if (!items.empty() && target->isListed())
+    insert(target, items);
+  if (expands && target->isListed())
+    m_window.expandItem(target);
+  else if (hasOldRows || target == m_window.currentFolderItem())
+    showRemovals();
+}
+
+void Uploads::insert(const ItemPointer& target, const std::vector<ItemPointer>& items) {
   const auto children =
       target->childObjects() ? std::make_shared<SItemArray>(*target->childObjects()) : std::make_shared<SItemArray>();
   int firstFile = 0;
@@ -178,7 +199,6 @@ void Uploads::addUploaded(const ItemPointer& target, const std::vector<ItemPoint
     else
       children->insert(firstFile++, item);
   m_window.outlineModel().setChildren(target, children);
-  m_window.expandItem(target);
 }
 
 void Uploads::uploadCompleted() {

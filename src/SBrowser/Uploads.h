@@ -27,6 +27,10 @@ public:
     bool copies = false; ///< else nothing can be dropped
   };
 
+  /// How long the row of a replaced item may stay when the current folder shows it: showing that anew for each of many
+  /// would keep the window busy.
+  static constexpr std::chrono::milliseconds kReloadDelay{500};
+
   Uploads(SBrowserWindowController& window, std::shared_ptr<DeviceQueue> queue,
           const SBrowserDependencies& dependencies);
   ~Uploads() override;
@@ -55,10 +59,12 @@ private:
   ItemPointer targetOf(const ItemPointer& item) const;
   UploadDrop::Owner dropOwner();
   void choose(bool folder);
+  void showRemovals();
+  void insert(const ItemPointer& target, const std::vector<ItemPointer>& items);
 
   // UploadTree
   void removeReplaced(const ItemPointer& item) override;
-  void addUploaded(const ItemPointer& target, const std::vector<ItemPointer>& items) override;
+  void addUploaded(const ItemPointer& target, const std::vector<ItemPointer>& items, bool expands) override;
   void uploadCompleted() override;
   void expandDropped(const ItemPointer& item) override;
 
@@ -67,6 +73,8 @@ private:
   const std::function<bool(const char* name, std::function<void()> body)> m_startWorker;
   UploadDrop m_drop;
   QPointer<QFileDialog> m_dialog;
+  platform::Timers& m_timers;
+  std::unique_ptr<platform::Timer> m_reloadTimer; // runs while rows that are gone are still shown
   ItemPointer _dropTargetItem;
   QString _drapAndDropPath;
 };

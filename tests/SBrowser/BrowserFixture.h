@@ -75,6 +75,10 @@ protected:
     dependencies.startWorker = [this](const char* name, std::function<void()> body) {
       return !refuseWorkers && platform::startWorker(name, std::move(body));
     };
+    dependencies.inhibitSuspend = [this] {
+      ++inhibitions;
+      return std::shared_ptr<void>(nullptr, [this](void*) { --inhibitions; });
+    };
     controller = std::make_unique<SBrowserWindowController>(dependencies);
     controller->showWindow();
   }
@@ -142,6 +146,7 @@ protected:
   platform::ManualTimers timers;
   std::unique_ptr<SBrowserWindowController> controller;
   bool refuseWorkers = false; // main thread: the system has no thread to give
+  int inhibitions = 0;        // main thread: what keeps the computer from suspending
   std::atomic<int> slept{0};  // milliseconds; written by the connecting worker
   FakeMtpSdk::Handle device = 0, phone = 0, card = 0, dcim = 0, camera = 0, readme = 0;
 };

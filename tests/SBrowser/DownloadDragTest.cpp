@@ -142,6 +142,15 @@ TEST_F(Dragging, NobodyIsAskedForAFolderAfterThePhoneHasGone) {
   EXPECT_EQ(dialog<QMessageBox>(), nullptr);
 }
 
+TEST_F(Dragging, WhatWasDraggedFromAPhoneThatHasGoneIsNotSoughtOnTheNextOne) {
+  downloads().writeItems({itemNamed(QStringLiteral("readme.txt"))});
+  controller->deviceDisconnected();
+  connect(); // a phone with the same paths
+  timers.advance(platform::DragSession::kPatience);
+  ASSERT_TRUE(settle());
+  EXPECT_EQ(dialog<QMessageBox>(), nullptr);
+}
+
 TEST_F(Dragging, TheQuestionGoesWithThePhone) {
   downloads().writeItems({itemNamed(QStringLiteral("readme.txt"))});
   timers.advance(platform::DragSession::kPatience);
@@ -164,6 +173,16 @@ TEST_F(Dragging, CopyToAsksForAFolderAndRemembersIt) {
   controller->performCommand(WindowCommand::CopyTo);
   ASSERT_NE(dialog<QFileDialog>(), nullptr);
   EXPECT_EQ(dialog<QFileDialog>()->directory().absolutePath(), folder.path());
+}
+
+TEST_F(Dragging, WhatWasChosenIsCopiedWholeThoughTheTreeWasBuiltAnewMeanwhile) {
+  select(QStringLiteral("DCIM"));
+  controller->performCommand(WindowCommand::CopyTo);
+  controller->updateMTPChangeProcess();
+  ASSERT_TRUE(settle());
+  ASSERT_TRUE(choose(folder.path()));
+  EXPECT_TRUE(QFile::exists(folder.filePath(QStringLiteral("DCIM/a.jpg"))));
+  EXPECT_TRUE(QFile::exists(folder.filePath(QStringLiteral("DCIM/Camera"))));
 }
 
 TEST_F(Dragging, CopyToATrashFolderCopies) {

@@ -170,12 +170,79 @@ TEST_F(Download, AFolderThatIsExpandedShowsWhatPlanningFound) {
   EXPECT_EQ(rows(row(QStringLiteral("DCIM"))).size(), 3);
 }
 
-TEST_F(Download, AFolderThatCannotBeListedIsCopiedEmpty) {
-  sdk->setStatus(Operation::GetFolderListHead, DGSTATUS_UNSUCCESSFUL);
-  sdk->setStatus(Operation::GetFileListHead, DGSTATUS_UNSUCCESSFUL);
+TEST_F(Download, AFolderThatCannotBeListedIsCopiedEmptyAndToldAsFailed) {
+  for (const Operation operation : {Operation::GetFolderListHead, Operation::GetFileListHead}) {
+    sdk->setStatus(operation, DGSTATUS_INTERNAL_GENERALERROR);
+    ASSERT_TRUE(copy({QStringLiteral("DCIM")}));
+    EXPECT_EQ(copied(), QStringList{QStringLiteral("DCIM/")});
+    EXPECT_EQ(lastTransfer(), QStringList{QStringLiteral("DCIM failed")});
+    EXPECT_EQ(controller->transfers().lastTransfer()[0].status, std::uint32_t(DGSTATUS_INTERNAL_GENERALERROR));
+    EXPECT_TRUE(isFree());
+    sdk->setStatus(operation, std::nullopt);
+    ASSERT_TRUE(QDir(path("DCIM")).removeRecursively());
+  }
+  // It is not taken for an empty one from then on.
   ASSERT_TRUE(copy({QStringLiteral("DCIM")}));
-  EXPECT_EQ(copied(), QStringList{QStringLiteral("DCIM/")});
-  EXPECT_TRUE(isFree());
+  EXPECT_EQ(content("DCIM/a.jpg"), "aaaa");
+}
+
+TEST_F(Download, AFolderWithoutChildrenThatWasTriedBeforeIsListedOnceMore) {
+  itemNamed(QStringLiteral("DCIM"))->setIsListed(true); // as after a listing that failed
+  ASSERT_TRUE(copy({QStringLiteral("DCIM")}));
+  EXPECT_EQ(content("DCIM/a.jpg"), "aaaa");
+}
+
+TEST_F(Download, AFolderChosenBeforeTheTreeWasBuiltAnewIsCopiedWithAllItHolds) {
+  const Items before = items({QStringLiteral("DCIM"), QStringLiteral("readme.txt")});
+  controller->updateMTPChangeProcess();
+  ASSERT_TRUE(settle());
+  ASSERT_NE(itemNamed(QStringLiteral("DCIM")), before.front());
+  downloads().namesOfPromisedFilesDroppedAtDestination(target(), before);
+  ASSERT_TRUE(settle());
+  EXPECT_EQ(copied(), QStringList({"DCIM/", "DCIM/Camera/", "DCIM/a.jpg", "DCIM/b.jpg", "readme.txt"}));
+  EXPECT_EQ(content("DCIM/b.jpg"), "bb");
+}
+
+TEST_F(Download, AFolderThatIsGoneFromThePhoneIsToldAsFailed) {
+  const Items before = items({QStringLiteral("DCIM")});
+  sdk->remove(dcim);
+  downloads().namesOfPromisedFilesDroppedAtDestination(target(), before);
+  ASSERT_TRUE(settle());
+  EXPECT_EQ(lastTransfer(), QStringList{QStringLiteral("DCIM failed")});
+}
+
+TEST_F(Download, AFileThatComesToTheFolderMeanwhileIsNotOverwritten) {
+  int files = 0;
+  sdk->setHook(Operation::GetFileEx, [&] {
+    if (++files == 1)
+      write("readme.txt", "another program's");
+  });
+  ASSERT_TRUE(copy({QStringLiteral("DCIM"), QStringLiteral("readme.txt")}));
+  sdk->setHook(Operation::GetFileEx, [] {});
+  EXPECT_EQ(content("readme.txt"), "another program's");
+  EXPECT_EQ(content("DCIM/a.jpg"), "aaaa");
+  EXPECT_EQ(lastTransfer().last(), QStringLiteral("readme.txt failed"));
+  EXPECT_EQ(controller->transfers().lastTransfer().back().status, std::uint32_t(DGSTATUS_NODE_FILE_DUPNAME_EXISTED));
+}
+
+TEST_F(Download, FoldersThatVanishFromTheComputerAreMadeAgain) {
+  int files = 0;
+  sdk->setHook(Operation::GetFileEx, [&] {
+    if (++files == 1)
+      QDir(path("DCIM")).removeRecursively(); // between the folder and the second of its files
+  });
+  ASSERT_TRUE(copy({QStringLiteral("DCIM")}));
+  sdk->setHook(Operation::GetFileEx, [] {});
+  EXPECT_EQ(content("DCIM/b.jpg"), "bb");
+}
+
+TEST_F(Download, ALinkThatLeadsNowhereCountsAsATakenName) {
+  ASSERT_TRUE(QFile::link(path("nowhere"), path("readme.txt")));
+  drop({QStringLiteral("readme.txt")});
+  EXPECT_TRUE(answerClash(1).contains(QStringLiteral("readme.txt")));
+  ASSERT_TRUE(settle());
+  EXPECT_TRUE(QFileInfo(path("readme.txt")).isSymLink());
+  EXPECT_FALSE(QFileInfo::exists(path("nowhere")));
 }
 
 TEST_F(Download, WhatLiesInADraggedFolderComesOnlyWithIt) {
@@ -381,7 +448,18 @@ TEST_F(Download, AFileWhereAFolderIsWantedStaysAndEndsTheCopy) {
   ASSERT_TRUE(settle());
   EXPECT_EQ(content("DCIM"), "a file");
   EXPECT_EQ(content("readme.txt"), "(none)"); // no folder can be made below a file
+  EXPECT_EQ(lastTransfer(), QStringList({"DCIM failed", "DCIM/Camera failed", "DCIM/a.jpg canceled",
+                                         "DCIM/b.jpg canceled", "readme.txt canceled"}));
   EXPECT_TRUE(isFree());
+}
+
+TEST_F(Download, AFileInThePlaceOfAnEmptyFolderIsNotToldAsCopied) {
+  write("Empty", "a file");
+  drop({QStringLiteral("Empty"), QStringLiteral("readme.txt")});
+  answerClash(0);
+  ASSERT_TRUE(settle());
+  EXPECT_EQ(content("Empty"), "a file");
+  EXPECT_EQ(lastTransfer(), QStringList({"Empty failed", "readme.txt copied"}));
 }
 
 // ---- Endings ----
@@ -390,8 +468,9 @@ TEST_F(Download, AFullDiskEndsTheCopy) {
   sdk->setStatusAt(Operation::GetFileEx, 1, DGSTATUS_STORAGE_FULL);
   ASSERT_TRUE(copy({QStringLiteral("DCIM"), QStringLiteral("readme.txt")}));
   EXPECT_EQ(copied(), (QStringList{QStringLiteral("DCIM/"), QStringLiteral("DCIM/Camera/")}));
-  EXPECT_EQ(lastTransfer().last(), QStringLiteral("DCIM/a.jpg failed"));
-  EXPECT_EQ(controller->transfers().lastTransfer().back().status, std::uint32_t(DGSTATUS_STORAGE_FULL));
+  EXPECT_EQ(lastTransfer(), QStringList({"DCIM copied", "DCIM/Camera copied", "DCIM/a.jpg failed",
+                                         "DCIM/b.jpg canceled", "readme.txt canceled"}));
+  EXPECT_EQ(controller->transfers().lastTransfer()[2].status, std::uint32_t(DGSTATUS_STORAGE_FULL));
   EXPECT_TRUE(isFree());
 }
 
@@ -408,7 +487,8 @@ TEST_F(Download, AFolderThatCannotBeMadeEndsTheCopy) {
   downloads().drapItemsToTarget(items({QStringLiteral("DCIM"), QStringLiteral("readme.txt")}),
                                 QStringLiteral("/proc/self"));
   ASSERT_TRUE(settle());
-  EXPECT_EQ(lastTransfer(), QStringList{QStringLiteral("DCIM failed")});
+  EXPECT_EQ(lastTransfer(), QStringList({"DCIM failed", "DCIM/Camera canceled", "DCIM/a.jpg canceled",
+                                         "DCIM/b.jpg canceled", "readme.txt canceled"}));
   EXPECT_EQ(sdk->calls(Operation::GetFileEx), 0);
   EXPECT_TRUE(isFree());
 }
@@ -463,6 +543,9 @@ TEST_P(DownloadStopped, ByTheCancelButton) {
   copyUntil([this] { controller->onProgressActionCanceled(controller->layout().progressView); });
   expectOnlyWholeFiles();
   EXPECT_TRUE(isFree());
+  EXPECT_EQ(lastTransfer().last(), QStringLiteral("readme.txt canceled"));
+  EXPECT_EQ(lastTransfer().contains(QStringLiteral("DCIM/b.jpg canceled")),
+            GetParam() == Step::Clash || GetParam() == Step::FirstFile);
   // The next copy knows nothing of it.
   QFile::remove(path("readme.txt"));
   ASSERT_TRUE(copy({QStringLiteral("readme.txt")}));
@@ -492,6 +575,9 @@ TEST_P(DownloadStopped, ByTheWindowsClosing) {
 TEST_P(DownloadStopped, ByTheWindowsEnd) {
   copyUntil([this] { controller.reset(); });
   EXPECT_EQ(content("readme.txt"), GetParam() == Step::Clash ? "old" : "(none)");
+  const QStringList names({"DCIM/", "DCIM/Camera/", "DCIM/a.jpg", "DCIM/b.jpg", "readme.txt"});
+  for (const QString& name : copied())
+    EXPECT_TRUE(names.contains(name)) << name.toStdString();
 }
 
 INSTANTIATE_TEST_SUITE_P(Steps, DownloadStopped,
@@ -528,6 +614,26 @@ TEST_F(DownloadToTrash, DraggingRowsToAnyTrashFolderDeletesThemOnThePhone) {
     EXPECT_EQ(sdk->calls(Operation::GetFileEx), 0);
     EXPECT_FALSE(QFile::exists(trash));
   }
+}
+
+TEST_F(DownloadToTrash, TheDesktopsOwnTrashFolderDeletesToo) {
+  const QString trash = qEnvironmentVariable("XDG_DATA_HOME", QDir::homePath() + QStringLiteral("/.local/share")) +
+                        QStringLiteral("/Trash/files");
+  downloads().namesOfPromisedFilesDroppedAtDestination(trash, items({QStringLiteral("readme.txt")}));
+  ASSERT_TRUE(settle());
+  EXPECT_FALSE(isOnPhone("readme.txt"));
+  EXPECT_EQ(downloads().drapAndDropPath(), trash);
+}
+
+TEST_F(DownloadToTrash, AFolderDeeperDownMayHaveANameOfThePhonesOwn) {
+  sdk->addFolder(sdk->child(phone, QStringLiteral("Empty")), QStringLiteral("DCIM"));
+  doubleClick(QStringLiteral("Empty"));
+  ASSERT_TRUE(settle());
+  downloads().writeItems(items({QStringLiteral("DCIM")}));
+  downloads().performDragOperationDelete();
+  ASSERT_TRUE(settle());
+  EXPECT_EQ(rows(), QStringList());
+  EXPECT_TRUE(isOnPhone("DCIM/"));
 }
 
 TEST_F(DownloadToTrash, DraggingToAnyOtherFolderCopies) {

@@ -483,6 +483,29 @@ TEST_F(ItemMutationsTest, IfOneOfTheDeletedItemsLiesInTheCurrentFolderOnlyThatIs
   EXPECT_TRUE(outline().isExpanded(row(QStringLiteral("DCIM")))); // what is open stays open
 }
 
+TEST_F(ItemMutationsTest, ThousandsOfRowsAreDeletedWithoutKeepingTheWindowBusyWithEachOfThem) {
+  addPhone();
+  constexpr int count = 3000;
+  for (int i = 0; i < count; ++i)
+    sdk->addFile(camera, QStringLiteral("p%1").arg(i));
+  connect();
+  expand(QStringLiteral("DCIM"));
+  outline().expand(row(QStringLiteral("Camera"), row(QStringLiteral("DCIM"))));
+  ASSERT_TRUE(settle());
+  const QPersistentModelIndex folder = row(QStringLiteral("Camera"), row(QStringLiteral("DCIM")));
+  ASSERT_EQ(model().rowCount(folder), count);
+  outline().selectionModel()->select(
+      QItemSelection(model().index(0, kFileName, folder), model().index(count - 2, kFileName, folder)),
+      QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
+  const QSignalSpy removed(&model(), &QAbstractItemModel::rowsRemoved);
+  platform::userDefaults::setValue(QString::fromLatin1(ItemMutations::kDeleteWithoutAsking), true);
+  controller->performCommand(WindowCommand::Delete);
+  ASSERT_TRUE(settle());
+  EXPECT_EQ(sdk->calls(Operation::DeleteNode), count - 1);
+  EXPECT_EQ(rows(folder), QStringList({"p2999"}));
+  EXPECT_LT(removed.count(), count / 10); // two a second, however long it took
+}
+
 TEST_F(ItemMutationsTest, WhatThePhoneDoesNotDeleteStays) {
   connectPhone();
   sdk->setStatusAt(Operation::DeleteNode, 1, DGSTATUS_UNSUCCESSFUL);

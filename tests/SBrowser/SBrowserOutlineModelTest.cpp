@@ -92,6 +92,26 @@ TEST_F(SBrowserOutlineModelTest, ARemovedItemsRowGoesAtOnceWhereItLiesInAShownFo
   EXPECT_EQ(names(model.indexOfItem(*f)), QStringList({"b"}));
 }
 
+TEST_F(SBrowserOutlineModelTest, RowsThatFollowOneAnotherGoInOneStep) {
+  std::vector<ItemPointer> added;
+  for (int i = 0; i < 6; ++i) {
+    added.push_back(item(QString::number(i), SObjectTypeFile, f));
+    model.insertChild(f, 2 + i, added.back());
+  }
+  ASSERT_EQ(names(model.indexOfItem(*f)), QStringList({"b", "a", "0", "1", "2", "3", "4", "5"}));
+  QList<std::pair<int, int>> removed;
+  QObject::connect(&model, &QAbstractItemModel::rowsRemoved, &model, [&](const QModelIndex&, int first, int last) {
+    removed.append({first, last});
+  });
+  model.removeItems({added[0], added[1], added[2], g, added[4]});
+  EXPECT_EQ(names(model.indexOfItem(*f)), QStringList({"b", "a", "3", "5"}));
+  EXPECT_EQ(removed, (QList<std::pair<int, int>>{{6, 6}, {2, 4}}));
+  EXPECT_EQ(names().size(), 3); // the top level goes with the next reload
+  model.reloadData(root);
+  EXPECT_EQ(names(), QStringList({"f", "x"}));
+  model.removeItems({});
+}
+
 TEST_F(SBrowserOutlineModelTest, ARenamedItemStaysInItsRowUntilSomebodySorts) {
   model.sort(kFileName);
   f->setFileName(QStringLiteral("z"));

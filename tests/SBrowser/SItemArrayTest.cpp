@@ -109,6 +109,14 @@ TEST(SItemArray, IsSortedOnceUntilItChanges) {
   EXPECT_EQ(names(items), QStringList({"0", "b"}));
 }
 
+TEST(SItemArray, SeveralThatFollowOneAnotherGoAtOnce) {
+  SItemArray items = arrayOf({file("a"), file("b"), file("c"), file("d")});
+  const auto d = items.at(3);
+  items.removeAt(1, 2);
+  EXPECT_EQ(names(items), QStringList({"a", "d"}));
+  EXPECT_EQ(items.indexOf(*d), 1);
+}
+
 TEST(SItemArray, WithoutADescriptorThePhonesOrderStays) {
   SItemArray items = arrayOf({file("b"), file("a")});
   items.sort({});

@@ -130,6 +130,33 @@ TEST_F(UploadDropTest, WhatIsNoFileOfThisComputerIsRefused) {
   EXPECT_EQ(controller->transferRun(), nullptr);
 }
 
+TEST_F(UploadDropTest, TheListOfFilesIsFetchedOnceADrag) {
+  class CountingData : public QMimeData {
+  public:
+    mutable int fetched = 0;
+
+  protected:
+    QVariant retrieveData(const QString& type, QMetaType preferred) const override {
+      if (type == u"text/uri-list")
+        ++fetched;
+      return QMimeData::retrieveData(type, preferred);
+    }
+  } info;
+  info.setUrls(files.urls());
+  QDragEnterEvent enter(emptySpace(), Qt::CopyAction, &info, Qt::LeftButton, Qt::NoModifier);
+  QCoreApplication::sendEvent(&rowsView(), &enter);
+  for (int i = 0; i < 20; ++i) {
+    QDragMoveEvent move(emptySpace() + QPoint(i, 0), Qt::CopyAction, &info, Qt::LeftButton, Qt::NoModifier);
+    QCoreApplication::sendEvent(&rowsView(), &move);
+    ASSERT_TRUE(move.isAccepted());
+  }
+  EXPECT_EQ(info.fetched, 1);
+  leave();
+  QMimeData remote;
+  remote.setUrls({QUrl(QStringLiteral("https://example.org/a"))});
+  EXPECT_FALSE(hover(emptySpace(), remote)); // the next one is looked at for itself
+}
+
 TEST_F(UploadDropTest, NothingIsTakenWhileTheWindowIsBlockedOrNoPhoneShown) {
   controller->setDisableCaptureEvent(true);
   EXPECT_FALSE(hover(emptySpace(), files));

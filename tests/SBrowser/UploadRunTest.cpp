@@ -312,6 +312,50 @@ TEST_F(UploadRunTest, AFileThatVanishesAfterTheAnswerCostsThePhoneNothing) {
   EXPECT_EQ(outcomes(), QStringList({"copied first", "failed readme.txt 11000001"}));
 }
 
+TEST_F(UploadRunTest, AFolderThatVanishesAfterTheAnswerCostsThePhoneNothing) {
+  write(QStringLiteral("DCIM/x"));
+  const QString first = write(QStringLiteral("first"));
+  before(Operation::SendFileEx, 1, [&] { QDir(computer.filePath(QStringLiteral("DCIM"))).removeRecursively(); });
+  drop({first, computer.filePath(QStringLiteral("DCIM"))});
+  answer("MNU_Replace");
+  ASSERT_TRUE(finish());
+  EXPECT_EQ(sdk->calls(Operation::DeleteNode), 0);
+  EXPECT_EQ(onPhone(dcim), Contents({"Camera/", "a.jpg", "b.jpg"}));
+  EXPECT_EQ(outcomes().mid(0, 2), QStringList({"copied first", "failed DCIM 11000001"}));
+}
+
+TEST_F(UploadRunTest, TheRowOfAReplacedFileGoesWhileTheNewOneIsOnItsWay) {
+  QStringList shown;
+  before(Operation::SendFileEx, 1, [&] {
+    timers.advance(Uploads::kReloadDelay);
+    shown = rows();
+  });
+  drop({write(QStringLiteral("readme.txt"), "new")});
+  answer("MNU_Replace");
+  ASSERT_TRUE(finish());
+  EXPECT_EQ(shown, QStringList({"DCIM", "Empty"}));
+  EXPECT_EQ(rows(), QStringList({"DCIM", "Empty", "readme.txt"}));
+}
+
+TEST_F(UploadRunTest, ReplacingManyShowsTheFolderAnewAFewTimesOnly) {
+  QStringList paths;
+  for (int i = 0; i < 40; ++i) {
+    const QString name = QStringLiteral("p%1").arg(i);
+    sdk->addFile(phone, name, 1);
+    paths.append(write(name));
+  }
+  controller->reloadCurrentFolder();
+  ASSERT_TRUE(settle());
+  int resets = 0;
+  QObject::connect(&model(), &QAbstractItemModel::modelReset, &model(), [&] { ++resets; });
+  drop(paths);
+  answer("MNU_ReplaceAll");
+  ASSERT_TRUE(finish());
+  EXPECT_EQ(sdk->calls(Operation::DeleteNode), 40);
+  EXPECT_EQ(rows().size(), 43);
+  EXPECT_LE(resets, 2);
+}
+
 TEST_F(UploadRunTest, TwoDroppedItemsOfOneNameAreAskedAboutAndNeverMixed) {
   drop({write(QStringLiteral("1/same.txt"), "one"), write(QStringLiteral("2/same.txt"), "two")});
   answer("MNU_Skip");
@@ -343,6 +387,138 @@ TEST_F(UploadRunTest, AReplacementThatCannotBeDeletedStaysAndTheNewOneIsRefused)
   ASSERT_TRUE(finish());
   EXPECT_EQ(outcomes(), QStringList({"failed readme.txt 10000005"}));
   EXPECT_EQ(rows(), QStringList({"DCIM", "Empty", "readme.txt"}));
+}
+
+// ---- The room on the phone ----
+
+namespace {
+
+/// Uploads to the folder "Old" of a card of 1,000 bytes, 100 of them free.
+class UploadToFullCard : public UploadRunTest {
+protected:
+  void SetUp() override {
+    UploadFixture::SetUp();
+    addPhone();
+    card = sdk->addStorage(device, 0x00020001, QStringLiteral("Card"), 1000, 100);
+    old = sdk->addFolder(card, QStringLiteral("Old"));
+    sdk->addFile(old, QStringLiteral("a"), 150);
+    sdk->addFile(sdk->addFolder(old, QStringLiteral("below")), QStringLiteral("b"), 250);
+    song = sdk->addFile(card, QStringLiteral("song"), 200);
+    connect();
+    controller->setSelectedStorage(2);
+    ASSERT_TRUE(settle());
+  }
+  void dropToReplace(const QString& path) {
+    drop({path, write(QStringLiteral("other"))});
+    answer("MNU_Replace");
+    ASSERT_TRUE(finish());
+  }
+
+  FakeMtpSdk::Handle old = 0, song = 0;
+};
+
+} // namespace
+
+TEST_F(UploadToFullCard, AReplacementThatFindsNoRoomThereLeavesTheOldFileAndEndsTheCopy) {
+  dropToReplace(write(QStringLiteral("song"), QByteArray(301, 'n')));
+  EXPECT_EQ(sdk->calls(Operation::DeleteNode), 0);
+  EXPECT_EQ(onPhone(card), Contents({"Old/", "song"}));
+  EXPECT_EQ(outcomes(), QStringList({"failed song 1000000a", "canceled other"}));
+  EXPECT_EQ(rows(), QStringList({"Old", "song"}));
+}
+
+TEST_F(UploadToFullCard, TheRoomOfTheOldFileCountsForTheNewOne) {
+  dropToReplace(write(QStringLiteral("song"), QByteArray(300, 'n')));
+  EXPECT_EQ(outcomes(), QStringList({"copied song", "copied other"}));
+  EXPECT_EQ(sdk->content(sdk->child(card, QStringLiteral("song"))), QByteArray(300, 'n'));
+}
+
+TEST_F(UploadToFullCard, WhatDoesNotGrowIsReplacedWithoutAQuestionForTheRoom) {
+  const int asked = sdk->calls(Operation::GetStorageListHead);
+  dropToReplace(write(QStringLiteral("song"), QByteArray(200, 'n')));
+  EXPECT_EQ(outcomes(), QStringList({"copied song", "copied other"}));
+  EXPECT_EQ(sdk->calls(Operation::GetStorageListHead), asked);
+}
+
+TEST_F(UploadToFullCard, EverythingInTheOldFolderCountsAsRoomForTheNewOne) {
+  write(QStringLiteral("Old/x"), QByteArray(400, 'x'));
+  write(QStringLiteral("Old/in/y"), QByteArray(100, 'y'));
+  dropToReplace(computer.filePath(QStringLiteral("Old")));
+  EXPECT_EQ(outcomes(),
+            QStringList({"copied Old", "copied Old/in", "copied Old/in/y", "copied Old/x", "copied other"}));
+}
+
+TEST_F(UploadToFullCard, AFolderThatFindsNoRoomThereLeavesTheOldOne) {
+  write(QStringLiteral("Old/x"), QByteArray(400, 'x'));
+  write(QStringLiteral("Old/in/y"), QByteArray(101, 'y'));
+  dropToReplace(computer.filePath(QStringLiteral("Old")));
+  EXPECT_EQ(sdk->calls(Operation::DeleteNode), 0);
+  EXPECT_EQ(onPhone(old), Contents({"below/", "a"}));
+  EXPECT_EQ(outcomes().first(), QStringLiteral("failed Old 1000000a"));
+}
+
+TEST_F(UploadRunTest, APhoneThatDoesNotTellItsRoomIsAskedBySending) {
+  drop({write(QStringLiteral("readme.txt"), QByteArray(5000, 'n'))});
+  answer("MNU_Replace");
+  ASSERT_TRUE(finish());
+  EXPECT_EQ(outcomes(), QStringList({"copied readme.txt"}));
+}
+
+// ---- A target that goes ----
+
+TEST_F(UploadRunTest, AFolderDeletedOnThePhoneIsMadeAgainWhenSomethingIsSentThere) {
+  const ItemPointer target = itemNamed(QStringLiteral("Empty"));
+  sdk->remove(sdk->child(phone, QStringLiteral("Empty")));
+  write(QStringLiteral("F/x"), "X");
+  dropAndFinish({computer.filePath(QStringLiteral("F")), write(QStringLiteral("new"))}, target);
+  const auto made = sdk->child(phone, QStringLiteral("Empty"));
+  EXPECT_EQ(onPhone(made), Contents({"F/", "new"}));
+  EXPECT_EQ(sdk->content(sdk->child(sdk->child(made, QStringLiteral("F")), QStringLiteral("x"))), "X");
+}
+
+TEST_F(UploadRunTest, AFolderDeletedOnThePhoneIsNotMadeAgainWhenNothingIsSent) {
+  const ItemPointer target = itemNamed(QStringLiteral("Empty"));
+  sdk->remove(sdk->child(phone, QStringLiteral("Empty")));
+  dropAndFinish({computer.filePath(QStringLiteral("gone"))}, target);
+  EXPECT_EQ(sdk->calls(Operation::CreateFolderNode), 0);
+  EXPECT_EQ(onPhone(phone), Contents({"DCIM/", "readme.txt"}));
+}
+
+TEST_F(UploadRunTest, WithoutItsTargetAFolderNeverEndsUpInANamesakeElsewhere) {
+  const auto namesake = sdk->addFolder(phone, QStringLiteral("F"));
+  const ItemPointer target = itemNamed(QStringLiteral("Empty"));
+  sdk->remove(sdk->child(phone, QStringLiteral("Empty")));
+  makeFolder(QStringLiteral("F/sub"));
+  sdk->setStatusAt(Operation::CreateFolderNode, 1, DGSTATUS_INTERNAL_GENERALERROR);
+  sdk->setStatusAt(Operation::CreateFolderNode, 2, DGSTATUS_INTERNAL_GENERALERROR);
+  dropAndFinish({computer.filePath(QStringLiteral("F"))}, target);
+  EXPECT_EQ(onPhone(namesake), Contents());
+  EXPECT_TRUE(outcomes().first().startsWith(QStringLiteral("failed F")));
+  EXPECT_TRUE(outcomes().last().startsWith(QStringLiteral("failed F/sub")));
+}
+
+TEST_F(UploadRunTest, ARebuildInTheMiddleOfAnUploadToAFolderBelowShowsWhatArrivedThere) {
+  expand(QStringLiteral("DCIM"));
+  const auto gate = std::make_shared<Gate>();
+  sdk->setHook(Operation::SendFileEx, [gate] { gate->pass(); });
+  drop({write(QStringLiteral("a")), write(QStringLiteral("b"))}, itemNamed(QStringLiteral("DCIM")));
+  ASSERT_TRUE(waitUntil([&] { return gate->waiting() == 1; }));
+  controller->updateMTPChangeProcess();
+  gate->open();
+  ASSERT_TRUE(finish());
+  EXPECT_EQ(onPhone(dcim), Contents({"Camera/", "a.jpg", "b.jpg", "a", "b"}));
+  doubleClick(QStringLiteral("DCIM"));
+  ASSERT_TRUE(settle());
+  EXPECT_EQ(rows(), QStringList({"Camera", "a.jpg", "b.jpg", "a", "b"}));
+}
+
+TEST_F(UploadRunTest, AReplacedFileOfAListedFolderThatIsNotTheCurrentOneKeepsOneRow) {
+  expand(QStringLiteral("DCIM"));
+  drop({write(QStringLiteral("a.jpg"), "new")}, itemNamed(QStringLiteral("DCIM")));
+  answer("MNU_Replace");
+  ASSERT_TRUE(finish());
+  EXPECT_EQ(sdk->content(sdk->child(dcim, QStringLiteral("a.jpg"))), "new");
+  EXPECT_EQ(rows(row(QStringLiteral("DCIM"))), QStringList({"Camera", "b.jpg", "a.jpg"}));
 }
 
 // ---- Progress ----
@@ -383,6 +559,21 @@ TEST_F(UploadRunTest, CanceledWhileTheQuestionIsOpenNothingIsCopied) {
   EXPECT_EQ(sdk->calls(Operation::SendFileEx), 0);
   EXPECT_EQ(sdk->calls(Operation::DeleteNode), 0);
   EXPECT_FALSE(isBlocked());
+  EXPECT_EQ(outcomes(), QStringList({"canceled readme.txt", "canceled new"}));
+}
+
+TEST_F(UploadRunTest, CanceledAtALaterQuestionTheListTellsOfEveryItem) {
+  write(QStringLiteral("F/x"));
+  makeFolder(QStringLiteral("Empty"));
+  drop({write(QStringLiteral("readme.txt")), computer.filePath(QStringLiteral("F")),
+        computer.filePath(QStringLiteral("Empty")), write(QStringLiteral("last"))});
+  answer("MNU_Skip");
+  ASSERT_NE(waitForAlert(), nullptr);
+  cancel();
+  ASSERT_TRUE(finish());
+  EXPECT_EQ(outcomes(),
+            QStringList({"skipped readme.txt", "canceled F", "canceled F/x", "canceled Empty", "canceled last"}));
+  EXPECT_EQ(onPhone(phone), Contents({"DCIM/", "Empty/", "readme.txt"}));
 }
 
 TEST_F(UploadRunTest, CanceledInAFileThatFileIsNotThereAndTheRestIsNotTried) {

@@ -81,6 +81,21 @@ TEST_F(UploadsTest, TheMenuHasAFolderChosen) {
   EXPECT_EQ(onPhone(sdk->child(phone, QStringLiteral("F"))), Contents({"x"}));
 }
 
+TEST_F(UploadsTest, TheDialogBeginsWhereFilesWereChosenLast) {
+  const QString place = makeFolder(QStringLiteral("place"));
+  platform::userDefaults::setValue(QStringLiteral("UploadFolder"), place);
+  controller->performCommand(WindowCommand::Upload);
+  ASSERT_NE(uploads().dialog(), nullptr);
+  EXPECT_EQ(uploads().dialog()->directory().absolutePath(), place);
+}
+
+TEST_F(UploadsTest, WhereFilesWereChosenLastBeingGoneTheDialogBeginsAtHome) {
+  platform::userDefaults::setValue(QStringLiteral("UploadFolder"), computer.filePath(QStringLiteral("gone")));
+  controller->performCommand(WindowCommand::Upload);
+  ASSERT_NE(uploads().dialog(), nullptr);
+  EXPECT_EQ(uploads().dialog()->directory().absolutePath(), QDir::homePath());
+}
+
 TEST_F(UploadsTest, ThePhoneGoneTheDialogGoes) {
   controller->performCommand(WindowCommand::Upload);
   ASSERT_NE(uploads().dialog(), nullptr);
