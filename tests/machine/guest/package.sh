@@ -5,7 +5,7 @@
 package=$1
 . "$MACHINE/guest/checks.sh"
 export INTERFACE=vendor MTPB_HOME=/tmp/visitor
-cd /tmp || exit 1
+mkdir /tmp/work-$$ && cd /tmp/work-$$ || exit 1
 
 # The user at the computer's own screen. There is no login manager here: this is what it writes when somebody logs in,
 # and what udev's "uaccess" reads.
@@ -45,6 +45,13 @@ settled
 check "without the package the user may not open it" not opens
 bash "$MACHINE/gadget" unplug
 
+# Which of the package's files and folders are there.
+present() {
+  dpkg-deb --fsys-tarfile "$package" | tar -t | sed 's/^\.//' | while read -r path; do [ ! -e "$path" ] || echo "$path"; done
+}
+present >before
+check "none of its files is there yet" not has '[^/]$' before
+
 # Without triggers: the index of all manual pages would take minutes here.
 check "the package can be installed" dpkg --no-triggers -i "$package"
 check "the program is the package's" test "$(command -v mtpbrowser)" = /usr/bin/mtpbrowser
@@ -77,12 +84,11 @@ for phone in "1209 0001 any-maker" "7e55 4170 table"; do
   check "$name: ... with status 0" test $? = 0
 done
 
-left() {
-  find /etc /var /run/udev /usr/bin /usr/lib/udev /usr/share/{applications,doc,icons,man,metainfo,MTPBrowser} \
-    -iname '*mtpbrowser*' 2>/dev/null | grep .
-}
 check "the package can be removed" dpkg --no-triggers -P mtpbrowser
-check "nothing of it is left" not left
+present >after
+check "what was not there before is not there any more" diff before after
+known() { dpkg-query -W mtpbrowser >/dev/null 2>&1 || ls /var/lib/dpkg/info/mtpbrowser* >/dev/null 2>&1; }
+check "the packages' database knows nothing of it" not known
 [ "$checks_failed" = 0 ] || tail -n 60 ./*.log
 cp ./*.log /share/
 finish
