@@ -55,7 +55,7 @@ void ClashQuestion::close() {
   hide();
 }
 
-QMessageBox* ClashQuestion::isExistsAlert() const {
+QMessageBox* ClashQuestion::alert() const {
   platform::assertMainThread();
   return _isExistsAlert;
 }

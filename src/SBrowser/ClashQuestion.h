@@ -38,7 +38,7 @@ public:
   void close();
 
   /// The alert while it is open, else null. Main thread.
-  QMessageBox* isExistsAlert() const;
+  QMessageBox* alert() const;
 
 private:
   void show(const QString& name, bool several);

@@ -28,6 +28,7 @@
 
 #include <algorithm>
 #include <unordered_set>
+#include <utility>
 
 namespace {
 
@@ -55,6 +56,22 @@ DownloadDrag::Items topmost(const DownloadDrag::Items& items) {
   std::copy_if(items.begin(), items.end(), std::back_inserter(kept), [&](const auto& item) { return !isInside(item); });
   return kept;
 }
+
+/// Whatever becomes of a copy's job, carried out or dropped, the window learns that it is over.
+struct Ending {
+  explicit Ending(std::shared_ptr<TransferRun> transfer)
+      : run(std::move(transfer)) {}
+  ~Ending() {
+    for (const QString& name : std::as_const(names))
+      run->record(name, TransferOutcome::Canceled);
+    run->end();
+  }
+  Ending(const Ending&) = delete;
+  Ending& operator=(const Ending&) = delete;
+
+  const std::shared_ptr<TransferRun> run;
+  QStringList names; // of the items, until the job has begun
+};
 
 } // namespace
 
@@ -203,12 +220,14 @@ void DownloadDrag::drapItemsToTarget(const Items& items, const QString& destinat
     return;
   }
   _drapAndDropPath = destination;
-  // Whatever becomes of the job, carried out or dropped, the window learns that it is over.
-  const std::shared_ptr<void> ending(nullptr, [run](void*) { run->end(); });
+  const auto ending = std::make_shared<Ending>(run);
+  for (const ItemPointer& item : items)
+    ending->names.append(item->fileName());
   const auto publish = [this](const ItemPointer& folder, std::shared_ptr<SItemArray> children) {
     m_window.publishChildren(folder, std::move(children)); // on the main thread, while the window is there
   };
   m_queue->perform("mtp-download", run->session(), [run, ending, items, destination, publish](DeviceSession& session) {
+    ending->names.clear();
     DownloadRun(*run, session, destination, publish).drapItemsToTarget(items);
   });
 }

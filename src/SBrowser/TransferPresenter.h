@@ -42,7 +42,7 @@ public:
   void detach();
 
   /// The alert about a taken name while it is open, else null.
-  QMessageBox* isExistsAlert() const { return m_question ? m_question->isExistsAlert() : nullptr; }
+  QMessageBox* isExistsAlert() const { return m_question ? m_question->alert() : nullptr; }
   /// What the entries of the transfer that ended last came to.
   const std::vector<TransferOutcome>& lastTransfer() const { return m_lastTransfer; }
   /// Called when lastTransfer() has changed.

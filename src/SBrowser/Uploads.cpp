@@ -112,6 +112,8 @@ void Uploads::upload(const QStringList& paths, const ItemPointer& item) {
   UploadTree& tree = *this;
   const auto upload = std::make_shared<UploadRun>(run, m_queue, tree, UploadRun::Drop{paths, target, item});
   if (!m_startWorker("mtp-upload", [upload] { upload->dropItemsToDevice(); })) {
+    for (const QString& path : paths)
+      run->record(lastPathComponent(path), TransferOutcome::Canceled);
     run->complete();
     run->end();
   }

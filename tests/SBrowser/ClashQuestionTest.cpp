@@ -35,8 +35,8 @@ protected:
     });
   }
   QMessageBox* alert() {
-    EXPECT_TRUE(QTest::qWaitFor([this] { return question->isExistsAlert() != nullptr; }, 60'000));
-    return question->isExistsAlert();
+    EXPECT_TRUE(QTest::qWaitFor([this] { return question->alert() != nullptr; }, 60'000));
+    return question->alert();
   }
   bool isDone() {
     return QTest::qWaitFor([this] { return done.load(); }, 60'000);
@@ -65,7 +65,7 @@ TEST_F(ClashQuestionTest, WithOneItemTheAnswersAreReplaceAndSkip) {
   button(*alert(), "MNU_Replace")->click();
   ASSERT_TRUE(isDone());
   EXPECT_EQ(answer, ClashAnswerReplace);
-  EXPECT_EQ(question->isExistsAlert(), nullptr);
+  EXPECT_EQ(question->alert(), nullptr);
 }
 
 TEST_F(ClashQuestionTest, WithSeveralItemsReplaceAllIsOfferedAndLogged) {
@@ -137,7 +137,7 @@ TEST_F(ClashQuestionTest, CanceledNobodyHasAnsweredAndTheAlertGoes) {
   question->cancel();
   ASSERT_TRUE(isDone());
   EXPECT_EQ(answer, std::nullopt);
-  EXPECT_EQ(question->isExistsAlert(), nullptr);
+  EXPECT_EQ(question->alert(), nullptr);
 }
 
 TEST_F(ClashQuestionTest, NotWantedAnyMoreItIsNotAsked) {
@@ -145,7 +145,7 @@ TEST_F(ClashQuestionTest, NotWantedAnyMoreItIsNotAsked) {
   ask(QStringLiteral("a.txt"), false);
   ASSERT_TRUE(isDone());
   EXPECT_EQ(answer, std::nullopt);
-  EXPECT_EQ(question->isExistsAlert(), nullptr);
+  EXPECT_EQ(question->alert(), nullptr);
 }
 
 TEST_F(ClashQuestionTest, AfterClosingEveryQuestionEndsAtOnce) {

@@ -371,6 +371,7 @@ TEST_F(Download, WithoutAThreadNothingIsCopiedAndTheWindowIsFree) {
   drop({QStringLiteral("readme.txt")});
   ASSERT_TRUE(waitUntil([&] { return isFree(); }));
   EXPECT_EQ(copied(), QStringList());
+  EXPECT_EQ(lastTransfer(), QStringList{QStringLiteral("readme.txt canceled")});
 }
 
 // ---- Names that are taken ----

@@ -67,10 +67,12 @@ TEST_F(TransferPresenterTest, ATransferBlocksTheWindowShowsThePanelAndKeepsTheCo
 }
 
 TEST_F(TransferPresenterTest, WhenTheTransferHasEndedAllOfThatIsOver) {
-  end(presenter->begin(session));
+  const auto run = presenter->begin(session);
+  run->complete();
+  EXPECT_FALSE(isTransferProcess);
+  end(run);
   EXPECT_EQ(presenter->run(), nullptr);
   EXPECT_FALSE(isBlocked);
-  EXPECT_FALSE(isTransferProcess);
   EXPECT_FALSE(isPanelShown());
   EXPECT_EQ(inhibitions, 0);
 }

@@ -1,5 +1,6 @@
 // Uploading from the window, with the real engine and a phone on a wire in memory.
 #include "MTPCore/MTPDextSDKWrapper.h"
+#include "MTPCore/MTPSDKUtil.h"
 #include "MTPCore/TessalyMtpSdk.h"
 #include "Platform/UserDefaults.h"
 #include "Platform/Workers.h"
@@ -15,6 +16,7 @@
 
 #include <QDir>
 #include <QFile>
+#include <QMainWindow>
 #include <QMessageBox>
 #include <QMimeData>
 #include <QTemporaryDir>
@@ -192,6 +194,51 @@ TEST_F(UploadOnVirtualPhone, CanceledInMidFileNothingOfItStaysAndTheNextUploadWo
   drop({write(computer, QStringLiteral("after.txt"), "after")});
   ASSERT_TRUE(finish());
   EXPECT_EQ(phoneHas(QStringLiteral("after.txt")), QByteArray("after"));
+}
+
+TEST_F(UploadOnVirtualPhone, TheWindowClosedInMidFileNothingOfItStaysOnThePhone) {
+  stopInMidFile();
+  drop({write(computer, QStringLiteral("large.bin"), pattern(24 * 1024 * 1024)),
+        write(computer, QStringLiteral("second.bin"), "second")});
+  ASSERT_TRUE(QTest::qWaitFor([&] { return phone->faults().struck() > 0; }, kPatience));
+  controller->window()->close();
+  ASSERT_TRUE(settle());
+  EXPECT_FALSE(QFileInfo::exists(onPhone.filePath(QStringLiteral("large.bin"))));
+  EXPECT_FALSE(QFileInfo::exists(onPhone.filePath(QStringLiteral("second.bin"))));
+}
+
+TEST_F(UploadOnVirtualPhone, WithoutRoomOnThePhoneTheOldFileStays) {
+  const QByteArray before = pattern(300'000);
+  const QTemporaryDir other;
+  ASSERT_TRUE(other.isValid());
+  write(other, QStringLiteral("song.mp3"), before);
+  phone->addStorage({.folder = other.path().toStdString(),
+                     .description = "Card",
+                     .storageId = 0x00020001,
+                     .capacity = 1'000'000,
+                     .removable = true});
+  controller->connectDevice(QStringLiteral("14200000"));
+  ASSERT_TRUE(QTest::qWaitFor([&] { return controller->staticSource().size() == 2; }, kPatience));
+  ASSERT_TRUE(settle());
+  controller->setSelectedStorage(2);
+  ASSERT_TRUE(settle());
+  ASSERT_EQ(rows(), QStringList({"song.mp3"}));
+  const auto content = [&] {
+    QFile file(other.filePath(QStringLiteral("song.mp3")));
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("absent");
+  };
+  drop({write(computer, QStringLiteral("song.mp3"), pattern(1'200'000))});
+  answer("MNU_Replace");
+  ASSERT_TRUE(finish());
+  EXPECT_EQ(content(), before);
+  ASSERT_EQ(controller->transfers().lastTransfer().size(), 1U);
+  EXPECT_EQ(controller->transfers().lastTransfer()[0].status, std::uint32_t(DGSTATUS_STORAGE_FULL));
+  // With the old one gone this one fits.
+  const QByteArray larger = pattern(800'000);
+  drop({write(computer, QStringLiteral("song.mp3"), larger)});
+  answer("MNU_Replace");
+  ASSERT_TRUE(finish());
+  EXPECT_EQ(content(), larger);
 }
 
 TEST_F(UploadOnVirtualPhone, UnpluggedInMidFileTheWindowWelcomesAgain) {

@@ -534,6 +534,7 @@ TEST_F(UploadRunTest, ThePanelTellsNumberNameAndBytesOfTheWholePlan) {
   });
   EXPECT_TRUE(panel().isVisible());
   EXPECT_TRUE(isBlocked());
+  EXPECT_EQ(inhibitions, 1);
   EXPECT_TRUE(controller->isTransferProcess());
   ASSERT_TRUE(waitUntil([&] { return gate->waiting() == 1; }));
   QCoreApplication::processEvents();
@@ -546,6 +547,7 @@ TEST_F(UploadRunTest, ThePanelTellsNumberNameAndBytesOfTheWholePlan) {
   ASSERT_TRUE(finish());
   EXPECT_EQ(controller->window()->windowTitle(), QStringLiteral("Pat's phone"));
   EXPECT_FALSE(isBlocked());
+  EXPECT_EQ(inhibitions, 0);
 }
 
 // ---- Cancel ----
@@ -596,7 +598,7 @@ TEST_F(UploadRunTest, CanceledWhileAFolderIsMadeNothingGoesIntoIt) {
   EXPECT_EQ(outcomes(), QStringList({"copied F", "canceled F/x"}));
 }
 
-TEST_F(UploadRunTest, CanceledWhileTheOldOneIsDeletedTheNewOneIsNotSentWhole) {
+TEST_F(UploadRunTest, CanceledWhileTheOldOneIsDeletedItIsGoneAndTheNewOneIsNotSent) {
   before(Operation::DeleteNode, 1, [this] { cancel(); });
   drop({write(QStringLiteral("readme.txt"), "new")});
   answer("MNU_Replace");
@@ -648,6 +650,7 @@ TEST_F(UploadRunTest, WithoutAThreadTheWindowIsFreeAgain) {
   EXPECT_FALSE(isBlocked());
   EXPECT_FALSE(controller->isTransferProcess());
   EXPECT_FALSE(controller->transferRun());
+  EXPECT_EQ(outcomes(), QStringList({"canceled a"}));
 }
 
 // ---- Detach, closing ----
@@ -707,6 +710,7 @@ TEST_F(UploadRunTest, TheWindowMayGoInTheMiddleOfATransfer) {
   drop({write(QStringLiteral("a")), write(QStringLiteral("b"))});
   ASSERT_TRUE(waitUntil([&] { return gate->waiting() == 1; }));
   controller.reset();
+  EXPECT_EQ(inhibitions, 0);
   gate->open();
   ASSERT_TRUE(settle());
   EXPECT_EQ(sdk->calls(Operation::SendFileEx), 1);

@@ -112,8 +112,8 @@ TEST_P(WindowInALanguage, CutsNothingOffInTheQuestionAboutANameThatIsTaken) {
     question->ask(QString(200, u'W') + QStringLiteral(".jpg"), true, [] { return true; });
     ended = true;
   });
-  EXPECT_TRUE(QTest::qWaitFor([&] { return question->isExistsAlert() != nullptr; }, 60'000));
-  if (QMessageBox* const alert = question->isExistsAlert()) {
+  EXPECT_TRUE(QTest::qWaitFor([&] { return question->alert() != nullptr; }, 60'000));
+  if (QMessageBox* const alert = question->alert()) {
     EXPECT_EQ(alert->buttons().size(), 3);
     EXPECT_EQ(testsupport::cutOffTexts(*alert), QStringList());
     EXPECT_LE(alert->width(), layout.window()->width());
