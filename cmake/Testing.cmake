@@ -12,10 +12,10 @@ mtpb_precompiled(
   HEADERS <gmock/gmock.h> <gtest/gtest.h> <functional> <string> <vector>
   LINKS GTest::gmock GTest::gtest)
 
-# mtpb_test(NAME [QT] SOURCES ... LIBS ... [ENV ...] [TIMEOUT s])
+# mtpb_test(NAME [QT] SOURCES ... LIBS ... [ENV ...] [TIMEOUT s] [LABEL l])
 # One test program a folder, its cases discovered by CTest. QT gives it a main() with an offscreen QApplication.
 function(mtpb_test name)
-  cmake_parse_arguments(ARG "QT" "TIMEOUT;WRAPPER" "SOURCES;LIBS;ENV" ${ARGN})
+  cmake_parse_arguments(ARG "QT" "TIMEOUT;WRAPPER;LABEL" "SOURCES;LIBS;ENV" ${ARGN})
   if(NOT ARG_TIMEOUT)
     set(ARG_TIMEOUT 120)
   endif()
@@ -43,6 +43,9 @@ function(mtpb_test name)
   if(ARG_WRAPPER)
     set_target_properties(${name} PROPERTIES CROSSCOMPILING_EMULATOR "${ARG_WRAPPER}")
   endif()
-  gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT ${ARG_TIMEOUT} ENVIRONMENT
-                                                                                   "${environment}")
+  if(NOT ARG_LABEL)
+    set(ARG_LABEL quick) # never empty: CMake loses an empty property, and with it the order of the others
+  endif()
+  gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60
+                       PROPERTIES TIMEOUT ${ARG_TIMEOUT} LABELS "${ARG_LABEL}" ENVIRONMENT "${environment}")
 endfunction()

@@ -766,7 +766,7 @@ void MTPDextSDKWrapper::validateFilePathForMtp(const QString& path, std::unique_
                                                std::uint32_t& byteLength) {
   uniName.reset();
   byteLength = 0;
-  const platform::Lock lock(m_accLock);
+  const platform::Lock lock(_accLock);
   try {
     const std::optional<QString> openable = LinkFolder(m_computer.linkFolder).openablePath(path);
     if (!openable)

@@ -287,5 +287,5 @@ private:
       0};                                // of the last listing; written by who lists, read for connectCondition()
   std::atomic<bool> m_isDetached{false}; // written by the browser (and by binding), polled by every operation
   std::recursive_mutex m_monitor;        // one storageInfoLists() at a time
-  platform::Mutex m_accLock;             // one validateFilePathForMtp() at a time: they share the folder of links
+  platform::Mutex _accLock;              // one validateFilePathForMtp() at a time: they share the folder of links
 };

@@ -45,6 +45,9 @@ _MTP_COMMON_NODE* NodeMutations::checkCreateFolder(_MTP_DEVICE_NODE* deviceNode,
       folder = createFolder(deepest != nullptr ? reinterpret_cast<_MTP_COMMON_NODE*>(deepest)
                                                : reinterpret_cast<_MTP_COMMON_NODE*>(storage),
                             name, error);
+    // Made, but its place has been listed anew or has gone meanwhile: where it is cannot be told.
+    if (folder == nullptr && error == DGSTATUS_SUCCESS)
+      error = DGSTATUS_NODE_IS_NOT_EXISTED;
     if (folder != nullptr)
       deepest = folder;
     return folder;

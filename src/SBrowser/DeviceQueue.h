@@ -33,7 +33,7 @@ struct DeviceSession {
   void selectStorage(const QString& root);
 
   // In a job only.
-  QString rootPath;                                ///< the storage in use
+  QString rootPath;                                ///< `_rootPath`, the storage in use
   std::int32_t currentMemoryType = 0;              ///< `objectType` of the item last listed
   _MTP_STORAGE_NODE* currentStorageNode = nullptr; ///< a name, never followed
   _MTP_FOLDER_NODE* currentFolderNode = nullptr;   ///< the folder last listed; a name, never followed

@@ -97,12 +97,12 @@ std::shared_ptr<Device> Device::open(const DeviceCandidate& candidate, NodeRegis
                std::move(result.explanation)};
     return nullptr;
   }
-  std::shared_ptr<Device> device(new Device(std::move(result.transport), candidate, registry, limits, node));
+  std::shared_ptr<Device> device(new Device(std::move(result.transport), candidate, registry, events, limits, node));
   if (!starting(device)) {
     problem = problemOf(DGSTATUS_NO_DEVICE_ATTACHED);
     return nullptr;
   }
-  if (const Status status = device->connect(events); status != DGSTATUS_SUCCESS) {
+  if (const Status status = device->connect(); status != DGSTATUS_SUCCESS) {
     problem = problemOf(status);
     return nullptr;
   }
@@ -112,8 +112,9 @@ std::shared_ptr<Device> Device::open(const DeviceCandidate& candidate, NodeRegis
 }
 
 Device::Device(std::unique_ptr<Transport> transport, const DeviceCandidate& candidate, NodeRegistry& registry,
-               const TimeLimits& limits, Node* node)
+               EventThread& events, const TimeLimits& limits, Node* node)
     : m_registry(registry)
+    , m_events(events)
     , m_node(node)
     , m_attachment(candidate.attachment)
     , m_locationId(candidate.locationId)
@@ -126,7 +127,7 @@ Device::~Device() {
   m_store.close();
 }
 
-Status Device::connect(EventThread& events) {
+Status Device::connect() {
   m_session.onReopened([this] {
     log(LogLevel::Info, "the phone started a new session; everything is listed anew");
     const std::lock_guard lock(m_registry.mutex);
@@ -135,7 +136,7 @@ Status Device::connect(EventThread& events) {
     m_thumbnail = {};
     m_store.retireObjects();
   });
-  const auto onEvent = [weak = weak_from_this(), node = m_node, &events](Bytes bytes) {
+  const auto onEvent = [weak = weak_from_this(), node = m_node, &events = m_events](Bytes bytes) {
     if (const auto event = parseEvent(bytes))
       events.post(weak, node, *event);
   };
@@ -232,11 +233,18 @@ std::vector<ListedStorage> Device::readStorages(const std::vector<std::uint32_t>
   return storages;
 }
 
-Status Device::fetch(const std::shared_ptr<Listing>& listing, std::unique_lock<std::mutex>& lock) {
+Status Device::fetch(const std::shared_ptr<Listing>& listing, std::unique_lock<std::mutex>& lock, Want want) {
+  if (m_session.isTransactingHere()) // another thread's fetch would wait for this one
+    return !listing->known ? DGSTATUS_NODE_IS_NOT_EXISTED : listing->cached ? DGSTATUS_SUCCESS : DGSTATUS_UNSUCCESSFUL;
+  const auto isGood = [&] { return listing->cached && !(want == Want::Names ? listing->namesStale : listing->stale); };
+  if (listing->known && isGood())
+    placeReported(lock);
   if (!listing->known)
     return DGSTATUS_NODE_IS_NOT_EXISTED;
-  if (listing->cached && !listing->stale)
-    return DGSTATUS_SUCCESS;
+  return isGood() ? DGSTATUS_SUCCESS : fetchFrom(listing, lock);
+}
+
+Status Device::fetchFrom(const std::shared_ptr<Listing>& listing, std::unique_lock<std::mutex>& lock) {
   if (listing->fetching) {
     const std::uint64_t before = listing->fetches;
     m_fetched.wait(lock, [&] { return listing->fetches != before; }); // ends: every transaction of the fetch does
@@ -270,7 +278,7 @@ Status Device::fetch(const std::shared_ptr<Listing>& listing, std::unique_lock<s
       status = isGone() ? DGSTATUS_NO_DEVICE_ATTACHED : DGSTATUS_NODE_IS_NOT_EXISTED;
     if (status == DGSTATUS_SUCCESS) {
       m_store.apply(*listing, folder);
-      listing->stale = listing->changes != changes;
+      listing->stale = listing->namesStale = listing->changes != changes;
     }
   } catch (const std::exception&) { // whatever it is, those who wait must hear of the end
     status = DGSTATUS_INSUFFICIENT_RESOURCE;
@@ -287,6 +295,39 @@ Status Device::fetch(const std::shared_ptr<Listing>& listing, std::unique_lock<s
     lock.lock();
   }
   return status;
+}
+
+/// Asks the phone in which folders the objects are that it has reported.
+void Device::placeReported(std::unique_lock<std::mutex>& lock) {
+  m_fetched.wait(lock, [&] { return !m_placing; }); // ends: every transaction does
+  const std::vector<std::uint32_t> handles = m_store.takeReported();
+  if (handles.empty())
+    return;
+  m_placing = true;
+  const std::uint64_t epoch = m_epoch;
+  std::size_t placed = 0;
+  try {
+    for (; placed < handles.size(); ++placed) {
+      lock.unlock();
+      std::vector<std::byte> dataset;
+      const Reply reply = m_session.receive(Operation::GetObjectInfo, {handles[placed]}, dataset);
+      const auto info = parseObjectInfo(dataset);
+      const bool vanished = reply.code == Response::InvalidObjectHandle;
+      const std::u16string name = reply.ok() && info ? info->fileName.toString() : std::u16string();
+      lock.lock();
+      if (m_epoch != epoch || (!vanished && (!reply.ok() || !info)))
+        break;
+      if (!vanished)
+        m_store.place(info->parent, name);
+    }
+  } catch (const std::exception&) { // whatever it is, those who wait must hear of the end
+    if (!lock.owns_lock())
+      lock.lock();
+  }
+  if (placed < handles.size() && m_epoch == epoch)
+    m_store.markAllStale();
+  m_placing = false;
+  m_fetched.notify_all();
 }
 
 bool Device::exists(const Node& node, std::unique_lock<std::mutex>& lock) {
@@ -350,43 +391,57 @@ Device::EventsWait::~EventsWait() {
   const std::lock_guard lock(m_device.m_registry.mutex);
   if (--m_device.m_eventsWait > 0)
     return;
-  for (const EventContainer& event : std::exchange(m_device.m_waiting, {}))
-    m_device.judge(event);
-}
-
-void Device::noteOwnChange(std::uint32_t handle) {
-  const std::lock_guard lock(m_registry.mutex);
-  m_own.add(handle, m_session.limits().now());
-}
-
-void Device::handleEvent(const EventContainer* event) {
-  const std::lock_guard lock(m_registry.mutex);
-  if (!event) {
-    m_store.markAllStale();
-  } else if (m_eventsWait == 0) {
-    judge(*event);
-  } else if (m_waiting.size() < MaxWaiting) {
-    m_waiting.push_back(*event);
-  } else {
-    m_store.markAllStale();
+  for (const EventContainer& event : std::exchange(m_device.m_waiting, {})) {
+    if (m_device.judge(event))
+      m_device.m_events.post({}, m_device.m_node, event);
   }
 }
 
-/// Wants the lock.
-void Device::judge(const EventContainer& event) {
+void Device::noteOwnChange(std::uint32_t handle, OwnChange change) {
+  const std::lock_guard lock(m_registry.mutex);
+  m_own.add(handle, change, m_session.limits().now());
+}
+
+void Device::noteOwnChange(const std::vector<std::uint32_t>& handles, OwnChange change) {
+  const std::lock_guard lock(m_registry.mutex);
+  for (const std::uint32_t handle : handles)
+    m_own.add(handle, change, m_session.limits().now());
+}
+
+std::vector<std::uint32_t> Device::handlesFrom(const Listing& listing, std::uint32_t handle) {
+  const std::lock_guard lock(m_registry.mutex);
+  std::vector<std::uint32_t> handles;
+  if (const Node* object = ObjectStore::find(listing, handle))
+    handles = m_store.handlesBelow(*object, OwnChanges::MaxRemembered - 1);
+  handles.insert(handles.begin(), handle);
+  return handles;
+}
+
+bool Device::handleEvent(const EventContainer* event) {
+  const std::lock_guard lock(m_registry.mutex);
+  if (event && m_eventsWait == 0)
+    return judge(*event);
+  if (event && m_waiting.size() < MaxWaiting) {
+    m_waiting.push_back(*event);
+    return false;
+  }
+  m_store.markAllStale();
+  return true;
+}
+
+/// Whether the event is news. Wants the lock.
+bool Device::judge(const EventContainer& event) {
   const std::uint32_t parameter = event.parameters[0];
   const auto code = static_cast<Event>(event.code);
-  const bool ofObject = code == Event::ObjectAdded || code == Event::ObjectRemoved || code == Event::ObjectInfoChanged;
-  if (ofObject && m_own.cover(parameter, m_session.limits().now()))
-    return;
+  if (m_own.cover(parameter, code, m_session.limits().now()))
+    return false;
   switch (code) {
   case Event::ObjectRemoved:
-    if (!m_store.retireObject(parameter))
-      m_store.markAllStale();
+    m_store.retireObject(parameter);
     break;
+  case Event::ObjectAdded: // where, only the phone knows
   case Event::ObjectInfoChanged:
-    if (!m_store.markStale(parameter))
-      m_store.markAllStale();
+    m_store.noteReported(parameter);
     break;
   case Event::StoreRemoved:
     m_store.retireStorage(parameter);
@@ -396,8 +451,6 @@ void Device::judge(const EventContainer& event) {
   case Event::StoreFull:
     m_rooms.erase(parameter);
     break;
-  case Event::ObjectAdded:
-    // Where it was added only the phone knows, and some responders name a wrong object.
   case Event::StoreAdded:
   case Event::DeviceReset:
   case Event::UnreportedStatus:
@@ -406,6 +459,7 @@ void Device::judge(const EventContainer& event) {
   default:
     break;
   }
+  return true;
 }
 
 } // namespace mtp

@@ -49,15 +49,22 @@ public:
   /// Asks the phone for its storages and gives the first one.
   Status firstStorage(Node*& head);
 
+  enum class Want {
+    Everything,
+    Names // Listing::reported may hold some of them
+  };
   /// Sees to it that `listing` holds what the phone told, by fetching it or by waiting for another thread's fetch.
-  /// `lock` holds NodeRegistry::mutex on call and return. Afterwards the listing may have been retired.
-  Status fetch(const std::shared_ptr<Listing>& listing, std::unique_lock<std::mutex>& lock);
+  /// `lock` holds NodeRegistry::mutex on call and return. Afterwards the listing may have been retired. Called by a
+  /// transfer's callback it gives what is in memory.
+  Status fetch(const std::shared_ptr<Listing>& listing, std::unique_lock<std::mutex>& lock,
+               Want want = Want::Everything);
 
   /// Whether the object, or storage, is still there: from memory where nothing speaks against it. `lock` as above.
   bool exists(const Node& node, std::unique_lock<std::mutex>& lock);
 
-  /// What an event means for the objects known; null: for events that were lost. Takes the lock.
-  void handleEvent(const EventContainer* event);
+  /// What an event means for the objects known; null: for events that were lost. Takes the lock. False: it tells the
+  /// computer's own doing, or cannot be judged yet; if it is news after all, the event thread gets it for the callback.
+  bool handleEvent(const EventContainer* event);
 
   /// Wants NodeRegistry::mutex.
   ObjectStore& store() { return m_store; }
@@ -95,8 +102,13 @@ public:
   private:
     Device& m_device;
   };
-  /// The computer has just changed this object; events that tell so are no news.
-  void noteOwnChange(std::uint32_t handle);
+  /// The computer has just changed this object; events that tell so are no news. Takes the lock.
+  void noteOwnChange(std::uint32_t handle, OwnChange change);
+  void noteOwnChange(const std::vector<std::uint32_t>& handles, OwnChange change);
+  /// The object and what is known below it, a bounded number. Takes the lock.
+  std::vector<std::uint32_t> handlesFrom(const Listing& listing, std::uint32_t handle);
+  /// What the phone did is not what was noted. Wants the lock.
+  void forgetOwnChanges() { m_own.clear(); }
 
   /// The last thumbnail fetched, for the second call of the two-call protocol. Wants the lock.
   struct Thumbnail {
@@ -109,13 +121,16 @@ private:
   static constexpr std::size_t MaxWaiting = 1024;
 
   Device(std::unique_ptr<Transport> transport, const DeviceCandidate& candidate, NodeRegistry& registry,
-         const TimeLimits& limits, Node* node);
+         EventThread& events, const TimeLimits& limits, Node* node);
 
-  Status connect(EventThread& events);
-  void judge(const EventContainer& event);
+  Status connect();
+  bool judge(const EventContainer& event);
+  Status fetchFrom(const std::shared_ptr<Listing>& listing, std::unique_lock<std::mutex>& lock);
+  void placeReported(std::unique_lock<std::mutex>& lock);
   std::vector<ListedStorage> readStorages(const std::vector<std::uint32_t>& ids, Status& status);
 
   NodeRegistry& m_registry;
+  EventThread& m_events;
   Node* const m_node;
   const std::uint64_t m_attachment;
   const std::uint32_t m_locationId;
@@ -129,7 +144,8 @@ private:
   // The rest is guarded by NodeRegistry::mutex.
   std::optional<std::u16string> m_friendlyName;
   ObjectStore m_store;
-  std::condition_variable m_fetched; // some listing's fetch ended
+  std::condition_variable m_fetched; // some listing's fetch ended, or placing did
+  bool m_placing = false;            // a thread asks where reported objects are
   std::uint64_t m_epoch = 0;
   OwnChanges m_own;
   int m_eventsWait = 0;

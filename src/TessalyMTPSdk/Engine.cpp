@@ -26,7 +26,7 @@ EngineState& EngineState::instance() {
 }
 
 EngineState::EngineState()
-    : m_events([](Device& device, const EventContainer* event) { device.handleEvent(event); }) {}
+    : m_events([](Device& device, const EventContainer* event) { return device.handleEvent(event); }) {}
 
 EngineState::Access::Access(EngineState& engine)
     : m_engine(engine)
@@ -278,6 +278,7 @@ void EngineState::shutdown() {
     const std::lock_guard lock(m_settings);
     m_providers.clear();
     m_usb = nullptr;
+    m_usbEnabled = false;
     m_problems.clear();
     opening = m_opening.device;
   }

@@ -18,7 +18,7 @@ void setLog(std::function<void(LogLevel level, const std::string& line)> sink);
 void addProvider(std::shared_ptr<DeviceProvider> provider);
 /// Removes it; its phones count as unplugged.
 void removeProvider(const std::shared_ptr<DeviceProvider>& provider);
-/// Whether attached USB phones are looked for (true at start).
+/// Whether attached USB phones are looked for (true at start, false after shutdown()).
 void setUsbEnabled(bool enabled);
 
 /// Counters for benches and tests.
@@ -31,7 +31,8 @@ Counters counters();
 /// Does not block.
 std::vector<std::string> describePhones();
 
-/// Closes all sessions, joins all threads, forgets all records and providers. For the end of the program and for tests.
+/// Closes all sessions, joins all threads, forgets all records and providers. A thread that has not heard of it finds
+/// no phone any more, on the USB neither. For the end of the program and for tests.
 void shutdown();
 
 } // namespace mtp

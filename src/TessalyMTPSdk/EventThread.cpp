@@ -74,14 +74,14 @@ void EventThread::run(std::uint64_t turn) {
     const Event event = std::move(m_waiting.front());
     m_waiting.pop_front();
     lock.unlock();
+    bool isNews = true;
     if (const std::shared_ptr<Device> device = event.device.lock()) {
-      if (event.someLost)
-        m_handler(*device, nullptr);
-      m_handler(*device, &event.event);
+      const bool lost = event.someLost && m_handler(*device, nullptr);
+      isNews = m_handler(*device, &event.event) || lost;
     }
     lock.lock();
     const auto found = m_callbacks.find(event.node);
-    if (m_turn != turn || found == m_callbacks.end())
+    if (m_turn != turn || !isNews || found == m_callbacks.end())
       continue;
     const Callback callback = found->second;
     m_calling = event.node;

@@ -19,8 +19,9 @@ class Device;
 /// Any thread may call all functions; none blocks, except as said. Callbacks never run at the same time.
 class EventThread {
 public:
-  /// Called on the event thread for each event, before the registered callback. No event: some were lost.
-  using Handler = std::function<void(Device& device, const EventContainer* event)>;
+  /// Called on the event thread for each event. No event: some were lost. False: the registered callback is not to hear
+  /// of it.
+  using Handler = std::function<bool(Device& device, const EventContainer* event)>;
 
   explicit EventThread(Handler handler);
   ~EventThread();
@@ -30,7 +31,8 @@ public:
   /// Ends the thread and forgets waiting events and callbacks. Waits for a running callback, unless called by it.
   void stop();
 
-  /// An event of the device whose record is `node`. The device need not live until it is handled.
+  /// An event of the device whose record is `node`. The device need not live until it is handled; without one the event
+  /// goes to the callback only.
   void post(std::weak_ptr<Device> device, const void* node, const EventContainer& event);
 
   /// Sets the callback for a device's record; null: none. Waits for a running call of the callback replaced, unless

@@ -66,7 +66,7 @@ Status FileSender::sendContents(int file, ObjectCreation& creation) {
       [&](std::uint64_t moved) {
         if (now() - renewed >= RenewOwnChange) {
           renewed = now();
-          m_device.noteOwnChange(creation.handle());
+          m_device.noteOwnChange(creation.handle(), OwnChange::Stored);
         }
         return m_progress.at(moved);
       });

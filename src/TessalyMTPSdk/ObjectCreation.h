@@ -35,12 +35,15 @@ public:
   /// Takes the new object over into the listing, under the name the phone gave it. Null when the listing has been
   /// released meanwhile.
   Node* adopt(std::uint64_t size, std::u16string_view date);
-  /// Deletes the announced object.
+  /// Deletes the announced object. Where the phone has started a new session meanwhile, the file is sought again under
+  /// its path, and deleted when it is not whole.
   void withdraw();
 
 private:
   enum class Ask { Phone, Memory };
   Status lookForNamesake(Node*& namesake, Ask ask);
+  void rememberPath();
+  void withdrawByPath();
   std::u16string nameOnPhone();
 
   Device& m_device;
@@ -49,6 +52,8 @@ private:
   Session::Exclusive m_alone;
   std::uint32_t m_handle = 0;
   bool m_folder = false;
+  std::uint64_t m_size = 0;           // bytes announced
+  std::vector<std::u16string> m_path; // the folders from the storage's top level down to the place
 };
 
 } // namespace mtp

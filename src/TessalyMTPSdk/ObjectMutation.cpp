@@ -9,7 +9,8 @@ namespace {
 /// 0 when no other object of the folder has such a name.
 Status lookForNamesake(Device& device, const Subject& subject, std::u16string_view name, bool again, bool& same) {
   std::unique_lock lock(device.registry().mutex);
-  subject.listing->stale = subject.listing->stale || again;
+  if (again)
+    ObjectStore::markStale(*subject.listing);
   if (const Status status = device.fetch(subject.listing, lock); status != DGSTATUS_SUCCESS)
     return status;
   const Node* object = ObjectStore::find(*subject.listing, subject.handle);
@@ -48,7 +49,7 @@ Status renameObject(Device& device, const Subject& subject, std::u16string_view 
     const Session::Exclusive alone = device.session().exclusive();
     if (!device.isCurrent(subject.epoch))
       return DGSTATUS_NODE_IS_NOT_EXISTED;
-    device.noteOwnChange(subject.handle);
+    device.noteOwnChange(subject.handle, OwnChange::Stored);
     reply = device.session().send(Operation::SetObjectPropValue,
                                   {subject.handle, static_cast<std::uint32_t>(Property::ObjectFileName)},
                                   textDataset(name));
@@ -76,9 +77,12 @@ Status deleteObject(Device& device, const Subject& subject) {
   const Session::Exclusive alone = device.session().exclusive();
   if (!device.isCurrent(subject.epoch))
     return DGSTATUS_NODE_IS_NOT_EXISTED;
-  device.noteOwnChange(subject.handle);
+  const std::vector<std::uint32_t> deleted = device.handlesFrom(*subject.listing, subject.handle);
+  device.noteOwnChange(deleted, OwnChange::Deleted);
   device.forgetRoom(subject.listing->storage);
   const Reply reply = device.session().run(Operation::DeleteObject, {subject.handle, 0});
+  if (reply.ok())
+    device.noteOwnChange(deleted, OwnChange::Deleted); // that may have taken its time
   const std::unique_lock lock(device.registry().mutex);
   if (device.epoch() != subject.epoch)
     return reply.ok() ? DGSTATUS_SUCCESS : reply.status;
@@ -91,6 +95,7 @@ Status deleteObject(Device& device, const Subject& subject) {
       device.store().remove(*object);
   } else if (reply.code == Response::PartialDeletion || reply.code == Response()) {
     device.store().markAllStale(); // what is left below it only the phone knows
+    device.forgetOwnChanges();
   }
   return reply.status;
 }
@@ -109,6 +114,8 @@ Status fetchThumbnail(Device& device, const Subject& subject, std::vector<std::b
   if (!device.isCurrent(subject.epoch))
     return DGSTATUS_NODE_IS_NOT_EXISTED;
   const Reply reply = device.session().receive(Operation::GetThumb, {subject.handle}, bytes);
+  if (reply.ok() && bytes.empty())
+    return statusOfResponse(static_cast<std::uint16_t>(Response::NoThumbnailPresent));
   return reply.code == Response::InvalidObjectHandle ? DGSTATUS_NODE_IS_NOT_EXISTED : reply.status;
 }
 

@@ -1,6 +1,9 @@
 #include "TessalyMTPSdk/ObjectStore.h"
 
+#include "TessalyMTPSdk/ObjectNames.h"
+
 #include <algorithm>
+#include <utility>
 
 namespace mtp {
 
@@ -103,13 +106,17 @@ Node* ObjectStore::storageAfter(const Node& storage) const {
   return found->nodes.back();
 }
 
+std::shared_ptr<Listing> ObjectStore::topLevel(std::uint32_t storage) const {
+  const auto found = std::ranges::find(m_storages, storage, &Storage::id);
+  return found != m_storages.end() ? found->topLevel : nullptr;
+}
+
 std::shared_ptr<Listing> ObjectStore::listingAround(const Node& object) const {
   if (const Node* parent = object.listing->parentNode) {
     const auto found = m_folders.find(parent);
     return found != m_folders.end() ? found->second : nullptr;
   }
-  const auto found = std::ranges::find(m_storages, object.listing->storage, &Storage::id);
-  return found != m_storages.end() ? found->topLevel : nullptr;
+  return topLevel(object.listing->storage);
 }
 
 Node* ObjectStore::find(const Listing& listing, std::uint32_t handle) {
@@ -117,10 +124,8 @@ Node* ObjectStore::find(const Listing& listing, std::uint32_t handle) {
 }
 
 std::shared_ptr<Listing> ObjectStore::listingOf(Node& parent) {
-  if (parent.kind == MTPDEXT_NODE_STORAGE) {
-    const auto found = std::ranges::find(m_storages, parent.listing->storage, &Storage::id);
-    return found != m_storages.end() ? found->topLevel : nullptr;
-  }
+  if (parent.kind == MTPDEXT_NODE_STORAGE)
+    return topLevel(parent.listing->storage);
   if (const auto found = m_folders.find(&parent); found != m_folders.end())
     return found->second;
   auto listing = std::make_shared<Listing>();
@@ -166,6 +171,9 @@ void ObjectStore::apply(Listing& listing, const ListedFolder& folder) {
       retireNode(*before.node, toRetire);
   }
   listing.byHandle = std::move(byHandle);
+  listing.reported.clear();
+  for (const Listing::Entry& entry : listing.byHandle)
+    m_reported.erase(entry.handle);
   empty(listing);
   for (Node* node : order)
     append(listing, *node);
@@ -365,6 +373,7 @@ Node* ObjectStore::createObject(const ListedFolder& folder, const ListedObject& 
 }
 
 void ObjectStore::retireObjects() {
+  m_reported.clear();
   for (Storage& storage : m_storages)
     retireContents(*storage.topLevel);
 }
@@ -390,14 +399,16 @@ void ObjectStore::retireStorage(std::uint32_t id) {
 }
 
 bool ObjectStore::retireObject(std::uint32_t handle) {
-  bool known = false;
+  const bool reported = m_reported.erase(handle) > 0;
+  bool listed = false;
   Listing* toRetire = nullptr;
   forEachListing([&](Listing& listing) {
     const auto found = std::ranges::lower_bound(listing.byHandle, handle, {}, &Listing::Entry::handle);
     if (found == listing.byHandle.end() || found->handle != handle || !found->node)
       return;
-    known = true;
-    markStale(listing);
+    listed = true;
+    listing.stale = true; // though no name is missing in it
+    ++listing.changes;
     Node& node = *found->node;
     unlink(node);
     found->node = nullptr;
@@ -415,27 +426,82 @@ bool ObjectStore::retireObject(std::uint32_t handle) {
     retireListing(*listing);
     toRetire = next;
   }
-  return known;
+  if (!listed) {
+    forEachListing([reported](Listing& listing) {
+      if (listing.fetching || (!reported && listing.parent == FolderLister::TopLevel))
+        markStale(listing);
+    });
+  }
+  return listed || reported;
+}
+
+void ObjectStore::noteReported(std::uint32_t handle) {
+  forEachListing([&](Listing& listing) {
+    if (!findHandle(listing, handle) && !listing.fetching)
+      return;
+    listing.stale = true; // its name is still to be asked for
+    ++listing.changes;
+  });
+  if (m_reported.size() >= MaxReported && !m_reported.contains(handle)) {
+    m_reported.clear();
+    markAllStale();
+  } else {
+    m_reported.insert(handle);
+  }
+}
+
+std::vector<std::uint32_t> ObjectStore::takeReported() {
+  const std::unordered_set<std::uint32_t> handles = std::exchange(m_reported, {});
+  return {handles.begin(), handles.end()};
+}
+
+void ObjectStore::place(std::uint32_t parent, std::u16string_view name) {
+  forEachListing([&](Listing& listing) {
+    const bool topLevel = listing.parent == FolderLister::TopLevel; // some responders name a wrong object there
+    if (listing.parent != parent && !topLevel)
+      return;
+    if (topLevel || !listing.cached || listing.reported.size() >= MaxNames)
+      return markStale(listing);
+    listing.reported.insert(foldedName(name));
+    listing.stale = true;
+    ++listing.changes;
+  });
 }
 
 void ObjectStore::markAllStale() {
   forEachListing([](Listing& listing) { markStale(listing); });
 }
 
-bool ObjectStore::markStale(std::uint32_t handle) {
-  bool known = false;
+void ObjectStore::markStale(std::uint32_t handle) {
   forEachListing([&](Listing& listing) {
-    if (!findHandle(listing, handle))
-      return;
-    markStale(listing);
-    known = true;
+    if (findHandle(listing, handle))
+      markStale(listing);
   });
-  return known;
 }
 
 void ObjectStore::markStale(Listing& listing) {
-  listing.stale = true;
+  listing.stale = listing.namesStale = true;
   ++listing.changes;
+  listing.reported.clear();
+}
+
+std::vector<std::uint32_t> ObjectStore::handlesBelow(const Node& object, std::size_t most) const {
+  std::vector<std::uint32_t> handles;
+  std::vector<const Node*> folders{&object};
+  while (!folders.empty() && handles.size() < most) {
+    const auto listing = m_folders.find(folders.back());
+    folders.pop_back();
+    if (listing == m_folders.end())
+      continue;
+    for (const Listing::Entry& entry : listing->second->byHandle) {
+      if (!entry.node || handles.size() >= most)
+        continue;
+      handles.push_back(entry.handle);
+      if (entry.node->kind == MTPDEXT_NODE_FOLDER)
+        folders.push_back(entry.node);
+    }
+  }
+  return handles;
 }
 
 void ObjectStore::retire(Storage& storage) {

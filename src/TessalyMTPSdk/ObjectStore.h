@@ -10,6 +10,8 @@
 #include <condition_variable>
 #include <memory>
 #include <optional>
+#include <string>
+#include <unordered_set>
 
 namespace mtp {
 
@@ -22,10 +24,12 @@ struct Listing {
   std::uint32_t parent = FolderLister::TopLevel;
   Node* parentNode = nullptr; // the folder; null at a storage's top level
 
-  bool known = true;         // false: its folder or storage has been retired
-  bool cached = false;       // the lists below hold what the phone told
-  bool stale = false;        // the phone has reported a change since
-  std::uint64_t changes = 0; // how often
+  bool known = true;                           // false: its folder or storage has been retired
+  bool cached = false;                         // the lists below hold what the phone told
+  bool stale = false;                          // the phone has reported a change since
+  bool namesStale = false;                     // there may be names that stand neither in the lists nor in `reported`
+  std::uint64_t changes = 0;                   // how often
+  std::unordered_set<std::u16string> reported; // folded names (see foldedName) of objects reported since
 
   // A fetch on its way; others who want the listing wait for it.
   bool fetching = false;
@@ -64,6 +68,8 @@ public:
   Node* firstStorage() const;
   Node* storageAfter(const Node& storage) const;
 
+  /// The listing of the storage with this ID; null: there is none.
+  std::shared_ptr<Listing> topLevel(std::uint32_t storage) const;
   /// The listing in which a folder's or file's record stands.
   std::shared_ptr<Listing> listingAround(const Node& object) const;
   /// The object of this handle in the listing; null: none.
@@ -97,15 +103,32 @@ public:
   void close();
   /// Retires one storage and everything below it.
   void retireStorage(std::uint32_t id);
-  /// Retires the object, if it is known, and everything below it; its listing is stale then.
+  // What the phone reports.
+  /// It removed the object. What is known of it and below it is retired, and its listing is stale. An object that is
+  /// not known changes no listing, but for those under way, and top levels: some responders name a wrong object there.
+  /// False then.
   bool retireObject(std::uint32_t handle);
+  /// It added or changed the object. The listings in which it stands are stale; in which folder it is now remains to be
+  /// asked. With too many of these all is stale.
+  void noteReported(std::uint32_t handle);
+  /// The objects of which that is to be asked; they are place()d next.
+  std::vector<std::uint32_t> takeReported();
+  /// The object of this name is in the folder with this handle (0, 0xFFFFFFFF: at a top level).
+  void place(std::uint32_t parent, std::u16string_view name);
 
   /// The next question for any listing goes to the phone.
   void markAllStale();
-  /// The same for the listings in which the object stands. False when it stands in none.
-  bool markStale(std::uint32_t handle);
+  /// The same for one, and for the listings in which an object stands.
+  static void markStale(Listing& listing);
+  void markStale(std::uint32_t handle);
+
+  /// What is known below the object, `most` at most.
+  std::vector<std::uint32_t> handlesBelow(const Node& object, std::size_t most) const;
 
 private:
+  static constexpr std::size_t MaxReported = 64;  // each costs a transaction, a listing some five
+  static constexpr std::size_t MaxNames = 10'000; // reported ones, of one folder
+
   struct Storage {
     std::uint32_t id = 0;
     std::shared_ptr<Listing> topLevel;
@@ -123,7 +146,6 @@ private:
   static void unlink(Node& node);
   static void append(Listing& listing, Node& node);
   template <typename Use> void forEachListing(Use use);
-  static void markStale(Listing& listing);
 
   NodeRegistry& m_registry;
   Device* const m_device;
@@ -131,7 +153,8 @@ private:
   bool m_closed = false;
   std::vector<Storage> m_storages; // in the phone's order
   std::unordered_map<const Node*, std::shared_ptr<Listing>> m_folders;
-  std::unordered_map<Node*, Node*> m_renamed; // from records of former names to the current one
+  std::unordered_set<std::uint32_t> m_reported; // handles
+  std::unordered_map<Node*, Node*> m_renamed;   // from records of former names to the current one
 };
 
 } // namespace mtp

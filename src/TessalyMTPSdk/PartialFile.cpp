@@ -11,13 +11,15 @@
 #include <cstring>
 #include <dirent.h>
 #include <fcntl.h>
+#include <linux/magic.h>
+#include <map>
 #include <memory>
 #include <mutex>
-#include <set>
 #include <string_view>
 #include <sys/file.h>
 #include <sys/stat.h>
 #include <sys/statvfs.h>
+#include <sys/vfs.h>
 #include <unistd.h>
 #include <utility>
 
@@ -26,7 +28,7 @@ namespace mtp {
 namespace {
 
 constexpr int MaxAttempts = 100;
-constexpr std::size_t MaxFoldersKnown = 4096;
+constexpr std::uint64_t LargestOnFat = 0xFFFFFFFF; // bytes
 
 /// No value: this is no partial file's name.
 std::optional<pid_t> processOf(std::string_view name) {
@@ -44,8 +46,10 @@ std::optional<pid_t> processOf(std::string_view name) {
 bool isLeftOver(int file, pid_t process) {
   if (flock(file, LOCK_EX | LOCK_NB) == 0)
     return true;
-  // Some network file systems know no locks.
-  return errno != EWOULDBLOCK && kill(process, 0) != 0 && errno == ESRCH;
+  if (errno == EWOULDBLOCK || errno == EBADF) // some network file systems lock only what may be written
+    return false;
+  // Some know no locks.
+  return kill(process, 0) != 0 && errno == ESRCH;
 }
 
 void removeLeftOvers(int folder) {
@@ -60,7 +64,10 @@ void removeLeftOvers(int folder) {
     const auto process = processOf(entry->d_name);
     if (!process)
       continue;
-    const OpenFile file(openat(folder, entry->d_name, O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
+    constexpr int flags = O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC;
+    OpenFile file(openat(folder, entry->d_name, O_RDWR | flags));
+    if (!file && errno == EACCES)
+      file = OpenFile(openat(folder, entry->d_name, O_RDONLY | flags));
     struct stat facts {};
     if (file && fstat(file.get(), &facts) == 0 && S_ISREG(facts.st_mode) && isLeftOver(file.get(), *process) &&
         unlinkat(folder, entry->d_name, 0) == 0)
@@ -69,14 +76,13 @@ void removeLeftOvers(int folder) {
   closedir(entries);
 }
 
-/// Copying many files into a folder does not read it each time.
-bool isFirstUse(const std::string& folder) {
+/// Copying many files into a folder does not read it each time. Another disk may later stand at the same path.
+bool isFirstUse(const std::string& folder, PartialFile::Clock::time_point now) {
   static std::mutex mutex;
-  static std::set<std::string> known; // guarded by mutex
+  static std::map<std::string, PartialFile::Clock::time_point> known; // last uses; guarded by mutex
   const std::lock_guard lock(mutex);
-  if (known.size() >= MaxFoldersKnown)
-    known.clear();
-  return known.insert(folder).second;
+  std::erase_if(known, [now](const auto& use) { return now - use.second >= PartialFile::FolderKnown; });
+  return known.insert_or_assign(folder, now).second;
 }
 
 } // namespace
@@ -86,7 +92,7 @@ PartialFile::~PartialFile() {
     unlinkat(m_folder.get(), m_name.c_str(), 0);
 }
 
-Status PartialFile::open(const std::string& destination) {
+Status PartialFile::open(const std::string& destination, Clock::time_point now) {
   const auto slash = destination.rfind('/');
   m_destination = slash == std::string::npos ? destination : destination.substr(slash + 1);
   m_folderPath = slash == std::string::npos ? "." : destination.substr(0, slash + 1);
@@ -98,7 +104,7 @@ Status PartialFile::open(const std::string& destination) {
     return statusOfError(errno, DGSTATUS_FILE_OPEN_FAILED);
   if (const Status status = lookAtDestination(); status != DGSTATUS_SUCCESS)
     return status;
-  if (isFirstUse(m_folderPath))
+  if (isFirstUse(m_folderPath, now))
     removeLeftOvers(m_folder.get());
   return make();
 }
@@ -141,6 +147,9 @@ Status PartialFile::make() {
 }
 
 Status PartialFile::checkRoom(std::uint64_t bytes) const {
+  struct statfs system {};
+  if (bytes > LargestOnFat && fstatfs(m_file.get(), &system) == 0 && system.f_type == MSDOS_SUPER_MAGIC)
+    return DGSTATUS_FILE_WRITE_FAILED; // what its last byte would be answered with
   struct statvfs facts {};
   if (fstatvfs(m_file.get(), &facts) != 0 || facts.f_blocks == 0)
     return DGSTATUS_SUCCESS; // it is not told; writing will show

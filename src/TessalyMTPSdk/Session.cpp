@@ -209,14 +209,15 @@ Reply Session::transact(Exchange& transaction) {
     return {DGSTATUS_NO_DEVICE_ATTACHED};
   if (m_dead)
     return {DGSTATUS_INTERNAL_DEVICE_NOT_RESPONSE};
-  if (m_transacting) { // asked for by a sink, source or watch: it would come into the middle of their own
+  if (isTransactingHere()) { // asked for by a sink, source or watch: it would come into the middle of their own
     log(LogLevel::Warning, "%s refused: a transfer's callback cannot use the phone", nameOf(transaction.operation));
     return {DGSTATUS_UNSUCCESSFUL};
   }
   const struct Transacting {
-    bool& now;
-    ~Transacting() { now = false; }
-  } transacting{m_transacting = true};
+    std::atomic<std::thread::id>& now;
+    ~Transacting() { now = std::thread::id(); }
+  } transacting{m_transactor};
+  m_transactor = std::this_thread::get_id();
   transaction.firstByte = m_limits.firstByte(transaction.operation);
   if (transaction.watch)
     m_transport->setTick([&](std::size_t moved) { return mayGoOn(transaction, moved); });

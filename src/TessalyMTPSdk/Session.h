@@ -8,6 +8,7 @@
 #include <atomic>
 #include <initializer_list>
 #include <mutex>
+#include <thread>
 
 namespace mtp {
 
@@ -101,6 +102,8 @@ public:
 
   /// Waits for the session. The watch, asked at least every Transport::TickInterval, can end that: it is not held then.
   Exclusive exclusive(const Watch& watch = {});
+  /// Whether the calling thread is in the middle of a transaction: a sink, source or watch asks.
+  bool isTransactingHere() const { return m_transactor == std::this_thread::get_id(); }
   const TimeLimits& limits() const { return m_limits; }
 
   /// Unplugged or closed.
@@ -158,10 +161,10 @@ private:
   std::size_t m_end = 0;
   bool m_transferEnded = false; // behind the buffered bytes
   bool m_open = false;
-  bool m_transacting = false;
 
-  std::atomic<bool> m_dead = false;    // written by the transaction's thread, read by all
-  std::atomic<bool> m_closing = false; // written by close(), read by all
+  std::atomic<std::thread::id> m_transactor{}; // written by the transaction's thread; others learn that it is not them
+  std::atomic<bool> m_dead = false;            // written by the transaction's thread, read by all
+  std::atomic<bool> m_closing = false;         // written by close(), read by all
 };
 
 } // namespace mtp

@@ -11,7 +11,7 @@
  *
  * Every operation may be called from any thread. Those that talk to the phone block for the length of their MTP
  * transactions, one at a time a device, each bounded by its own time-out; they say "blocks". Status: 0 success, 1 call
- * again with a buffer of the size handed out, 2 end of a list; the others are listed in MTPCore/MTPSDKUtil.h. */
+ * again with a buffer of the size handed out, 2 end of a list; the others are named in StatusCodes.h. */
 #ifndef TESSALYMTPSDK_H
 #define TESSALYMTPSDK_H
 
@@ -154,10 +154,12 @@ uint32_t mtpDextGetFileEx(_MTP_FILE_NODE* file, const MTPDEXT_CHAR16* destinatio
  * again. */
 uint32_t mtpDextSendFileEx(const MTPDEXT_CHAR16* source, uint32_t length, _MTP_COMMON_NODE* parent,
                            _MTP_FILE_NODE** created, mtpDextProgressCallback callback, void* context);
+/* The thumbnail's bytes, two-call protocol. The phone has none, or an empty one: 0x1310000E. */
 uint32_t mtpDextGetThumb(_MTP_FILE_NODE* file, void* buffer, uint32_t* byteSize);
 
 /* Registers the event callback of the device (null: none any more; on return no call is running, unless the caller is
- * the callback itself). */
+ * the callback itself). It hears of what the phone does by itself: what some phones report of the computer's own
+ * changes is kept from it. */
 uint32_t mtpDextRequestEventNotifyEx(_MTP_DEVICE_NODE* device, mtpDextEventCallback callback, void* context);
 
 /* Records stay readable (not: known) between hold and unhold, which nest and may be on any thread. */

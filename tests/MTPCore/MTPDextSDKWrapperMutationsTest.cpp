@@ -117,6 +117,19 @@ TEST_F(MTPDextSDKWrapperMutations, BehindAFolderThatCannotBeMadeNothingIsMadeAnd
   EXPECT_THAT(sdk->contents(dcim), ElementsAre("Camera/", "a.jpg"));
 }
 
+TEST_F(MTPDextSDKWrapperMutations, AFolderThatWasMadeWithoutBeingToldIsAFailureAndNothingIsMadeBehindIt) {
+  sdk->addFolder(card, "Sub");
+  sdk->setStatusAt(Operation::CreateFolderNode, 1, 0); // success without a node: its place was listed anew meanwhile
+  checkCreate("/M/Card/DCIM/2024/Sub");
+  EXPECT_EQ(error, NotExisting) << "the namesake at the top level is not the path's folder";
+  EXPECT_EQ(sdk->calls(Operation::CreateFolderNode), 1);
+  sdk->setStatusAt(Operation::CreateFolderNode, 1, 0);
+  EXPECT_FALSE(wrapper->downloadFileToMTP(nullptr, write("f.txt", "text"), "/M/Card/DCIM/2024/Sub", nullptr, nullptr,
+                                          nullptr, error));
+  EXPECT_EQ(error, NotExisting);
+  EXPECT_THAT(sdk->contents(sdk->child(card, "Sub")), IsEmpty());
+}
+
 TEST_F(MTPDextSDKWrapperMutations, AFolderMadeComposedIsFoundAgainByItsDecomposedPath) {
   _MTP_COMMON_NODE* const made = checkCreate(QString::fromUtf8("/M/Card/E\u0301te\u0301"));
   EXPECT_EQ(checkCreate(QString::fromUtf8("/M/Card/E\u0301te\u0301")), made);

@@ -4,9 +4,11 @@
 #include "MTPCore/MTPSDKWrapper.h"
 #include "MTPCore/TessalyMtpSdk.h"
 #include "Platform/Log.h"
+#include "Platform/NotificationCenter.h"
 #include "TessalyMTPSdk/Engine.h"
 #include "VirtualPhone/VirtualPhone.h"
 
+#include <QDateTime>
 #include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
@@ -14,6 +16,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <sys/xattr.h>
+
+#include <atomic>
+#include <cerrno>
 #include <memory>
 #include <thread>
 #include <vector>
@@ -66,10 +72,34 @@ protected:
     ASSERT_TRUE(file.open(QIODevice::WriteOnly));
     ASSERT_EQ(file.write(QByteArray(size, 'x')), size);
   }
-  static std::unique_ptr<MTPDextSDKWrapper> makeWrapper() {
+  std::unique_ptr<MTPDextSDKWrapper> makeWrapper() {
+    ComputerSide side = ComputerSide::ofProgram();
+    side.linkFolder = computer.filePath("links");
     if (GetParam() == Face::Corv)
-      return std::make_unique<MTPSDKWrapper>(std::make_shared<CorvMtpSdk>());
-    return std::make_unique<MTPDextSDKWrapper>(std::make_shared<TessalyMtpSdk>());
+      return std::make_unique<MTPSDKWrapper>(std::make_shared<CorvMtpSdk>(), side);
+    return std::make_unique<MTPDextSDKWrapper>(std::make_shared<TessalyMtpSdk>(), side);
+  }
+  QString onPhone(const QString& path) const { return folder.filePath(path); }
+  QString here(const QString& path) const { return computer.filePath(path); }
+  static QByteArray contentsOf(const QString& path) {
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("(none)");
+  }
+  void writeHere(const QString& name, const QByteArray& content) {
+    QFile file(here(name));
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    ASSERT_EQ(file.write(content), content.size());
+  }
+  static void setDate(const QString& path, const QDateTime& date) {
+    QFile file(path);
+    ASSERT_TRUE(file.open(QIODevice::ReadWrite));
+    ASSERT_TRUE(file.setFileTime(date, QFileDevice::FileModificationTime));
+  }
+  std::optional<MtpItemInfo> item(const QString& folderPath, const QString& name) {
+    for (const MtpItemInfo& item : list(folderPath).value_or(QList<MtpItemInfo>()))
+      if (item.FileName == name)
+        return item;
+    return std::nullopt;
   }
   // Chooses the storage or folder and lists it, as the browser does.
   std::optional<QList<MtpItemInfo>> list(const QString& path) {
@@ -86,7 +116,7 @@ protected:
     return names;
   }
 
-  QTemporaryDir folder, card;
+  QTemporaryDir folder, card, computer;
   std::unique_ptr<vphone::VirtualPhone> phone;
   const std::unique_ptr<MTPDextSDKWrapper> wrapper = makeWrapper();
   CapturedLog log;
@@ -219,6 +249,147 @@ TEST_P(MTPDextSDKWrapperOnVirtualPhone, TheLogOfFailedWorkTellsPhoneOperationTim
   EXPECT_TRUE(log.hasPart("listed 2 objects in folder 0x"));
   for (const char* const name : {"one.jpg", "two.jpg", "note.txt", "DCIM", "Camera", "Music", "private"})
     EXPECT_FALSE(log.hasPart(name)) << name;
+}
+
+TEST_P(MTPDextSDKWrapperOnVirtualPhone, AReceivedFileIsWholeAndCarriesThePhonesDateAndItsOrigin) {
+  const QDateTime date(QDate(2019, 3, 4), QTime(5, 6, 8));
+  setDate(onPhone("DCIM/Camera/one.jpg"), date);
+  const auto one = item("/SMX/Phone/DCIM/Camera", "one.jpg");
+  ASSERT_TRUE(one);
+  writeHere("one.jpg", "older copy");
+  std::uint32_t error = 77;
+  ASSERT_TRUE(wrapper->uploadFileFromMTP(one->NodeID, one->FilePath.value_or(QString()), here("one.jpg"), QString(),
+                                         nullptr, nullptr, error));
+  EXPECT_EQ(error, 0u);
+  EXPECT_EQ(contentsOf(here("one.jpg")), QByteArray(1234, 'x'));
+  EXPECT_EQ(QFileInfo(here("one.jpg")).lastModified(), date);
+  char mark[256] = {};
+  const ssize_t size =
+      ::getxattr(QFile::encodeName(here("one.jpg")).constData(), "user.xdg.origin.url", mark, sizeof mark - 1);
+  if (size < 0 && errno == ENOTSUP)
+    GTEST_SKIP() << "The folder for temporary files keeps no extended attributes.";
+  EXPECT_STREQ(mark, "mtp:///SMX/Phone/DCIM/Camera/one.jpg");
+  EXPECT_EQ(QDir(computer.path()).entryList(QDir::Files | QDir::Hidden), QStringList("one.jpg"));
+}
+
+TEST_P(MTPDextSDKWrapperOnVirtualPhone, AFileIsReceivedByItsPathWhenItsIdentifierIsStale) {
+  const auto one = item("/SMX/Phone/DCIM/Camera", "one.jpg");
+  ASSERT_TRUE(one);
+  wrapper->mtpReset();
+  list("Phone");
+  std::uint32_t error = 77;
+  EXPECT_TRUE(wrapper->uploadFileFromMTP(one->NodeID, "/smx/phone/dcim/CAMERA/One.JPG", here("one.jpg"), QString(),
+                                         nullptr, nullptr, error));
+  EXPECT_EQ(error, 0u);
+  EXPECT_EQ(contentsOf(here("one.jpg")).size(), 1234);
+}
+
+TEST_P(MTPDextSDKWrapperOnVirtualPhone, AFolderMovedAwayMeanwhileIsAFailureAndNotTheProgramsEnd) {
+  write("film.mp4", 64 << 20);
+  ASSERT_TRUE(list("Phone"));
+  ASSERT_TRUE(QDir().mkpath(here("into")));
+  struct Moving {
+    QString from, to;
+    static std::uint32_t callback(std::uint64_t, std::uint64_t, void* context) {
+      auto& self = *static_cast<Moving*>(context);
+      QDir().rename(self.from, self.to);
+      return 0;
+    }
+  } moving{here("into"), here("moved")};
+  std::uint32_t error = 0;
+  EXPECT_FALSE(wrapper->uploadFileFromMTP(QString(), "/SMX/Phone/film.mp4", here("into/film.mp4"), QString(),
+                                          Moving::callback, &moving, error));
+  EXPECT_EQ(error, 0x11000001u);
+  EXPECT_EQ(QDir(here("moved")).entryList(QDir::Files | QDir::Hidden), QStringList());
+  EXPECT_FALSE(QFileInfo::exists(here("into")));
+}
+
+TEST_P(MTPDextSDKWrapperOnVirtualPhone, ASentFileIsWholeDatedAndAnnouncedAndItsFoldersAreMade) {
+  writeHere("note.txt", "from here");
+  const QDateTime date(QDate(2020, 2, 29), QTime(10, 11, 12));
+  setDate(here("note.txt"), date);
+  list("Phone");
+  QVariant announced;
+  const auto observation = platform::NotificationCenter::defaultCenter().observe(
+      "QXVORN_NOTI_MTP_BROWSER_RESCAN",
+      [&](const platform::Notification& notification) { announced = notification.userInfo.value("LocationID"); });
+  QString nodeID;
+  std::uint32_t error = 77;
+  ASSERT_TRUE(
+      wrapper->downloadFileToMTP(nullptr, here("note.txt"), "/SMX/Phone/Texts/2020", nullptr, nullptr, &nodeID, error));
+  EXPECT_EQ(error, 0u);
+  EXPECT_EQ(contentsOf(onPhone("Texts/2020/note.txt")), QByteArray("from here"));
+  EXPECT_EQ(QFileInfo(onPhone("Texts/2020/note.txt")).lastModified(), date);
+  EXPECT_EQ(announced.toString(), "14200000");
+  const auto shown = item("/SMX/Phone/Texts/2020", "note.txt");
+  ASSERT_TRUE(shown);
+  EXPECT_EQ(shown->NodeID, nodeID);
+  announced.clear();
+  QString clash;
+  EXPECT_FALSE(
+      wrapper->downloadFileToMTP(nullptr, here("note.txt"), "/SMX/Phone/Texts/2020", nullptr, nullptr, &clash, error));
+  EXPECT_EQ(error, 0x10000005u);
+  EXPECT_EQ(clash, nodeID);
+  EXPECT_FALSE(announced.isValid());
+}
+
+TEST_P(MTPDextSDKWrapperOnVirtualPhone, ADecomposedNameArrivesComposedThroughALinkThatStays) {
+  const QString decomposed = QString::fromUtf8("E\u0301bène.txt");
+  writeHere(decomposed, "accents");
+  list("Phone");
+  std::uint32_t error = 77;
+  ASSERT_TRUE(wrapper->downloadFileToMTP(nullptr, here(decomposed), "/SMX/Phone", nullptr, nullptr, nullptr, error));
+  EXPECT_EQ(error, 0u);
+  const QString composed = decomposed.normalized(QString::NormalizationForm_C);
+  EXPECT_EQ(contentsOf(onPhone(composed)), QByteArray("accents"));
+  EXPECT_TRUE(QFileInfo(here("links") + computer.path() + u'/' + composed).isSymLink());
+}
+
+TEST_P(MTPDextSDKWrapperOnVirtualPhone, ItemsAreRenamedAndDeletedByPathAndByIdentifier) {
+  ASSERT_TRUE(list("Phone"));
+  std::uint32_t error = 77;
+  _MTP_DEVICE_NODE* const device = wrapper->getCurrentDeviceNode();
+  EXPECT_TRUE(wrapper->renameItemAtPath(device, wrapper->getStorageHeadNode(), "/SMX/Phone/dcim/camera/TWO.jpg",
+                                        "three.jpg", error));
+  EXPECT_EQ(error, 0u);
+  EXPECT_TRUE(wrapper->renameItemAtPath(device, wrapper->getStorageHeadNode(), "/SMX/Phone/DCIM", "Pictures", error));
+  EXPECT_THAT(names(list("/SMX/Phone/Pictures/Camera")), UnorderedElementsAre("one.jpg", "three.jpg"));
+  EXPECT_TRUE(QFileInfo::exists(onPhone("Pictures/Camera/three.jpg")));
+
+  const auto one = item("/SMX/Phone/Pictures/Camera", "one.jpg");
+  ASSERT_TRUE(one);
+  EXPECT_TRUE(wrapper->deleteItemAtPath(device, wrapper->getStorageHeadNode(), one->NodeID, "/nowhere", error));
+  EXPECT_EQ(error, 0u);
+  EXPECT_FALSE(QFileInfo::exists(onPhone("Pictures/Camera/one.jpg")));
+  EXPECT_TRUE(
+      wrapper->deleteItemAtPath(device, wrapper->getStorageHeadNode(), one->NodeID, "/SMX/Phone/note.txt", error))
+      << "the identifier is stale: the path counts";
+  EXPECT_FALSE(QFileInfo::exists(onPhone("note.txt")));
+  EXPECT_TRUE(
+      wrapper->deleteItemAtPath(device, wrapper->getStorageHeadNode(), QString(), "/SMX/Phone/Pictures", error));
+  EXPECT_FALSE(QFileInfo::exists(onPhone("Pictures")));
+  EXPECT_THAT(names(list("Phone")), ElementsAre("Music"));
+}
+
+TEST_P(MTPDextSDKWrapperOnVirtualPhone, AfterEachOfThreeResetsInARowTheNextChangeIsStillNoticed) {
+  std::atomic<int> events = 0;
+  const auto callback = [](std::int32_t, std::uint64_t, std::uint64_t, void* context) -> std::uint32_t {
+    auto& count = *static_cast<std::atomic<int>*>(context);
+    ++count;
+    count.notify_all();
+    return 0;
+  };
+  ASSERT_TRUE(list("Phone"));
+  EXPECT_EQ(wrapper->registerMtpRequestEventNotifyEx(wrapper->getCurrentDeviceNode(), callback, &events), 0u);
+  for (int round = 1; round <= 3; ++round) {
+    ASSERT_TRUE(QDir(folder.path()).mkdir("new" + QString::number(round)));
+    events.wait(round - 1); // CTest ends a wait that has no end
+    EXPECT_EQ(events, round);
+    wrapper->mtpReset();
+    EXPECT_EQ(wrapper->registerMtpRequestEventNotifyEx(wrapper->getCurrentDeviceNode(), callback, &events), 0u);
+    EXPECT_EQ(names(list("Phone")).size(), 3u + unsigned(round));
+  }
+  EXPECT_EQ(wrapper->registerMtpRequestEventNotifyEx(wrapper->getCurrentDeviceNode(), nullptr, nullptr), 0u);
 }
 
 INSTANTIATE_TEST_SUITE_P(BothFaces, MTPDextSDKWrapperOnVirtualPhone, testing::Values(Face::Tessaly, Face::Corv),

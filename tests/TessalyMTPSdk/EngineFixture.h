@@ -198,8 +198,33 @@ protected:
     mtp::shutdown(); // before the phone goes
   }
 
+  /// From now on `told` counts the events that reach the callback; stopListening() before the test ends.
+  void startListening() {
+    EXPECT_EQ(mtpDextRequestEventNotifyEx(
+                  device(),
+                  [](int32_t, uint64_t, uint64_t, void* context) {
+                    static_cast<Signal*>(context)->raise();
+                    return uint32_t{0};
+                  },
+                  &told),
+              0u);
+  }
+  void stopListening() { EXPECT_EQ(mtpDextRequestEventNotifyEx(device(), nullptr, nullptr), 0u); }
+  /// Waits until the engine has handled what the phone has reported so far: until it tells of a new folder in the
+  /// listed folder `elsewhere`, which comes last. How many other events reached the callback meanwhile; -1: it never
+  /// told.
+  int newsUntilNow(const std::string& elsewhere) {
+    const int before = told.count();
+    storage.folder(elsewhere + "/last" + std::to_string(++m_lasts));
+    return told.waitFor(before + 1) ? told.count() - before - 1 : -1;
+  }
+
+  Signal told;
   TemporaryFolder storage;
   std::unique_ptr<vphone::VirtualPhone> phone;
+
+private:
+  int m_lasts = 0;
 };
 
 } // namespace testsupport

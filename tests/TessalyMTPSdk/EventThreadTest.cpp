@@ -14,6 +14,12 @@ EventContainer event(std::uint16_t code, std::uint32_t parameter = 0) {
   return {code, 0, {parameter, 0, 0}};
 }
 
+/// Phones that are never looked at, only told apart.
+std::shared_ptr<Device> phone(int which) {
+  alignas(Device) static std::byte phones[2][sizeof(Device)];
+  return {std::shared_ptr<void>(phones[which], [](void*) {}), reinterpret_cast<Device*>(phones[which])};
+}
+
 class Events : public ::testing::Test {
 protected:
   struct Called {
@@ -38,7 +44,7 @@ protected:
 
   int node = 0;
   Called called;
-  EventThread events{[](Device&, const EventContainer*) {}};
+  EventThread events{[](Device&, const EventContainer*) { return true; }};
 };
 
 } // namespace
@@ -110,19 +116,27 @@ TEST_F(Events, BeyondTheLimitAreDropped) {
   EXPECT_EQ(called.parameters.size(), 4097u);
 }
 
+TEST_F(Events, ThatAreNoNewsDoNotReachTheCallback) {
+  const std::shared_ptr<Device> device = phone(0);
+  EventThread thread{[](Device&, const EventContainer* event) { return event && event->parameters[0] != 1; }};
+  thread.setCallback(&node, Called::callback, &called);
+  thread.post(device, &node, event(0x4002, 1));
+  thread.post(device, &node, event(0x4002, 2));
+  thread.post({}, &node, event(0x4002, 1)); // judged before
+  thread.start();
+  ASSERT_TRUE(called.calls.waitFor(2));
+  thread.stop();
+  EXPECT_EQ(called.parameters, (std::vector<std::uint64_t>{2, 1}));
+}
+
 TEST_F(Events, LostOnesAreToldOfThePhoneTheyWereOf) {
-  // Two phones that are never looked at, only told apart.
-  alignas(Device) static std::byte phones[2][sizeof(Device)];
-  const auto phone = [](int which) {
-    return std::shared_ptr<Device>(std::shared_ptr<void>(phones[which], [](void*) {}),
-                                   reinterpret_cast<Device*>(phones[which]));
-  };
   const std::shared_ptr<Device> flooding = phone(0);
   const std::shared_ptr<Device> quiet = phone(1);
   std::map<const Device*, int> lost;
   EventThread thread{[&](Device& device, const EventContainer* event) {
     if (!event)
       ++lost[&device];
+    return true;
   }};
   int other = 0;
   thread.setCallback(&other, Called::callback, &called);

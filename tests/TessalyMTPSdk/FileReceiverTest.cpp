@@ -54,6 +54,18 @@ TEST_F(FileReceiver, AFileCostsTwoTransactions) {
   EXPECT_EQ(transactions(), before + 40);
 }
 
+TEST_F(FileReceiver, AFileLargerThanTheRoomOfTheComputerIsRefusedBeforeAByteIsAskedFor) {
+  storage.file("huge", std::uintmax_t{15} << 40);
+  write(here("huge"), "before");
+  start();
+  _MTP_FILE_NODE* file = only();
+  const std::uint64_t before = asked(mtp::Operation::GetObject);
+  EXPECT_EQ(receive(file, here("huge")), 0x1000000Au) << log();
+  EXPECT_EQ(asked(mtp::Operation::GetObject), before);
+  EXPECT_EQ(read(here("huge")), "before");
+  EXPECT_EQ(entriesOf(computer.path()), Strings{"huge"});
+}
+
 TEST_F(FileReceiver, AReceivedFileHasThePhonesDate) {
   write(onPhone("old.txt"), "text");
   const struct timespec times[2] = {{0, UTIME_OMIT}, {1234567890, 0}};

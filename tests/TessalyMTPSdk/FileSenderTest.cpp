@@ -5,6 +5,7 @@
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <thread>
+#include <utility>
 
 using namespace testsupport;
 
@@ -269,30 +270,110 @@ TEST_F(FileSender, ACancelBehindTheLastByteWaitsForThePhonesAnswerAndTakesTheFil
 }
 
 TEST_F(FileSender, APhoneThatReportsEachWriteIsNotListedAgainForThem) {
+  storage.folder("target");
+  storage.folder("elsewhere");
   vphone::Manners manners;
   manners.tellsOwnChanges = true;
   start(manners);
   _MTP_STORAGE_NODE* top = firstStorage();
-  Signal told;
-  ASSERT_EQ(mtpDextRequestEventNotifyEx(
-                device(),
-                [](int32_t, uint64_t, uint64_t, void* context) {
-                  static_cast<Signal*>(context)->raise();
-                  return uint32_t{0};
-                },
-                &told),
-            0u);
-  EXPECT_TRUE(filesIn(top).empty());
+  _MTP_FOLDER_NODE* target = named(foldersIn(top), "target");
+  foldersIn(top, named(foldersIn(top), "elsewhere"));
+  EXPECT_TRUE(filesIn(target).empty());
+  startListening();
   const std::uint64_t before = transactions();
   for (int i = 0; i < 10; ++i) {
     const std::string name = "file" + std::to_string(i);
     write(here(name), "text");
-    ASSERT_EQ(send(here(name), top), 0u);
-    ASSERT_TRUE(told.waitFor(2 * i + 2));
+    ASSERT_EQ(send(here(name), target), 0u);
   }
-  EXPECT_EQ(filesIn(top).size(), 10u);
-  EXPECT_LE(transactions(), before + 3 * 10 + 1) << "the free space is asked once";
-  EXPECT_EQ(mtpDextRequestEventNotifyEx(device(), nullptr, nullptr), 0u);
+  EXPECT_EQ(newsUntilNow("elsewhere"), 0) << "only the phone's own doing is news";
+  EXPECT_GE(phone->statistics().eventsSent, 20u);
+  EXPECT_EQ(filesIn(target).size(), 10u);
+  EXPECT_LE(transactions(), before + 3 * 10 + 1 + 1) << "the free space, and where the phone's own new folder is";
+  stopListening();
+}
+
+TEST_F(FileSender, WhatThePhoneAddsMeanwhileCostsAQuestionEachAndNoListing) {
+  storage.folder("target");
+  storage.folder("camera");
+  start();
+  _MTP_STORAGE_NODE* top = firstStorage();
+  _MTP_FOLDER_NODE* target = named(foldersIn(top), "target");
+  EXPECT_TRUE(filesIn(target).empty());
+  EXPECT_TRUE(filesIn(named(foldersIn(top), "camera")).empty());
+  startListening();
+  constexpr int files = 40;
+  const std::uint64_t before = transactions();
+  for (int i = 0; i < files; ++i) {
+    const std::string name = "file" + std::to_string(i);
+    storage.folder((i % 2 == 0 ? "target/photo" : "camera/photo") + std::to_string(i));
+    ASSERT_TRUE(told.waitFor(i + 1));
+    write(here(name), "text");
+    ASSERT_EQ(send(here(name), target), 0u) << log();
+  }
+  EXPECT_LE(transactions(), before + 4 * files + 5) << "three a file, one an event, now and then the free space";
+  EXPECT_EQ(filesIn(target).size(), std::size_t{files});
+  EXPECT_EQ(foldersIn(top, target).size(), std::size_t{files} / 2);
+  EXPECT_EQ(foldersIn(top, named(foldersIn(top), "camera")).size(), std::size_t{files} / 2);
+  stopListening();
+}
+
+TEST_F(FileSender, ANamesakeThatThePhoneHasJustAddedIsHandedOut) {
+  storage.folder("target");
+  write(here("photo.jpg"), "computer's");
+  start();
+  _MTP_STORAGE_NODE* top = firstStorage();
+  _MTP_FOLDER_NODE* target = named(foldersIn(top), "target");
+  EXPECT_TRUE(filesIn(target).empty());
+  startListening();
+  write(onPhone("target/PHOTO.jpg"), "phone's");
+  ASSERT_TRUE(told.waitFor(1));
+  EXPECT_EQ(send(here("photo.jpg"), target), 0x10000005u);
+  ASSERT_TRUE(created);
+  EXPECT_EQ(nameOf(created), "PHOTO.jpg");
+  EXPECT_EQ(read(onPhone("target/PHOTO.jpg")), "phone's");
+  stopListening();
+}
+
+TEST_F(FileSender, TooManyEventsToAskForMakeTheFolderBeListedAgain) {
+  storage.folder("target");
+  write(here("file"), "text");
+  start();
+  _MTP_STORAGE_NODE* top = firstStorage();
+  _MTP_FOLDER_NODE* target = named(foldersIn(top), "target");
+  foldersIn(top, target);
+  startListening();
+  for (int i = 0; i < 80; ++i)
+    storage.folder("target/new" + std::to_string(i));
+  ASSERT_TRUE(told.waitFor(80));
+  const std::uint64_t before = transactions();
+  ASSERT_EQ(send(here("file"), target), 0u);
+  EXPECT_LE(transactions(), before + 6 + 15 + 4) << "a listing, and a question for each event since the limit";
+  EXPECT_EQ(foldersIn(top, target).size(), 80u);
+  stopListening();
+}
+
+TEST_F(FileSender, WhatAPhoneThatStartedANewSessionHasOfAFileIsTakenAwayUnlessItIsWhole) {
+  const std::string whole = pattern(8 << 10);
+  write(here("file"), whole);
+  storage.folder("a/b");
+  start();
+  for (const std::string& kept : {whole.substr(0, 1000), whole}) {
+    _MTP_FOLDER_NODE* a = foldersIn(firstStorage()).at(0);
+    _MTP_FOLDER_NODE* b = foldersIn(firstStorage(), a).at(0);
+    EXPECT_TRUE(filesIn(b).empty());
+    respond(mtp::Operation::SendObject, mtp::Response::SessionNotOpen);
+    std::string lines;
+    mtp::setLog([&](mtp::LogLevel, const std::string& line) {
+      lines += line + '\n';
+      if (line.find("a new session") != std::string::npos)
+        write(onPhone("a/b/file"), kept); // what it had written before
+    });
+    EXPECT_NE(send(here("file"), b), 0u);
+    mtp::setLog([](mtp::LogLevel, const std::string&) {});
+    EXPECT_NE(lines.find("a new session"), std::string::npos) << lines;
+    EXPECT_EQ(std::filesystem::exists(onPhone("a/b/file")), kept.size() == whole.size()) << lines;
+  }
 }
 
 TEST_F(FileSender, TwoThreadsThatSendTheSameNameMakeOneFile) {

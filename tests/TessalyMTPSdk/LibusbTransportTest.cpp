@@ -671,6 +671,49 @@ TEST_F(LibusbTransport, ASlowPhoneIsNotASilentOne) {
   EXPECT_TRUE(m_bus.cancelledLastFirst());
 }
 
+TEST_F(LibusbTransport, AWaitingReadAsksTheTickUntilItSaysNo) {
+  int asked = 0;
+  transport->setTick([&](std::size_t moved) {
+    EXPECT_EQ(moved, 0u);
+    return ++asked < 3;
+  });
+  const auto begin = std::chrono::steady_clock::now();
+  EXPECT_EQ(receive(512, 60s).status, IoStatus::Cancelled);
+  EXPECT_EQ(asked, 3);
+  EXPECT_LT(std::chrono::steady_clock::now() - begin, 5s) << "three ticks of 50 ms, on whatever machine";
+  transport->setTick({});
+  m_bus.phoneSends(pattern(12));
+  EXPECT_EQ(receive(512).size, 12u) << "nothing is lost by it";
+  EXPECT_EQ(asked, 3);
+}
+
+TEST_F(LibusbTransport, AWaitingWriteTellsTheTickWhatHasLeftAndEndsWhenItSaysNo) {
+  constexpr std::size_t taken = std::size_t{3} << 20;
+  m_bus.phoneTakesOnly(taken);
+  std::size_t told = 0;
+  transport->setTick([&](std::size_t moved) {
+    told = moved;
+    return moved < (1 << 20);
+  });
+  const auto begin = std::chrono::steady_clock::now();
+  EXPECT_EQ(send(pattern(8 << 20), true, 60s), IoStatus::Cancelled);
+  EXPECT_LT(std::chrono::steady_clock::now() - begin, 5s);
+  EXPECT_GE(told, std::size_t{1} << 20);
+  EXPECT_LE(told, taken);
+}
+
+TEST_F(LibusbTransport, AnIdleTimeShorterThanTheTickStillCounts) {
+  int asked = 0;
+  transport->setTick([&](std::size_t) {
+    ++asked;
+    return true;
+  });
+  EXPECT_EQ(receive(512, 0ms).status, IoStatus::Timeout);
+  EXPECT_EQ(receive(512, 120ms).status, IoStatus::Timeout) << "ticks do not lengthen it for good";
+  EXPECT_GE(asked, 1);
+  transport->setTick({});
+}
+
 TEST_F(LibusbTransport, InterruptEndsABlockedRead) {
   IoStatus status = IoStatus::Ok;
   std::thread reader([&] { status = receive(512, 60s).status; });

@@ -307,28 +307,39 @@ TEST_F(ObjectMutation, AnObjectOfALostSessionIsNeverMistakenForAnother) {
 }
 
 TEST_F(ObjectMutation, APhoneThatTellsTheComputersOwnChangesIsNotListedAgainForThem) {
+  storage.folder("here");
+  storage.folder("elsewhere");
   vphone::Manners manners;
   manners.tellsOwnChanges = true;
   start(manners);
   _MTP_STORAGE_NODE* top = firstStorage();
-  foldersIn(top);
-  Signal told;
-  ASSERT_EQ(mtpDextRequestEventNotifyEx(
-                device(),
-                [](int32_t, uint64_t, uint64_t, void* context) {
-                  static_cast<Signal*>(context)->raise();
-                  return uint32_t{0};
-                },
-                &told),
-            0u);
+  _MTP_FOLDER_NODE* here = named(foldersIn(top), "here");
+  foldersIn(top, here);
+  foldersIn(top, named(foldersIn(top), "elsewhere"));
+  startListening();
   const std::uint64_t before = transactions();
-  for (int i = 0; i < 20; ++i) {
-    ASSERT_EQ(create(top, u"folder" + std::u16string(1, static_cast<char16_t>(u'a' + i)), &created), 0u);
-    ASSERT_TRUE(told.waitFor(i + 1));
-  }
-  EXPECT_EQ(foldersIn(top).size(), 20u);
-  EXPECT_EQ(transactions(), before + 20);
-  EXPECT_EQ(mtpDextRequestEventNotifyEx(device(), nullptr, nullptr), 0u);
+  for (int i = 0; i < 20; ++i)
+    ASSERT_EQ(create(here, u"folder" + std::u16string(1, static_cast<char16_t>(u'a' + i)), &created), 0u);
+  ASSERT_EQ(rename(created, u"renamed"), 0u);
+  ASSERT_EQ(remove(created), 0u);
+  EXPECT_EQ(newsUntilNow("elsewhere"), 0) << "only the phone's own doing is news";
+  EXPECT_GE(phone->statistics().eventsSent, 21u);
+  EXPECT_EQ(foldersIn(top, here).size(), 19u);
+  EXPECT_EQ(transactions(), before + 22 + 1) << "one question where the phone's own new folder is";
+  stopListening();
+}
+
+TEST_F(ObjectMutation, WhatThePhoneDeletesJustAfterItWasMadeIsNews) {
+  start();
+  _MTP_STORAGE_NODE* top = firstStorage();
+  foldersIn(top);
+  ASSERT_EQ(create(top, u"new", &created), 0u);
+  startListening();
+  std::filesystem::remove(storage.path() / "new");
+  ASSERT_TRUE(told.waitFor(1));
+  EXPECT_EQ(kindOf(created), 0x10000004u);
+  EXPECT_TRUE(foldersIn(top).empty());
+  stopListening();
 }
 
 TEST_F(ObjectMutation, AThumbnailIsFetchedOnceForBothCalls) {

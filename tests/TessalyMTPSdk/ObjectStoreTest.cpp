@@ -191,12 +191,80 @@ TEST_F(Store, AChangeReportedMakesTheRightListingsStale) {
   store.apply(*top, listed({{1, u"a", true}, {2, u"b"}}));
   const auto inside = store.listingOf(*top->firstFolder);
   store.apply(*inside, listed({{10, u"x"}}));
-  EXPECT_TRUE(store.markStale(10));
+  store.markStale(10);
   EXPECT_TRUE(inside->stale);
+  EXPECT_TRUE(inside->namesStale);
   EXPECT_FALSE(top->stale);
-  EXPECT_FALSE(store.markStale(77));
+  store.markStale(77);
+  EXPECT_FALSE(top->stale);
   store.markAllStale();
   EXPECT_TRUE(top->stale);
+}
+
+TEST_F(Store, AReportedObjectMakesItsFolderAndTheTopLevelStale) {
+  store.apply(*top, listed({{1, u"a", true}, {2, u"b", true}}));
+  const auto in1 = store.listingOf(*top->firstFolder);
+  const auto in2 = store.listingOf(*top->lastFolder);
+  store.apply(*in1, listed({{10, u"x"}}));
+  store.apply(*in2, listed({{20, u"y"}}));
+  store.noteReported(11);
+  store.noteReported(11);
+  EXPECT_FALSE(in1->stale);
+  EXPECT_EQ(store.takeReported(), std::vector<std::uint32_t>{11});
+  EXPECT_TRUE(store.takeReported().empty());
+  store.place(1, u"New.jpg");
+  EXPECT_TRUE(in1->stale);
+  EXPECT_FALSE(in1->namesStale) << "the one name is known";
+  EXPECT_TRUE(in1->reported.contains(u"new.jpg"));
+  EXPECT_FALSE(in2->stale);
+  EXPECT_TRUE(top->namesStale);
+  store.apply(*in1, listed({{10, u"x"}, {11, u"New.jpg"}}));
+  EXPECT_TRUE(in1->reported.empty());
+}
+
+TEST_F(Store, AReportedObjectThatIsListedBeforeItIsAskedForIsNotAskedFor) {
+  store.apply(*top, listed({{1, u"a", true}}));
+  store.noteReported(1);
+  EXPECT_TRUE(top->stale);
+  EXPECT_FALSE(top->namesStale);
+  store.apply(*top, listed({{1, u"b", true}}));
+  EXPECT_TRUE(store.takeReported().empty());
+}
+
+TEST_F(Store, TooManyReportedObjectsMakeAllStale) {
+  store.apply(*top, listed({{1, u"a", true}}));
+  const auto inside = store.listingOf(*top->firstFolder);
+  store.apply(*inside, listed({{10, u"x"}}));
+  for (std::uint32_t handle = 1000; handle < 1065; ++handle)
+    store.noteReported(handle);
+  EXPECT_TRUE(inside->namesStale);
+  EXPECT_TRUE(store.takeReported().empty());
+}
+
+TEST_F(Store, ARemovedObjectThatIsNotKnownLeavesFoldersAsTheyAre) {
+  store.apply(*top, listed({{1, u"a", true}}));
+  const auto inside = store.listingOf(*top->firstFolder);
+  store.apply(*inside, listed({{10, u"x"}}));
+  store.noteReported(11);
+  EXPECT_TRUE(store.retireObject(11));
+  EXPECT_TRUE(store.takeReported().empty());
+  EXPECT_FALSE(top->stale);
+  EXPECT_FALSE(store.retireObject(77));
+  EXPECT_FALSE(inside->stale);
+  EXPECT_TRUE(top->stale) << "some responders name a wrong object there";
+  inside->fetching = true;
+  store.retireObject(77);
+  EXPECT_TRUE(inside->stale) << "what is on its way may still hold it";
+}
+
+TEST_F(Store, WhatIsKnownBelowAnObjectIsFound) {
+  store.apply(*top, listed({{1, u"a", true}, {2, u"b", true}}));
+  const auto inside = store.listingOf(*top->firstFolder);
+  store.apply(*inside, listed({{10, u"x"}, {11, u"inner", true}}));
+  store.apply(*store.listingOf(*inside->firstFolder), listed({{20, u"y"}}));
+  EXPECT_EQ(store.handlesBelow(*top->firstFolder, 10), (std::vector<std::uint32_t>{10, 11, 20}));
+  EXPECT_EQ(store.handlesBelow(*top->firstFolder, 2), (std::vector<std::uint32_t>{10, 11}));
+  EXPECT_TRUE(store.handlesBelow(*top->lastFolder, 10).empty());
 }
 
 TEST_F(Store, AStorageThatStaysKeepsItsObjectsWhenItsRoomChanges) {

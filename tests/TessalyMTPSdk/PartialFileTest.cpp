@@ -8,6 +8,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+using namespace std::chrono_literals;
 using namespace testsupport;
 
 namespace {
@@ -77,6 +78,34 @@ TEST_F(PartialFileTest, WhatAKilledProgramLeftIsRemovedAtTheNextCopyIntoTheFolde
   ASSERT_EQ(partial.open(path("other")), 0u);
   ASSERT_EQ(partial.commit({}), 0u);
   EXPECT_EQ(entriesOf(folder.path()), (Strings{".mtpbrowser-12", ".mtpbrowser-notes.part", "other"}));
+}
+
+TEST_F(PartialFileTest, LeftOversAreLookedForAgainInAFolderNotUsedForAWhile) {
+  const auto now = mtp::PartialFile::Clock::now();
+  const std::string leftOver = path(".mtpbrowser-" + std::to_string(getpid()) + "-0.part");
+  const auto copy = [&](std::chrono::seconds after) {
+    mtp::PartialFile partial;
+    return partial.open(path("file"), now + after);
+  };
+  ASSERT_EQ(copy(0s), 0u);
+  write(leftOver, "half");
+  ASSERT_EQ(copy(9s), 0u);
+  EXPECT_TRUE(std::filesystem::exists(leftOver)) << "a thousand files do not read the folder a thousand times";
+  ASSERT_EQ(copy(18s), 0u);
+  EXPECT_TRUE(std::filesystem::exists(leftOver));
+  ASSERT_EQ(copy(28s), 0u);
+  EXPECT_FALSE(std::filesystem::exists(leftOver)) << "another stick may be there by now";
+}
+
+TEST_F(PartialFileTest, ALinkOfTheDestinationsNameIsReplacedAndWhatItLeadsToIsNot) {
+  write(path("target"), "kept");
+  std::filesystem::create_symlink(path("target"), path("file"));
+  mtp::PartialFile partial;
+  ASSERT_EQ(partial.open(path("file")), 0u);
+  EXPECT_TRUE(partial.replaces());
+  ASSERT_EQ(partial.commit({}), 0u);
+  EXPECT_FALSE(std::filesystem::is_symlink(path("file")));
+  EXPECT_EQ(read(path("target")), "kept");
 }
 
 TEST_F(PartialFileTest, WhatARunningProgramWritesIsNotRemoved) {

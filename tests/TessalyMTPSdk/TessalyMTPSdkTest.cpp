@@ -350,9 +350,12 @@ TEST_F(Interface, ExistenceIsAskedOfThePhoneOnlyAfterAChange) {
   auto before = mtp::counters().transactions;
   EXPECT_NE(libIsExist(note, 4), 0u);
   EXPECT_EQ(mtp::counters().transactions, before);
-  storage.file("other.txt");
+  storage.folder("other");
   ASSERT_TRUE(events.waitFor(1));
-  before = mtp::counters().transactions;
+  EXPECT_NE(libIsExist(note, 4), 0u);
+  EXPECT_EQ(mtp::counters().transactions, before) << "it was not this one that changed";
+  storage.file("note.txt", 4);
+  ASSERT_TRUE(events.waitFor(2));
   EXPECT_NE(libIsExist(note, 4), 0u);
   EXPECT_EQ(mtp::counters().transactions, before + 1);
   EXPECT_NE(libIsExist(first, 2), 0u);
