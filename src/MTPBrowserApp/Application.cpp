@@ -4,6 +4,7 @@
 #include "MTPBrowser.h"
 #include "MTPBrowserApp/AppDelegate.h"
 #include "MTPBrowserApp/EmbeddedPhone.h"
+#include "MTPBrowserApp/Farewell.h"
 #include "MTPBrowserApp/PictureTaker.h"
 #include "MTPBrowserApp/SupportLines.h"
 #include "Platform/CompositeDeviceRegistry.h"
@@ -15,7 +16,6 @@
 #include "Platform/UdevDeviceRegistry.h"
 #include "Platform/UserDefaults.h"
 #include "Platform/VirtualDeviceRegistry.h"
-#include "Platform/Workers.h"
 #include "QXCaptureLog.h"
 #include "SBrowser/SBrowserWindowController.h"
 #include "TessalyMTPSdk/Engine.h"
@@ -39,9 +39,6 @@ using namespace std::chrono_literals;
 
 // How long after the start the embedded phone waits for a real one to be announced.
 constexpr auto realPhonesFirst = 1200ms;
-// How long the end waits for workers; the engine has ended their transactions before.
-constexpr auto farewellLimit = 3000ms;
-constexpr auto workersLimit = 5000ms;
 
 class Notifier : public DeviceNotifierService {
 public:
@@ -155,13 +152,7 @@ int runApplication(int argc, char** argv) {
 
     embeddedStart.reset();
     delegate.applicationWillTerminate();
-    platform::refuseWaiting(true);
-    // A transfer under way is canceled: it takes its unfinished file off the phone again while there is a session.
-    platform::waitForWorkers(farewellLimit);
-    embeddedPhone.detach();
-    mtp::shutdown(); // ends the transactions that workers still wait for
-    if (!platform::waitForWorkers(workersLimit))
-      MTPB_LOG("%d background threads did not end in time", platform::runningWorkers());
+    endWork([&] { embeddedPhone.detach(); });
   }
   mtp::setLog({});
   return status;

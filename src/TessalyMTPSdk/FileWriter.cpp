@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstring>
 #include <fcntl.h>
 #include <new>
 #include <unistd.h>
@@ -26,7 +27,7 @@ bool FileWriter::put(Bytes bytes, const BufferRing::Waiting& waiting) {
     if (m_filling.empty() && !takeBuffer(waiting))
       return false;
     const std::size_t size = std::min(bytes.size(), m_filling.size() - m_fill);
-    std::ranges::copy(bytes.first(size), m_filling.subspan(m_fill).begin());
+    std::memcpy(m_filling.data() + m_fill, bytes.data(), size); // std::ranges::copy goes byte by byte here
     bytes = bytes.subspan(size);
     m_fill += size;
     if (m_fill == m_filling.size()) {
