@@ -192,7 +192,9 @@ void WindowMenus::showAbout() {
   box->setWindowTitle(textWithoutMnemonic(localized("menu_help_about")));
   box->setIconPixmap(m_window.windowIcon().pixmap(QSize(64, 64), m_window.devicePixelRatio()));
   box->setTextFormat(Qt::PlainText);
-  box->setText(QStringLiteral("MTP Browser\n") +
+  // A name in Latin letters begins where the other lines do.
+  const QString direction = m_window.isLeftToRight() ? QString() : QString(QChar(0x200F));
+  box->setText(direction + QStringLiteral("MTP Browser\n") +
                localized("about_version").arg(QCoreApplication::applicationVersion()));
   box->setInformativeText(localized("about_description"));
   box->setStandardButtons(QMessageBox::Ok);
@@ -215,6 +217,8 @@ void WindowMenus::showKeys() {
   table->setEditTriggers(QAbstractItemView::NoEditTriggers);
   table->setSelectionBehavior(QAbstractItemView::SelectRows);
   table->setTabKeyNavigation(false);
+  // Keys are written from left to right everywhere, "Ctrl+." too.
+  const QString leftToRight = m_window.isLeftToRight() ? QString() : QString(QChar(0x200E));
   const QString sorting = textWithoutMnemonic(localized("menu_view_sort")) + QStringLiteral(": ");
   for (const QAction* const action : m_actions) {
     if (!action->isVisible())
@@ -223,7 +227,7 @@ void WindowMenus::showKeys() {
                                    [&](WindowCommand command) { return action == this->action(command); });
     QStringList keys;
     for (const QKeySequence& key : action->shortcuts())
-      keys.append(key.toString(QKeySequence::NativeText));
+      keys.append(leftToRight + key.toString(QKeySequence::NativeText) + leftToRight);
     const int row = table->rowCount();
     table->insertRow(row);
     table->setItem(row, 0, new QTableWidgetItem((sorts ? sorting : QString()) + textWithoutMnemonic(action->text())));

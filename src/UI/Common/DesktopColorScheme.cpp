@@ -69,13 +69,24 @@ void DesktopColorScheme::apply(const QVariant& value) {
   const QVariant number = unwrapped(value);
   const uint preference = number.typeId() == QMetaType::UInt ? number.toUInt() : 0;
   if (preference == kPrefersDark && !isDarkPalette(QGuiApplication::palette())) {
-    QApplication::setPalette(darkPalette());
+    setDark(true);
     m_isDarkOurs = true;
   } else if (preference != kPrefersDark && m_isDarkOurs) {
-    QApplication::setPalette(QPalette()); // the desktop's own again
+    setDark(false);
     m_isDarkOurs = false;
   }
   Q_EMIT preferenceTold(preference);
+}
+
+void DesktopColorScheme::setDark(bool isDark) {
+  platform::assertMainThread();
+  QPalette menus; // none of their own
+  if (isDark) {
+    menus = darkPalette();
+    menus.setColor(QPalette::Base, QColor(0x34, 0x39, 0x40)); // lighter than what they lie on
+  }
+  QApplication::setPalette(isDark ? darkPalette() : QPalette()); // the desktop's own again
+  QApplication::setPalette(menus, "QMenu");
 }
 
 QPalette DesktopColorScheme::darkPalette() {
@@ -89,6 +100,7 @@ QPalette DesktopColorScheme::darkPalette() {
     palette.setColor(role, text);
     palette.setColor(QPalette::Disabled, role, faint);
   }
+  palette.setColor(QPalette::Disabled, QPalette::Light, Qt::transparent); // no light shadow below faint texts
   palette.setColor(QPalette::PlaceholderText, faint);
   palette.setColor(QPalette::BrightText, Qt::white);
   palette.setColor(QPalette::Highlight, QColor(0x1d, 0x6f, 0xa0));

@@ -20,6 +20,8 @@ public:
   /// Leaves the palette as it is.
   ~DesktopColorScheme() override;
 
+  /// Gives the application the dark palette, or takes it back.
+  static void setDark(bool isDark);
   /// The palette that is given to the application.
   static QPalette darkPalette();
 

@@ -28,6 +28,8 @@ struct NamedColor {
 constexpr std::array kNamedColors{
     // Texts and single-coloured pictures.
     NamedColor{QLatin1StringView("ItemText"), 0xff20252b, 0xffe7eaee},
+    // Around the panels and the columns' headings.
+    NamedColor{QLatin1StringView("Frame"), 0xff000000, 0xff000000},
     // Behind the panels and the header.
     NamedColor{QLatin1StringView("ViewBackground"), 0xffeef1f4, 0xff2b2f34},
     // What is white on a light desktop.
@@ -55,6 +57,7 @@ struct ContrastRole {
 
 constexpr std::array kContrastRoles{
     ContrastRole{QLatin1StringView("ItemText"), QPalette::WindowText},
+    ContrastRole{QLatin1StringView("Frame"), QPalette::WindowText},
     ContrastRole{QLatin1StringView("ViewBackground"), QPalette::Window},
     ContrastRole{QLatin1StringView("Paper"), QPalette::Window},
     ContrastRole{QLatin1StringView("ButtonPlain"), QPalette::Window},

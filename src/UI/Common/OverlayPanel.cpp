@@ -3,6 +3,7 @@
 #include "Platform/MainThread.h"
 #include "UI/Common/Accessibility.h"
 #include "UI/Common/BottomLeft.h"
+#include "UI/Common/Images.h"
 #include "UI/Common/InputEvents.h"
 
 #include <QKeyEvent>
@@ -196,7 +197,7 @@ void OverlayPanel::paintEvent(QPaintEvent* event) {
   painter.setClipRegion(event->region());
   painter.setRenderHint(QPainter::Antialiasing);
   painter.setBrush(fillColor());
-  painter.setPen(QPen(Qt::black, 1));
+  painter.setPen(QPen(namedColor(QStringLiteral("Frame"), palette()), 1));
   painter.drawPath(panelOutline(QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5), kRadius));
 }
 

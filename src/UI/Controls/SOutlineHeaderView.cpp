@@ -116,7 +116,7 @@ void SOutlineHeaderView::paintEvent(QPaintEvent* event) {
   QPainter(viewport()).fillRect(event->rect(), ui::namedColor(QStringLiteral("Paper"), palette()));
   QHeaderView::paintEvent(event);
   QPainter painter(viewport());
-  painter.setPen(QPen(Qt::black, 1));
+  painter.setPen(QPen(ui::namedColor(QStringLiteral("Frame"), palette()), 1));
   painter.setRenderHint(QPainter::Antialiasing);
   for (int i = 0; i < count(); ++i) {
     const int section = logicalIndex(isRightToLeft() ? count() - 1 - i : i);

@@ -8,6 +8,7 @@
 #include <QDBusContext>
 #include <QDBusMessage>
 #include <QLabel>
+#include <QMenu>
 #include <QSignalSpy>
 #include <QTest>
 
@@ -47,7 +48,7 @@ protected:
     ASSERT_FALSE(ui::isDarkPalette(QApplication::palette()));
   }
   void TearDown() override {
-    QApplication::setPalette(QPalette());
+    ui::DesktopColorScheme::setDark(false);
     QDBusConnection::disconnectFromBus(QStringLiteral("own"));
     QDBusConnection::disconnectFromBus(QStringLiteral("desktop"));
   }
@@ -154,6 +155,16 @@ TEST(DarkPalette, IsReadable) {
        {std::pair(QPalette::WindowText, QPalette::Window), std::pair(QPalette::Text, QPalette::Base),
         std::pair(QPalette::ButtonText, QPalette::Button), std::pair(QPalette::HighlightedText, QPalette::Highlight)})
     EXPECT_GT(palette.color(text).lightness() - palette.color(ground).lightness(), 100);
+}
+
+TEST(DarkColors, LiftMenusOffWhatTheyLieOn) {
+  QMenu menu;
+  ui::DesktopColorScheme::setDark(true);
+  const QColor around = QApplication::palette().color(QPalette::Base);
+  EXPECT_GT(menu.palette().color(QPalette::Base).lightness(), around.lightness() + 15);
+  EXPECT_GT(ui::contrast(menu.palette().color(QPalette::Text), menu.palette().color(QPalette::Base)), 7);
+  ui::DesktopColorScheme::setDark(false);
+  EXPECT_EQ(menu.palette().color(QPalette::Base), QApplication::palette().color(QPalette::Base));
 }
 
 #include "DesktopColorSchemeTest.moc"

@@ -183,6 +183,7 @@ TEST(NamedColor, OfTheHighestContrastAreTheDesktopsOwn) {
     EXPECT_EQ(ui::namedColor("ItemText", palette), QColor(text));
     EXPECT_EQ(ui::namedColor("ButtonFrame", palette), QColor(text));
     EXPECT_EQ(ui::namedColor("FocusLine", palette), QColor(text));
+    EXPECT_EQ(ui::namedColor("Frame", palette), QColor(text));
     EXPECT_EQ(ui::namedColor("ViewBackground", palette), QColor(background));
     EXPECT_EQ(ui::namedColor("Paper", palette), QColor(background));
   }
