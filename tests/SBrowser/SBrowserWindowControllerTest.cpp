@@ -504,14 +504,26 @@ TEST_F(SBrowserWindowControllerTest, AFailedExpansionLeavesTheFolderUnlistedForA
   connectPhone();
   const ItemPointer item = itemNamed(QStringLiteral("DCIM"));
   const QString node = item->nodeID();
+  const QString path = item->filePath();
   item->setNodeID(QStringLiteral("zz"));
+  item->setFilePath(QStringLiteral("/M/Phone/gone"));
   outline().expand(row(QStringLiteral("DCIM")));
   ASSERT_TRUE(settle());
   EXPECT_FALSE(item->isListed());
   EXPECT_EQ(item->childObjects(), nullptr);
   EXPECT_TRUE(loadingView().isHidden());
   item->setNodeID(node);
+  item->setFilePath(path);
   outline().collapse(row(QStringLiteral("DCIM")));
+  outline().expand(row(QStringLiteral("DCIM")));
+  ASSERT_TRUE(settle());
+  EXPECT_EQ(rows(row(QStringLiteral("DCIM"))).size(), 3);
+}
+
+TEST_F(SBrowserWindowControllerTest, AFolderWhoseNodeThePhoneForgotIsFoundByItsPath) {
+  connectPhone();
+  const ItemPointer item = itemNamed(QStringLiteral("DCIM"));
+  item->setNodeID(QStringLiteral("zz"));
   outline().expand(row(QStringLiteral("DCIM")));
   ASSERT_TRUE(settle());
   EXPECT_EQ(rows(row(QStringLiteral("DCIM"))).size(), 3);
