@@ -483,9 +483,9 @@ TEST_F(ItemMutationsTest, IfOneOfTheDeletedItemsLiesInTheCurrentFolderOnlyThatIs
   EXPECT_TRUE(outline().isExpanded(row(QStringLiteral("DCIM")))); // what is open stays open
 }
 
-TEST_F(ItemMutationsTest, ThousandsOfRowsAreDeletedWithoutKeepingTheWindowBusyWithEachOfThem) {
+TEST_F(ItemMutationsTest, ManyRowsAreDeletedWithoutKeepingTheWindowBusyWithEachOfThem) {
   addPhone();
-  constexpr int count = 3000;
+  constexpr int count = 500;
   for (int i = 0; i < count; ++i)
     sdk->addFile(camera, QStringLiteral("p%1").arg(i));
   connect();
@@ -502,7 +502,7 @@ TEST_F(ItemMutationsTest, ThousandsOfRowsAreDeletedWithoutKeepingTheWindowBusyWi
   controller->performCommand(WindowCommand::Delete);
   ASSERT_TRUE(settle());
   EXPECT_EQ(sdk->calls(Operation::DeleteNode), count - 1);
-  EXPECT_EQ(rows(folder), QStringList({"p2999"}));
+  EXPECT_EQ(rows(folder), QStringList({"p499"}));
   EXPECT_LT(removed.count(), count / 10); // two a second, however long it took
 }
 
