@@ -317,8 +317,7 @@ void Device::placeReported(std::unique_lock<std::mutex>& lock) {
       lock.lock();
       if (m_epoch != epoch || (!vanished && (!reply.ok() || !info)))
         break;
-      if (!vanished)
-        m_store.place(info->parent, name);
+      m_store.place(vanished ? FolderLister::TopLevel : info->parent, name); // a wrong object may have been named
     }
   } catch (const std::exception&) { // whatever it is, those who wait must hear of the end
     if (!lock.owns_lock())

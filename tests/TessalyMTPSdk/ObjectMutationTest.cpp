@@ -329,6 +329,23 @@ TEST_F(ObjectMutation, APhoneThatTellsTheComputersOwnChangesIsNotListedAgainForT
   stopListening();
 }
 
+TEST_F(ObjectMutation, AReportedObjectThatIsNotThereMakesTheTopLevelBeListedAgain) {
+  storage.folder("here");
+  start();
+  _MTP_STORAGE_NODE* top = firstStorage();
+  _MTP_FOLDER_NODE* here = foldersIn(top).at(0);
+  foldersIn(top, here);
+  startListening();
+  respond(mtp::Operation::GetObjectInfo, 0x2009);
+  storage.folder("here/new");
+  ASSERT_TRUE(told.waitFor(1));
+  foldersIn(top, here); // asks where the object is
+  const std::uint64_t before = transactions();
+  foldersIn(top);
+  EXPECT_GT(transactions(), before) << "some responders name a wrong object for a change there";
+  stopListening();
+}
+
 TEST_F(ObjectMutation, WhatThePhoneDeletesJustAfterItWasMadeIsNews) {
   start();
   _MTP_STORAGE_NODE* top = firstStorage();
