@@ -32,10 +32,10 @@ void DeviceConnection::connectDevice(const QString& locationID, int attempts, Co
   platform::assertMainThread();
   cancel();
   m_attempt = std::make_shared<DeviceSession>(m_createAccessObject(), locationID);
-  m_queue->perform(
+  const bool begun = m_queue->perform(
       "mtp-connect", m_attempt,
       [attempt = m_attempt, attempts, sleep = m_sleep, finish = finisher(), connected = std::move(connected),
-       failed = std::move(failed)](DeviceSession& session) {
+       failed](DeviceSession& session) {
         session.bind();
         std::optional<QList<MtpStorageInfo>> storages = askForStorages(session, attempts, sleep);
         if (session.ended)
@@ -49,6 +49,10 @@ void DeviceConnection::connectDevice(const QString& locationID, int attempts, Co
         ConnectedDevice device{attempt, session.mtp->getMTPFriendlyName().value_or(QString()), std::move(*storages)};
         finish(attempt, [&] { connected(std::move(device)); });
       });
+  if (begun)
+    return;
+  m_attempt.reset(); // no thread was to be had
+  failed({ConnectCondition::Kind::NotAnswering, {}});
 }
 
 std::function<void(const std::shared_ptr<DeviceSession>& attempt, const std::function<void()>& report)>

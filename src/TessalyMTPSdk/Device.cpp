@@ -1,6 +1,7 @@
 #include "TessalyMTPSdk/Device.h"
 
 #include "TessalyMTPSdk/Logging.h"
+#include "TessalyMTPSdk/ObjectNames.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -44,6 +45,23 @@ std::u16string firstNotEmpty(std::initializer_list<std::u16string> texts) {
       return text;
   }
   return {};
+}
+
+/// Storages are told apart by their descriptions, as components of a path: no two may look the same ("Card", "Card 2"),
+/// and none holds a slash.
+std::u16string ownDescription(std::u16string description, const std::vector<ListedStorage>& others) {
+  std::ranges::replace(description, u'/', u'-');
+  const auto isTaken = [&](const std::u16string& text) {
+    return std::ranges::any_of(others, [folded = foldedName(text)](const ListedStorage& other) {
+      return foldedName(other.info.description) == folded;
+    });
+  };
+  std::u16string own = description;
+  for (unsigned number = 2; isTaken(own); ++number) {
+    const std::string digits = std::to_string(number);
+    own = description + u' ' + std::u16string(digits.begin(), digits.end());
+  }
+  return own;
 }
 
 /// What a phone that was reached failed to do.
@@ -225,7 +243,8 @@ std::vector<ListedStorage> Device::readStorages(const std::vector<std::uint32_t>
         status = failure;
       continue;
     }
-    info->description = firstNotEmpty({untilZero(info->description), untilZero(info->volumeIdentifier), u"Storage"});
+    info->description = ownDescription(
+        firstNotEmpty({untilZero(info->description), untilZero(info->volumeIdentifier), u"Storage"}), storages);
     info->volumeIdentifier = untilZero(info->volumeIdentifier);
     storages.push_back({id, std::move(*info)});
     status = DGSTATUS_SUCCESS;

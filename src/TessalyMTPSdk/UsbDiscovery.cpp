@@ -145,12 +145,14 @@ UsbInterfaceFacts factsOf(const libusb_interface_descriptor& descriptor) {
   return facts;
 }
 
-/// Asks the device itself for Microsoft's descriptors. No value: it could not be asked.
-std::optional<bool> deviceSaysMtp(libusb_device* device, std::uint8_t interfaceNumber) {
+enum class Answer { No, Yes, Denied, None };
+
+/// Asks the device itself for Microsoft's descriptors. Denied: this user may not; None: it could not be asked.
+Answer askForMtp(libusb_device* device, std::uint8_t interfaceNumber) {
   constexpr unsigned limitMs = 300;
   libusb_device_handle* handle = nullptr;
-  if (libusb_open(device, &handle) != LIBUSB_SUCCESS) {
-    return std::nullopt;
+  if (const int result = libusb_open(device, &handle); result != LIBUSB_SUCCESS) {
+    return result == LIBUSB_ERROR_ACCESS ? Answer::Denied : Answer::None;
   }
   std::array<std::byte, 256> answer;
   const auto ask = [&](std::uint8_t requestType, std::uint8_t request, std::uint16_t value, std::uint16_t index) {
@@ -162,31 +164,31 @@ std::optional<bool> deviceSaysMtp(libusb_device* device, std::uint8_t interfaceN
       ask(LIBUSB_REQUEST_TYPE_STANDARD, LIBUSB_REQUEST_GET_DESCRIPTOR, (LIBUSB_DT_STRING << 8) | 0xee, 0));
   const bool mtp = vendorCode && compatIdSaysMtp(ask(LIBUSB_REQUEST_TYPE_VENDOR, *vendorCode, 0, 4), interfaceNumber);
   libusb_close(handle);
-  return mtp;
+  return mtp ? Answer::Yes : Answer::No;
 }
 
 /// What devices answered when asked, so that each attachment is asked once.
 class Answers {
 public:
-  bool saysMtp(libusb_device* device, std::uint64_t attachment, std::uint8_t interfaceNumber) {
+  Answer of(libusb_device* device, std::uint64_t attachment, std::uint8_t interfaceNumber) {
     const std::scoped_lock lock(m_mutex);
     const auto key = std::pair(attachment, interfaceNumber);
     if (const auto known = m_answers.find(key); known != m_answers.end()) {
       return known->second;
     }
-    const auto answer = deviceSaysMtp(device, interfaceNumber);
-    if (answer) {
+    const Answer answer = askForMtp(device, interfaceNumber);
+    if (answer == Answer::Yes || answer == Answer::No) {
       if (m_answers.size() >= 256) { // long gone ones, most of them
         m_answers.clear();
       }
-      m_answers.emplace(key, *answer);
+      m_answers.emplace(key, answer);
     }
-    return answer.value_or(false);
+    return answer;
   }
 
 private:
   std::mutex m_mutex;
-  std::map<std::pair<std::uint64_t, std::uint8_t>, bool> m_answers;
+  std::map<std::pair<std::uint64_t, std::uint8_t>, Answer> m_answers;
 };
 
 Answers& answers() {
@@ -194,12 +196,12 @@ Answers& answers() {
   return instance;
 }
 
-bool isMtp(libusb_device* device, const UsbMtpDevice& found, const std::string& folder) {
+Answer isMtp(libusb_device* device, const UsbMtpDevice& found, const std::string& folder) {
   switch (judgeInterface(found.interface)) {
   case MtpVerdict::Yes:
-    return true;
+    return Answer::Yes;
   case MtpVerdict::No:
-    return false;
+    return Answer::No;
   case MtpVerdict::AskDevice:
     break;
   }
@@ -209,9 +211,9 @@ bool isMtp(libusb_device* device, const UsbMtpDevice& found, const std::string& 
   const ssize_t size = ::readlink(driver.c_str(), target, sizeof target);
   const std::string_view name(target, size > 0 ? static_cast<std::size_t>(size) : 0);
   if (size > 0 && !name.ends_with("/usbfs")) {
-    return false;
+    return Answer::No;
   }
-  return answers().saysMtp(device, found.attachment, found.interface.number);
+  return answers().of(device, found.attachment, found.interface.number);
 }
 
 std::optional<UsbMtpDevice> examine(libusb_device* device) {
@@ -249,6 +251,7 @@ std::optional<UsbMtpDevice> examine(libusb_device* device) {
     return std::nullopt;
   }
   found.configuration = configuration->bConfigurationValue;
+  std::optional<UsbMtpDevice> denied;
   for (const libusb_interface& interface : std::span(configuration->interface, configuration->bNumInterfaces)) {
     if (interface.num_altsetting < 1) {
       continue;
@@ -256,11 +259,16 @@ std::optional<UsbMtpDevice> examine(libusb_device* device) {
     found.interface = factsOf(interface.altsetting[0]);
     found.interface.name =
         firstLine(interfaceFolder(folder, found.configuration, found.interface.number) + "/interface");
-    if (isMtp(device, found, folder)) {
+    const Answer answer = isMtp(device, found, folder);
+    if (answer == Answer::Yes) {
       return found;
     }
+    if (answer == Answer::Denied && !denied) {
+      denied = found;
+      denied->denied = true;
+    }
   }
-  return std::nullopt;
+  return denied;
 }
 
 } // namespace
@@ -284,8 +292,9 @@ std::vector<UsbMtpDevice> findMtpDevices() {
 
 bool hasMtpInterface(std::uint32_t locationId) {
   const auto found = findMtpDevices();
-  return std::any_of(found.begin(), found.end(),
-                     [locationId](const UsbMtpDevice& device) { return device.locationId == locationId; });
+  return std::any_of(found.begin(), found.end(), [locationId](const UsbMtpDevice& device) {
+    return device.locationId == locationId && !device.denied;
+  });
 }
 
 } // namespace mtp

@@ -55,15 +55,17 @@ struct UsbMtpDevice {
   std::uint16_t productId = 0;
   bool configured = true;         // false: the device has no configuration set
   std::uint8_t configuration = 1; // bConfigurationValue
+  bool denied = false;            // only the device itself can tell whether it is MTP, and this user may not ask it
   UsbInterfaceFacts interface;
   std::string node; // /dev/bus/usb/BBB/DDD
 };
 
-/// The attached devices with an MTP interface, the first such interface of each. Blocks for milliseconds; up to a
-/// second where a device must be asked itself (once per attachment, and only when no kernel driver uses its interface).
+/// The attached devices with an MTP interface, the first such interface of each, and those that may have one (denied).
+/// Blocks for milliseconds; up to a second where a device must be asked itself (once per attachment, and only when no
+/// kernel driver uses its interface).
 std::vector<UsbMtpDevice> findMtpDevices();
 
-/// Whether the device attached at this place has an MTP interface. Costs what findMtpDevices() costs.
+/// Whether the device attached at this place is known to have an MTP interface. Costs what findMtpDevices() costs.
 bool hasMtpInterface(std::uint32_t locationId);
 
 } // namespace mtp

@@ -43,7 +43,8 @@ public:
 private:
   OpenResult open() {
     const int found = openHandle();
-    if (found == LIBUSB_ERROR_ACCESS) {
+    // Permission may have come since it was looked for: then the next look asks the device whether it is a phone.
+    if (found == LIBUSB_ERROR_ACCESS || (found == LIBUSB_SUCCESS && m_device.denied)) {
       return noPermission();
     }
     if (found != LIBUSB_SUCCESS) {

@@ -330,6 +330,13 @@ TEST_F(VolumeAndNetworkThread, IsNotStartedByTheRegistration) {
 }
 
 TEST_F(VolumeAndNetworkThread, StartsItsPartsInOrderAndStopsThemInTheOther) {
+  std::vector<QString> order;
+  m_volumes->onMonitor([&](bool begins) {
+    const bool network = m_log.has(begins ? QStringLiteral("Registered with notification center")
+                                          : QStringLiteral("Unregistered with notification center"));
+    order.push_back(begins ? QStringLiteral("disks") : QStringLiteral("no disks"));
+    order.push_back(network ? QStringLiteral("network before") : QStringLiteral("network after"));
+  });
   start();
   EXPECT_TRUE(m_notifier->umsNotiThread());
   EXPECT_FALSE(m_notifier->startUMSNotifierThread()); // it runs already
@@ -341,6 +348,7 @@ TEST_F(VolumeAndNetworkThread, StartsItsPartsInOrderAndStopsThemInTheOther) {
   EXPECT_FALSE(m_notifier->usbNotiThread());
   EXPECT_TRUE(m_log.has(QStringLiteral("Unregistered with notification center")));
   EXPECT_EQ(m_volumes->monitors(), 0);
+  EXPECT_EQ(order, (std::vector<QString>{"disks", "network after", "no disks", "network before"}));
   EXPECT_FALSE(m_notifier->startUMSNotifierThread()); // not registered any more
 }
 

@@ -1,6 +1,7 @@
 // The support tool's commands, sent to the running program by the very lines of the manual.
 #include "support/PrivateBus.h"
 
+#include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
 #include <QTemporaryDir>
@@ -54,7 +55,10 @@ QByteArray lineFor(const QByteArray& program, const QByteArray& command) {
 // The program with a home, a bus and no phone of its own. The parameter sends the commands.
 class SupportTool : public testing::TestWithParam<const char*> {
 protected:
-  void SetUp() override {
+  void SetUp() override { run(); }
+  void TearDown() override { stop(); }
+
+  void run() {
     const std::string log = m_home.filePath(QStringLiteral("stderr")).toStdString();
     posix_spawn_file_actions_t actions;
     ::posix_spawn_file_actions_init(&actions);
@@ -62,28 +66,40 @@ protected:
     m_program = start({"timeout", "120", MTPB_PROGRAM}, &actions);
     ::posix_spawn_file_actions_destroy(&actions);
   }
-  void TearDown() override {
+  void stop() {
     if (m_program > 0) {
       ::kill(m_program, SIGTERM);
       ::waitpid(m_program, nullptr, 0);
     }
+    m_program = -1;
+  }
+  // A user default of the next run.
+  void set(const QByteArray& line) {
+    ASSERT_TRUE(QDir(m_home.path()).mkpath(QStringLiteral(".config/MTPBrowser")));
+    QFile file(m_home.filePath(QStringLiteral(".config/MTPBrowser/MTPBrowser.conf")));
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write("[General]\n" + line + "\n");
   }
 
-  // Sends the command until `done`: it takes the program a moment before it listens.
-  template <class Condition> void command(const QByteArray& name, const Condition& done) {
+  void send(const QByteArray& name) {
     const QByteArray line = lineFor(GetParam(), name);
     ASSERT_FALSE(line.isEmpty()) << "the manual has no line for " << name.constData();
+    int status = -1;
+    ::waitpid(start({"sh", "-c", line.toStdString()}, nullptr), &status, 0);
+    ASSERT_EQ(status, 0) << line.constData();
+  }
+  // Sends the command until `done`: it takes the program a moment before it listens.
+  template <class Condition> void command(const QByteArray& name, const Condition& done) {
     QElapsedTimer time;
     for (time.start(); !done() && time.elapsed() < kPatience;) {
-      int status = -1;
-      ::waitpid(start({"sh", "-c", line.toStdString()}, nullptr), &status, 0);
-      ASSERT_EQ(status, 0) << line.constData();
+      send(name);
       if (QTest::qWaitFor(done, 1000))
         return;
     }
     EXPECT_TRUE(done()) << name.constData() << "\n"
                         << contentsOf(m_home.filePath(QStringLiteral("stderr"))).constData();
   }
+  QByteArray printed() const { return contentsOf(m_home.filePath(QStringLiteral("stderr"))); }
   QByteArray captured() const {
     return contentsOf(m_home.filePath(QStringLiteral("Tessaly/Larkspur/AppDatas/Log/mtpCapture.log")));
   }
@@ -119,10 +135,32 @@ TEST_P(SupportTool, StartsMarksAndStopsTheCaptureLogFromAnotherProcess) {
   command("DEBUG_LEVEL", [this] { return captured().contains("Receive Log level = 3"); });
   command("STOP_CAPTURE", [this] { return captured().contains("stop Capture"); });
   const QByteArray atTheEnd = captured();
-  int looks = 0;
-  command("DEBUG_LEVEL", [&looks] { return ++looks > 1; }); // sent once
-  EXPECT_EQ(captured(), atTheEnd);
   EXPECT_FALSE(atTheEnd.isEmpty());
+  command("DEBUG_LEVEL", [this] { return printed().contains("Receive Log level = 3"); });
+  EXPECT_EQ(captured(), atTheEnd);
+}
+
+TEST_P(SupportTool, ASecondStartChangesNothingAndOneAfterAStopBeginsAnew) {
+  command("START_CAPTURE", [this] { return captured().contains("start Capture"); });
+  command("DEBUG_LEVEL", [this] { return captured().contains("Receive Log level = 3"); });
+  const auto marks = captured().count("Receive Log level = 3");
+  send("START_CAPTURE");
+  command("DEBUG_LEVEL", [&] { return captured().count("Receive Log level = 3") > marks; }); // signals keep their order
+  EXPECT_EQ(captured().count("start Capture"), 1) << captured().constData();
+  command("STOP_CAPTURE", [this] { return captured().contains("stop Capture"); });
+  command("START_CAPTURE", [this] { return !captured().contains("stop Capture"); });
+  EXPECT_TRUE(QTest::qWaitFor([this] { return captured().contains("MTPBrowser 0."); }, kPatience));
+  EXPECT_FALSE(captured().contains("Receive Log level = 3")) << captured().constData();
+}
+
+TEST_P(SupportTool, DisksAndTheNetworkAreWatchedOnlyOnRequest) {
+  command("DEBUG_LEVEL", [this] { return printed().contains("Receive Log level = 3"); });
+  EXPECT_FALSE(printed().contains("Registered with notification center")) << printed().constData();
+  stop();
+  set("START_UMS_NOTIFIER=true");
+  run();
+  EXPECT_TRUE(QTest::qWaitFor([this] { return printed().contains("Registered with notification center"); }, kPatience))
+      << printed().constData();
 }
 
 INSTANTIATE_TEST_SUITE_P(Sender, SupportTool, testing::Values("gdbus", "busctl"),

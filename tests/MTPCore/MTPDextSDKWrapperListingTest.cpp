@@ -185,7 +185,7 @@ TEST_F(MTPDextSDKWrapperListing, AFailingFileStepIsLoggedAndEndsTheList) {
                       ", status = DGSTATUS_INTERNAL_GENERALERROR  0x13100000"));
 }
 
-TEST_F(MTPDextSDKWrapperListing, StatusTwoAtTheEndOfAnyListIsNotReportedAsAFailure) {
+TEST_F(MTPDextSDKWrapperListing, StatusTwoAtTheEndOfAFolderOrFileListIsNotReportedAsAFailure) {
   EXPECT_THAT(names(wrapper.getFilesAtFolder(sdk->folderNode(dcim), cardNode, "/M/Card/DCIM")),
               ElementsAre("Camera", "a.jpg", "b.jpg"));
   EXPECT_TRUE(wrapper.getFoldersAtFolder(sdk->folderNode(music), cardNode, "/M/Card/Music", false));

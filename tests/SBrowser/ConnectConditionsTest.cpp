@@ -202,6 +202,16 @@ TEST_F(ConnectConditionsInTheWindow, ASilentPhoneIsToldWhetherItCannotBeOpenedOr
   EXPECT_EQ(text(), shown("MSG_PhoneNotAnswering"));
 }
 
+TEST_F(ConnectConditionsInTheWindow, WithoutAThreadForTheConnectionItIsTriedAgain) {
+  addPhone();
+  refuseWorkers = true;
+  attach();
+  EXPECT_EQ(text(), shown("MSG_PhoneNotAnswering"));
+  refuseWorkers = false;
+  pass(std::chrono::seconds(10));
+  EXPECT_TRUE(isBrowsing());
+}
+
 TEST_F(ConnectConditionsInTheWindow, WhatIsToldFollowsTheCondition) {
   attachUnopenable(MTPDEXT_OPEN_IN_USE);
   sdk->setOpenFailure(kLocation, MTPDEXT_OPEN_PTP_ONLY);

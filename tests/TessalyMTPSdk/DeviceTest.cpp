@@ -126,6 +126,21 @@ TEST_F(Opening, AStorageWithoutDescriptionStillHasAName) {
   EXPECT_EQ(storages(), Strings{"Storage"});
 }
 
+TEST_F(Opening, StoragesOfOneNameAreGivenNamesOfTheirOwn) {
+  phone->datasets[0x1004 << 16] = hex("04000000 01000100 01000200 01000300 01000400");
+  phone->setStorage(1, "05 'Card' 0000");
+  phone->setStorage(2, "05 'CARD' 0000");
+  phone->setStorage(3, "00");
+  phone->setStorage(4, "05 'card' 0000");
+  EXPECT_EQ(storages(), (Strings{"Card", "CARD 2", "Storage", "card 3"}));
+}
+
+TEST_F(Opening, AStoragesNameHoldsNoSlash) {
+  phone->datasets[0x1004 << 16] = hex("01000000 01000100");
+  phone->setStorage(1, "04 'A/B' 0000");
+  EXPECT_EQ(storages(), Strings{"A-B"});
+}
+
 TEST_F(Opening, NoStorageIdsAreALockedPhone) {
   phone->datasets[0x1004 << 16] = hex("00000000");
   EXPECT_TRUE(storages(0x12000002).empty());

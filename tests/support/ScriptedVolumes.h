@@ -4,6 +4,7 @@
 #include "Platform/Volumes.h"
 
 #include <algorithm>
+#include <functional>
 #include <map>
 #include <sys/eventfd.h>
 #include <unistd.h>
@@ -54,6 +55,8 @@ public:
     m_monitorError = monitorError;
     m_mountError = mountError;
   }
+  /// Called as a monitor begins (true) and ends (false), on its thread. Set before there is one.
+  void onMonitor(std::function<void(bool begins)> callback) { m_onMonitor = std::move(callback); }
   int monitors() const {
     const platform::Lock lock(m_mutex);
     return m_monitors;
@@ -68,6 +71,8 @@ public:
   std::unique_ptr<platform::DiskMonitor> monitor(int& error) override {
     const platform::Lock lock(m_mutex);
     error = m_monitorError;
+    if (error == 0 && m_onMonitor)
+      m_onMonitor(true);
     return error != 0 ? nullptr : std::make_unique<Monitor>(*this);
   }
   std::optional<platform::DiskDescription> description(const platform::Disk& disk) override {
@@ -91,6 +96,8 @@ private:
     ~Monitor() override {
       const platform::Lock lock(m_volumes.m_mutex);
       --m_volumes.m_monitors;
+      if (m_volumes.m_onMonitor)
+        m_volumes.m_onMonitor(false);
     }
     int fd() const override { return m_volumes.m_fd; }
     std::vector<platform::DiskChange> take(bool& lost) override {
@@ -116,6 +123,7 @@ private:
   mutable platform::Mutex m_mutex;
   int m_monitors = 0, m_listError = 0, m_monitorError = 0, m_mountError = 0; // all under m_mutex
   bool m_lost = false;
+  std::function<void(bool begins)> m_onMonitor;
   std::vector<platform::Disk> m_disks;
   std::map<QString, platform::DiskDescription> m_descriptions;
   std::vector<platform::MountedVolume> m_mounted;
