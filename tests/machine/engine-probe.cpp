@@ -4,6 +4,10 @@
 //   engine-probe loop SECONDS              lists everything again and again; ends early when that fails
 //   engine-probe watch SECONDS [busy]      lists everything once (busy: again and again) and tells the phone's events
 //   engine-probe hold SECONDS              keeps the phones open
+//   engine-probe put LOCAL STORAGE[/PATH] [NAME BYTES]   copies LOCAL, whatever it holds, into a folder of the first
+//   phone engine-probe get STORAGE/PATH LOCAL [NAME BYTES]     copies what is in a folder into the folder LOCAL
+//                                          files called NAME are cancelled once BYTES of them have been copied
+//   engine-probe delete STORAGE/PATH       deletes a file or folder
 //
 //   device   LOCATION  MODEL  FRIENDLYNAME
 //   storage  NAME  CAPACITY  FREE
@@ -11,7 +15,12 @@
 //   d|f      SIZE  DATE  STORAGE/PATH
 //   event    CODE  PARAMETER
 //   ready    after the first listing
+//   under    PATH, once a quarter of a file is copied
+//   copied   STATUS  PATH
+//   copies   TRANSACTIONS of all copies together
 //   status   STATUS of what was asked for, in hexadecimal; the exit status is 0 whenever the program came that far
+#include "ProbeCopies.h"
+#include "ProbeNodes.h"
 #include "TessalyMTPSdk/Engine.h"
 #include "TessalyMTPSdk/TessalyMTPSdk.h"
 
@@ -28,44 +37,7 @@
 namespace {
 
 using Clock = std::chrono::steady_clock;
-
-std::string utf8(const char16_t* text, std::size_t size) {
-  std::string result;
-  for (std::size_t i = 0; i < size && text[i] != 0; ++i) {
-    char32_t c = text[i];
-    if (c >= 0xd800 && c < 0xdc00 && i + 1 < size && text[i + 1] >= 0xdc00 && text[i + 1] < 0xe000) {
-      c = 0x10000 + ((c - 0xd800) << 10) + (text[++i] - 0xdc00);
-    }
-    if (c < 0x80) {
-      result += static_cast<char>(c);
-    } else if (c < 0x800) {
-      result += {static_cast<char>(0xc0 | c >> 6), static_cast<char>(0x80 | (c & 0x3f))};
-    } else if (c < 0x10000) {
-      result += {static_cast<char>(0xe0 | c >> 12), static_cast<char>(0x80 | (c >> 6 & 0x3f)),
-                 static_cast<char>(0x80 | (c & 0x3f))};
-    } else {
-      result += {static_cast<char>(0xf0 | c >> 18), static_cast<char>(0x80 | (c >> 12 & 0x3f)),
-                 static_cast<char>(0x80 | (c >> 6 & 0x3f)), static_cast<char>(0x80 | (c & 0x3f))};
-    }
-  }
-  return result;
-}
-
-// Text fields of the packed records are copied out: their addresses need not be aligned.
-template <typename Node, typename Length> std::string text(const Node* node, std::size_t pointerAt, Length length) {
-  const char16_t* pointer = nullptr;
-  std::memcpy(&pointer, reinterpret_cast<const char*>(node) + pointerAt, sizeof pointer);
-  return pointer ? utf8(pointer, length) : std::string();
-}
-
-std::string deviceText(_MTP_DEVICE_NODE* device, uint32_t (*get)(_MTP_DEVICE_NODE*, void*, uint32_t*)) {
-  uint32_t size = 0;
-  if (get(device, nullptr, &size) != 1) {
-    return {};
-  }
-  std::u16string buffer(size / 2, u'\0');
-  return get(device, buffer.data(), &size) == 0 ? utf8(buffer.data(), buffer.size()) : std::string();
-}
+using namespace probe;
 
 class Lister {
 public:
@@ -81,7 +53,7 @@ public:
     _MTP_STORAGE_NODE* head = nullptr;
     uint32_t status = mtpDextGetStorageListHead(device, &head);
     for (_MTP_STORAGE_NODE* storage = head; status == 0 && storage != nullptr;) {
-      const std::string name = text(storage, offsetof(_MTP_STORAGE_NODE, name), storage->nameLength);
+      const std::string name = nameOf(storage);
       if (m_print) {
         std::printf("storage\t%s\t%" PRIu64 "\t%" PRIu64 "\n", name.c_str(), storage->totalCapacity,
                     storage->freeSpace);
@@ -119,7 +91,7 @@ private:
       if (m_print) {
         std::printf("f\t%" PRIu64 "\t%s\t%s/%s\n", file->fileLength,
                     text(file, offsetof(_MTP_FILE_NODE, date), file->dateLength).c_str(), path.c_str(),
-                    text(file, offsetof(_MTP_FILE_NODE, name), file->nameSize).c_str());
+                    nameOf(file).c_str());
       }
       _MTP_FILE_NODE* next = nullptr;
       status = mtpDextGetNextFileNode(file, &next);
@@ -127,7 +99,7 @@ private:
     }
     std::vector<std::pair<_MTP_FOLDER_NODE*, std::string>> below;
     for (_MTP_FOLDER_NODE* child = folders; child != nullptr && (status == 0 || status == 2); ++entries) {
-      below.emplace_back(child, path + "/" + text(child, offsetof(_MTP_FOLDER_NODE, name), child->nameSize));
+      below.emplace_back(child, path + "/" + nameOf(child));
       if (m_print) {
         std::printf("d\t0\t\t%s\n", below.back().second.c_str());
       }
@@ -214,7 +186,10 @@ int main(int argumentCount, char** arguments) {
       mtpDextRequestEventNotifyEx(device, tellEvent, nullptr);
     }
   }
-  if (status == 0 && command == "list") {
+  if (status == 0 && (command == "put" || command == "get" || command == "delete")) {
+    const std::vector<std::string> words(arguments + 2, arguments + argumentCount);
+    status = probe::copies(all.front(), command, words);
+  } else if (status == 0 && command == "list") {
     status = listAll(all, true, number > 0 ? number : ~0u);
   } else if (status == 0) {
     const auto end = Clock::now() + std::chrono::seconds(number);

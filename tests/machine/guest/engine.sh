@@ -87,6 +87,12 @@ check "… the log says no permission, the node and the rule that helps" \
 check "root gets it right after" probe_list u3
 check "… with status 0" has '^status	00000000' u3
 bash "$MACHINE/gadget" unplug
+INTERFACE=unnamed bash "$MACHINE/gadget" replug
+check "a phone that only itself can tell to be one is plugged in" within 20 plugged
+as_nobody
+check "without permission to ask it the engine says so" \
+  has 'no permission to open the phone at /dev/bus/usb/001/[0-9]+.*idVendor.*rules' denied.log
+bash "$MACHINE/gadget" unplug
 
 # -- QEMU's phone -----------------------------------------------------------------------------------------------------
 modprobe xhci-pci
