@@ -224,6 +224,13 @@ public:
     const std::lock_guard lock(m_mutex);
     return m_scripts[operation].calls;
   }
+  int calls() {
+    const std::lock_guard lock(m_mutex);
+    int all = 0;
+    for (const auto& [operation, script] : m_scripts)
+      all += script.calls;
+    return all;
+  }
   /// "folder/" and "file" names of what is in a folder or storage, in the phone's order, folders first.
   std::vector<std::string> contents(Handle parent) {
     const std::lock_guard lock(m_mutex);

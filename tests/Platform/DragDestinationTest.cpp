@@ -176,7 +176,8 @@ TEST(DragDestinationOfExtract, EverythingElseIsRefused) {
 
 TEST(DragDestination, NoBytesCrashIt) {
   std::mt19937 random(4711);
-  const QByteArray alphabet("file:trash/%2eE0\0.localhost#\xff\xc3", 32);
+  constexpr char characters[] = "file:trash/%2eE0\0.localhost#\xff\xc3";
+  const QByteArray alphabet(characters, sizeof characters - 1);
   for (int i = 0; i < 50'000; ++i) {
     QByteArray text;
     for (std::uint32_t length = random() % 40; length > 0; --length)

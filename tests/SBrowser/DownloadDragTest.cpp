@@ -7,7 +7,6 @@
 #include <QApplication>
 #include <QDir>
 #include <QDragEnterEvent>
-#include <QElapsedTimer>
 #include <QFileDialog>
 #include <QMessageBox>
 #include <QMimeData>
@@ -71,7 +70,7 @@ TEST_F(Dragging, RowsCanBeDraggedAndAreOfferedAsACopyOnly) {
   EXPECT_TRUE(model().flags(row(QStringLiteral("readme.txt"))) & Qt::ItemIsDragEnabled);
 }
 
-TEST_F(Dragging, TenThousandRowsStartWithoutDelay) {
+TEST_F(Dragging, TenThousandRowsStartWithoutAskingThePhone) {
   const auto full = sdk->addFolder(phone, QStringLiteral("Full"));
   for (int i = 0; i < 10'000; ++i)
     sdk->addFile(full, QStringLiteral("file %1").arg(i), 1);
@@ -79,10 +78,9 @@ TEST_F(Dragging, TenThousandRowsStartWithoutDelay) {
   doubleClick(QStringLiteral("Full"));
   ASSERT_TRUE(settle());
   outline().selectAll();
-  QElapsedTimer clock;
-  clock.start();
+  const int before = sdk->calls();
   outline().startDrag(Qt::CopyAction);
-  EXPECT_LT(clock.elapsed(), 500); // much less, but others may need the processor
+  EXPECT_EQ(sdk->calls(), before);
   EXPECT_EQ(downloads().dragItems().size(), 10'000U);
 }
 

@@ -30,7 +30,7 @@ namespace {
 QByteArray pattern(int size) {
   QByteArray bytes(size, '\0');
   for (int i = 0; i < size; ++i)
-    bytes[i] = char(i * 131 + i / 251);
+    bytes[i] = char(unsigned(i) * 131 + unsigned(i) / 251);
   return bytes;
 }
 

@@ -41,7 +41,7 @@ TEST_F(EngineOnVirtualPhone, ShowsStoragesFoldersAndFiles) {
   EXPECT_EQ(phoneStorage->nameLength, 6u);
   EXPECT_EQ(phoneStorage->common.nodeId, 0x00010001u);
   EXPECT_EQ(phoneStorage->common.nodeType, 2);
-  EXPECT_GT(phoneStorage->totalCapacity, 0u);
+  EXPECT_GT(+phoneStorage->totalCapacity, 0u); // a copy: packed fields bind to no reference
   EXPECT_EQ(namesOf(foldersIn(phoneStorage)), Strings{"DCIM"});
   const auto files = filesIn(phoneStorage);
   ASSERT_EQ(namesOf(files), Strings{"note.txt"});

@@ -295,4 +295,5 @@ TEST_F(EngineWithPhone, AnAndroidPhoneSetToPictureTransferIsToldThoughItKnowsMtp
   EXPECT_EQ(code, MTPDEXT_OPEN_PTP_ONLY);
   pictures->datasets[0x1001 << 16] = info("0A000000"); // another maker's extension, with MTP's operations
   EXPECT_EQ(mtpDextGetConnectedDeviceListHead(&head), 0u);
+  mtp::shutdown(); // before the phone goes
 }

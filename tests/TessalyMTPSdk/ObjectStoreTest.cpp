@@ -277,7 +277,7 @@ TEST_F(Store, AStorageThatStaysKeepsItsObjectsWhenItsRoomChanges) {
   EXPECT_TRUE(known(folder));
   EXPECT_TRUE(known(before));
   EXPECT_NE(store.firstStorage(), before);
-  EXPECT_EQ(store.firstStorage()->storage.freeSpace, 1u);
+  EXPECT_EQ(+store.firstStorage()->storage.freeSpace, 1u); // a copy: packed fields bind to no reference
   EXPECT_EQ(store.storageAfter(*before)->common.nodeId, 0x00020001u);
   EXPECT_EQ(store.storageAfter(*store.storageAfter(*before)), nullptr);
   store.retireStorages();
