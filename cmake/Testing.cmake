@@ -12,10 +12,10 @@ mtpb_precompiled(
   HEADERS <gmock/gmock.h> <gtest/gtest.h> <functional> <string> <vector>
   LINKS GTest::gmock GTest::gtest)
 
-# mtpb_test(NAME [QT] SOURCES ... LIBS ... [ENV ...] [TIMEOUT s] [LABEL l])
+# mtpb_test(NAME [QT] SOURCES ... LIBS ... [TIMEOUT s] [LABEL l])
 # One test program a folder, its cases discovered by CTest. QT gives it a main() with an offscreen QApplication.
 function(mtpb_test name)
-  cmake_parse_arguments(ARG "QT" "TIMEOUT;WRAPPER;LABEL" "SOURCES;LIBS;ENV" ${ARGN})
+  cmake_parse_arguments(ARG "QT" "TIMEOUT;WRAPPER;LABEL" "SOURCES;LIBS" ${ARGN})
   if(NOT ARG_TIMEOUT)
     set(ARG_TIMEOUT 120)
   endif()
@@ -36,10 +36,6 @@ function(mtpb_test name)
     target_compile_options(${name} PRIVATE -fPIC) # as the precompiled header's target has it
     target_precompile_headers(${name} REUSE_FROM pch_tests)
   endif()
-  set(environment "QT_QPA_PLATFORM=offscreen;${ARG_ENV}")
-  if(MTPB_SANITIZE MATCHES "thread")
-    list(APPEND environment "TSAN_OPTIONS=suppressions=${PROJECT_SOURCE_DIR}/tests/support/tsan.supp")
-  endif()
   if(ARG_WRAPPER)
     if(MTPB_SANITIZE MATCHES "address") # the wrapper preloads a library, which then comes before the sanitizer's
       list(PREPEND ARG_WRAPPER env ASAN_OPTIONS=verify_asan_link_order=0)
@@ -49,6 +45,10 @@ function(mtpb_test name)
   if(NOT ARG_LABEL)
     set(ARG_LABEL quick) # never empty: CMake loses an empty property, and with it the order of the others
   endif()
-  gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60
-                       PROPERTIES TIMEOUT ${ARG_TIMEOUT} LABELS "${ARG_LABEL}" ENVIRONMENT "${environment}")
+  set(properties TIMEOUT ${ARG_TIMEOUT} LABELS ${ARG_LABEL} ENVIRONMENT QT_QPA_PLATFORM=offscreen)
+  if(MTPB_SANITIZE MATCHES "thread") # a property of its own: CMake would take but the first of two variables
+    list(APPEND properties ENVIRONMENT_MODIFICATION
+         TSAN_OPTIONS=set:suppressions=${PROJECT_SOURCE_DIR}/tests/support/tsan.supp)
+  endif()
+  gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60 PROPERTIES ${properties})
 endfunction()

@@ -1,6 +1,6 @@
 # The engine copies trees to and from umtprd's phone, is cancelled in mid-file, and loses the cable.
-#   copies.sh ENGINE-PROBE
-probe=$1
+#   copies.sh ENGINE-PROBE [huge]
+probe=$1 huge=${2:-}
 . "$MACHINE/guest/checks.sh"
 mkdir -p /copies
 mount -t tmpfs -o size=90% tmpfs /copies
@@ -11,7 +11,7 @@ export TZ=UTC
 run() {
   local out=$1
   shift
-  timeout 400 "$probe" "$@" >"$out" 2>"$out.log"
+  timeout 1500 "$probe" "$@" >"$out" 2>"$out.log"
 }
 succeeded() { has '^status	00000000' "$1"; }
 # Names, kinds and contents of two folders are the same.
@@ -34,12 +34,6 @@ echo deep >глубоко/深い/ещё.txt
 : >'no bytes'
 for size in 499 500 501 511 512 513 1012 1048564 1048576 1048588; do head -c $size /dev/urandom >"size_$size"; done
 cd /copies || exit 1
-# Not all zero: something stands at the start, on both sides of 4 GiB and at the end.
-truncate -s 5G huge.bin
-for at in 0 1048575 1048576 4095 4096 5119; do
-  head -c 4096 /dev/urandom | dd of=huge.bin bs=4096 seek=$((at * 256)) conv=notrunc status=none
-done
-truncate -s 5G huge.bin
 
 bash "$MACHINE/gadget" up
 check "the phone is plugged in" within 20 plugged
@@ -63,20 +57,27 @@ check "… with its date" test "$(date -r back/many/file_7.dat '+%F %T')" = '202
 rm -rf back
 
 # -- more than 4 GiB --------------------------------------------------------------------------------------------------
-start=$SECONDS
-run hugeput put /copies/huge.bin Phone
-check "a file of 5 GiB goes to the phone" succeeded hugeput
-echo "up: $((SECONDS - start)) s"
-check "… every byte of it" cmp huge.bin /phone/huge.bin
-rm /phone/huge.bin
-mkdir -p /phone/big
-cp --sparse=always huge.bin /phone/big/huge.bin
-start=$SECONDS
-run hugeget get Phone/big /copies/big
-check "it comes back" succeeded hugeget
-echo "down: $((SECONDS - start)) s"
-check "… every byte of it" cmp huge.bin big/huge.bin
-rm -rf big
+if [ -n "$huge" ]; then
+  # Not all zero: something stands at the start, on both sides of 4 GiB and at the end.
+  truncate -s 5G huge.bin
+  for at in 0 4095 4096 5119; do
+    head -c 4096 /dev/urandom | dd of=huge.bin bs=4096 seek=$((at * 256)) conv=notrunc status=none
+  done
+  start=$SECONDS
+  run hugeput put /copies/huge.bin Phone
+  check "a file of 5 GiB goes to the phone" succeeded hugeput
+  echo "up: $((SECONDS - start)) s"
+  check "… every byte of it" cmp huge.bin /phone/huge.bin
+  rm /phone/huge.bin
+  mkdir -p /phone/big
+  cp --sparse=always huge.bin /phone/big/huge.bin
+  start=$SECONDS
+  run hugeget get Phone/big /copies/big
+  check "it comes back" succeeded hugeget
+  echo "down: $((SECONDS - start)) s"
+  check "… every byte of it" cmp huge.bin big/huge.bin
+  rm -rf big
+fi
 
 # -- stopped in the middle --------------------------------------------------------------------------------------------
 mkdir -p some
