@@ -32,13 +32,14 @@ bool startWorker(const char* name, std::function<void()> body) {
     g_ended.notify_all();
   };
   try {
-    std::thread([text = std::string(name).substr(0, 15), work = std::move(body), over] {
+    std::thread([text = std::string(name).substr(0, 15), work = std::move(body), over]() mutable {
       pthread_setname_np(pthread_self(), text.c_str());
       try {
         work();
       } catch (const std::exception& error) {
         MTPB_LOG("worker %s ended with: %s", text.c_str(), error.what());
       }
+      work = nullptr; // what it holds may have a last word: that is part of the work
       over();
     }).detach(); // counted: waitForWorkers() is the join
   } catch (const std::system_error& error) {
