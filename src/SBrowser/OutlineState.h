@@ -2,6 +2,7 @@
 // What the user had open, and where they were, while the rows of a folder are shown anew.
 #include "SBrowser/SItem.h"
 
+#include <QModelIndex>
 #include <memory>
 #include <vector>
 

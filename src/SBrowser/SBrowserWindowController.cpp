@@ -25,6 +25,7 @@
 #include "UI/NoticeView/SNoticeView.h"
 #include "stringDefine/VornLocalStringDefine.h"
 
+#include <QFileDialog>
 #include <QHeaderView>
 #include <QKeyEvent>
 #include <QLineEdit>
