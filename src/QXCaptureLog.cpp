@@ -10,10 +10,13 @@
 
 #include <plist/plist.h>
 
+#include <cerrno>
 #include <cstdlib>
+#include <cstring>
 #include <fcntl.h>
 #include <filesystem>
 #include <memory>
+#include <sys/stat.h>
 #include <system_error>
 #include <unistd.h>
 
@@ -44,6 +47,27 @@ void discardStandardError() {
     ::close(nowhere);
 }
 
+// Serial numbers of phones are in it: only the owner may read it.
+constexpr mode_t kLogMode = S_IRUSR | S_IWUSR;
+
+// Emptied, to be appended to; null with errno. Never waits: something else than a file may stand in its place.
+std::FILE* openLogFile(const QByteArray& path) {
+  const int file = ::open(path.constData(), O_RDWR | O_CREAT | O_APPEND | O_NONBLOCK | O_NOCTTY | O_CLOEXEC, kLogMode);
+  if (file < 0)
+    return nullptr;
+  struct stat status = {};
+  int error = ::fstat(file, &status) != 0 ? errno : !S_ISREG(status.st_mode) ? EINVAL : 0;
+  if (error == 0 && ::ftruncate(file, 0) != 0)
+    error = errno;
+  if (error != 0) {
+    ::close(file);
+    errno = error;
+    return nullptr;
+  }
+  ::fchmod(file, kLogMode); // it may be there from before, made by somebody less careful
+  return ::fdopen(file, "a+");
+}
+
 QString shortVersion(const Plist& list) {
   if (plist_get_node_type(list.get()) != PLIST_DICT)
     return QStringLiteral("(null)");
@@ -70,9 +94,10 @@ QString QXCaptureLog::legacyDriverInfoPath() {
   return QStringLiteral("/Library/Extensions/corvdrv.kext/Contents/Plugins/corvmtp.kext/Contents/Info.plist");
 }
 
-QXCaptureLog::QXCaptureLog(const QString& filePath, const QString& driverInfoPath)
-    : m_logfilePath(filePath)
-    , m_driverInfoPath(driverInfoPath) {
+QXCaptureLog::QXCaptureLog(const QString& filePath, const QString& driverInfoPath, const platform::LogSizes& sizes)
+    : logfilePath(filePath)
+    , m_driverInfoPath(driverInfoPath)
+    , m_sizes(sizes) {
   const QByteArray shown = filePath.toUtf8();
   if (QFileInfo::exists(filePath)) {
     MTPB_LOG_PLAIN("File already exists at %s", shown.constData());
@@ -90,10 +115,14 @@ QXCaptureLog::QXCaptureLog(const QString& filePath, const QString& driverInfoPat
     return;
   }
   MTPB_LOG_PLAIN("No error details available");
-  if (QFile file(filePath); file.open(QIODevice::WriteOnly))
+  const int file =
+      ::open(QFile::encodeName(filePath).constData(), O_WRONLY | O_CREAT | O_NONBLOCK | O_CLOEXEC, kLogMode);
+  if (file >= 0) {
+    ::close(file);
     MTPB_LOG_PLAIN("File created successfully at %s", shown.constData());
-  else
+  } else {
     MTPB_LOG_PLAIN("Failed to create file at %s", shown.constData());
+  }
 }
 
 QXCaptureLog::~QXCaptureLog() {
@@ -102,43 +131,47 @@ QXCaptureLog::~QXCaptureLog() {
 
 void QXCaptureLog::startCapture() {
   platform::assertMainThread();
-  if (m_started)
+  if (started)
     return;
   std::fflush(stderr);
   if (::fcntl(STDERR_FILENO, F_GETFD) < 0)
     discardStandardError(); // started without one: the log file must not become descriptor 2 by itself
-  m_stderrSave = ::fcntl(STDERR_FILENO, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
-  m_logfile = std::fopen(QFile::encodeName(m_logfilePath).constData(), "we");
+  stderrSave = ::fcntl(STDERR_FILENO, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
+  logfile = openLogFile(QFile::encodeName(logfilePath));
   // The descriptor is exchanged in one step: threads that write meanwhile hit the old destination or the new one. A
   // late line of the capture before goes to the end of the emptied file, not to where it would have stood.
-  if (m_logfile != nullptr) {
-    ::fcntl(::fileno(m_logfile), F_SETFL, O_APPEND);
-    ::dup2(::fileno(m_logfile), STDERR_FILENO);
+  if (logfile != nullptr) {
+    ::dup2(::fileno(logfile), STDERR_FILENO);
+    platform::limitLog(::fileno(logfile), m_sizes);
   } else {
+    const int error = errno;
+    MTPB_LOG_PLAIN("%s cannot be opened, nothing will be logged: %s", logfilePath.toUtf8().constData(),
+                   std::strerror(error));
     discardStandardError();
   }
   MTPB_LOG_PLAIN("start Capture");
   const platform::SystemVersion version = platform::systemVersion().value_or(platform::SystemVersion{});
   MTPB_LOG_PLAIN("macOS %ld.%ld.%ld", version.major, version.minor, version.patch);
-  m_started = true;
+  started = true;
   printMTPSDKVersion();
 }
 
 void QXCaptureLog::stopCapture() {
-  if (!m_started)
+  if (!started)
     return;
   platform::assertMainThread();
   MTPB_LOG_PLAIN("stop Capture");
   std::fflush(stderr);
-  if (m_stderrSave >= 0) {
-    ::dup2(m_stderrSave, STDERR_FILENO);
-    ::close(m_stderrSave);
-    m_stderrSave = -1;
+  if (stderrSave >= 0) {
+    ::dup2(stderrSave, STDERR_FILENO);
+    ::close(stderrSave);
+    stderrSave = -1;
   }
-  if (m_logfile != nullptr)
-    std::fclose(m_logfile);
-  m_logfile = nullptr;
-  m_started = false;
+  platform::unlimitLog();
+  if (logfile != nullptr)
+    std::fclose(logfile);
+  logfile = nullptr;
+  started = false;
 }
 
 void QXCaptureLog::printMTPSDKVersion() const {

@@ -14,6 +14,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
+#include <sys/stat.h>
 #include <thread>
 #include <unistd.h>
 
@@ -67,10 +68,10 @@ TEST_F(CaptureLog, TheFirstStartCreatesTheFolderAndTheFileWhichBeginsWithThreeLi
   EXPECT_TRUE(QFileInfo(path("Log")).isDir());
   EXPECT_TRUE(QFileInfo(logPath()).isFile());
   log.startCapture();
-  EXPECT_TRUE(log.started());
+  EXPECT_TRUE(log.isStarted());
   MTPB_LOG_PLAIN("a line of the program");
   log.stopCapture();
-  EXPECT_FALSE(log.started());
+  EXPECT_FALSE(log.isStarted());
   EXPECT_EQ(messages(logPath()),
             (QStringList{QStringLiteral("start Capture"), QStringLiteral("macOS 14.4.1"), kNoInfo,
                          QStringLiteral("a line of the program"), QStringLiteral("stop Capture")}));
@@ -179,13 +180,79 @@ TEST_F(CaptureLog, AFileThatCannotBeOpenedLosesTheLinesButCountsAsStarted) {
   const int saved = ::dup(STDERR_FILENO);
   ::dup2(file.handle(), STDERR_FILENO);
   log.startCapture();
-  EXPECT_TRUE(log.started());
+  EXPECT_TRUE(log.isStarted());
   MTPB_LOG_PLAIN("lost");
   log.stopCapture();
   MTPB_LOG_PLAIN("found");
   ::dup2(saved, STDERR_FILENO);
   ::close(saved);
-  EXPECT_EQ(messages(terminal), QStringList{QStringLiteral("found")});
+  EXPECT_EQ(messages(terminal),
+            (QStringList{logPath() + QStringLiteral(" cannot be opened, nothing will be logged: Is a directory"),
+                         QStringLiteral("found")}));
+}
+
+TEST_F(CaptureLog, AFifoInTheFilesPlaceIsNotWaitedFor) {
+  QXCaptureLog log(logPath(), path("none.plist"));
+  ASSERT_TRUE(QFile::remove(logPath()));
+  ASSERT_EQ(::mkfifo(QFile::encodeName(logPath()).constData(), 0600), 0);
+  const testsupport::LogCapture lines;
+  log.startCapture();
+  EXPECT_TRUE(log.isStarted());
+  EXPECT_EQ(lines.lines().first(),
+            logPath() + QStringLiteral(" cannot be opened, nothing will be logged: Invalid argument"));
+  log.stopCapture();
+  const QXCaptureLog again(logPath(), path("none.plist")); // nor by the making
+}
+
+TEST_F(CaptureLog, OnlyTheOwnerMayReadTheFileEvenOneFromBefore) {
+  const auto mode = [](const QString& file) {
+    return QFileInfo(file).permissions() & QFileDevice::Permissions(0x0fff);
+  };
+  const auto ownerOnly = QFileDevice::ReadUser | QFileDevice::WriteUser | QFileDevice::ReadOwner |
+                         QFileDevice::WriteOwner; // we are the owner
+  const mode_t mask = ::umask(0);
+  QXCaptureLog log(logPath(), path("none.plist"));
+  ::umask(mask);
+  EXPECT_EQ(mode(logPath()) & ~ownerOnly, QFileDevice::Permissions());
+  const QString before = write("before.log", "old");
+  ASSERT_TRUE(QFile::setPermissions(before, ownerOnly | QFileDevice::ReadOther));
+  QXCaptureLog other(before, path("none.plist"));
+  other.startCapture();
+  other.stopCapture();
+  EXPECT_EQ(mode(before) & ~ownerOnly, QFileDevice::Permissions());
+}
+
+TEST_F(CaptureLog, AFileThatGrowsWithoutEndKeepsItsBeginningAndItsEnd) {
+  QXCaptureLog log(logPath(), path("none.plist"), {4000, 1000, 1500});
+  log.startCapture();
+  for (int line = 0; line < 1000; ++line) {
+    MTPB_LOG_PLAIN("line %d", line);
+    ASSERT_LE(QFileInfo(logPath()).size(), 4100);
+  }
+  log.stopCapture();
+  const QStringList lines = messages(logPath());
+  EXPECT_EQ(lines.first(), QStringLiteral("start Capture"));
+  EXPECT_EQ(lines.at(3), QStringLiteral("line 0"));
+  EXPECT_EQ(lines.filter(QStringLiteral("have been left out here")).size(), 1);
+  EXPECT_EQ(lines.mid(lines.size() - 2), (QStringList{QStringLiteral("line 999"), QStringLiteral("stop Capture")}));
+}
+
+TEST_F(CaptureLog, LinesAfterAStopAreNotCountedAgainstTheFile) {
+  const QString terminal = write("terminal", "");
+  QFile file(terminal);
+  ASSERT_TRUE(file.open(QIODevice::ReadWrite | QIODevice::Append));
+  const int saved = ::dup(STDERR_FILENO);
+  ::dup2(file.handle(), STDERR_FILENO);
+  QXCaptureLog log(logPath(), path("none.plist"), {4000, 1000, 1500});
+  log.startCapture();
+  log.stopCapture();
+  const qint64 captured = QFileInfo(logPath()).size();
+  for (int line = 0; line < 200; ++line)
+    MTPB_LOG_PLAIN("line %d", line);
+  ::dup2(saved, STDERR_FILENO);
+  ::close(saved);
+  EXPECT_EQ(QFileInfo(logPath()).size(), captured);
+  EXPECT_EQ(messages(terminal).filter(QStringLiteral("line ")).size(), 200);
 }
 
 TEST_F(CaptureLog, CapturingWorksForAProcessStartedWithoutStandardError) {
@@ -240,9 +307,9 @@ TEST_F(CaptureLog, AFileThatCannotBeCreatedInItsFolderIsLogged) {
 TEST_F(CaptureLog, TheDefaultOneStaysTheFirstOneWithItsFirstPath) {
   static QTemporaryDir first; // the default one lives as long as the process
   QXCaptureLog& log = QXCaptureLog::defaultCaptureLog(first.path());
-  EXPECT_EQ(log.logfilePath(), first.path() + QStringLiteral("/Log/mtpCapture.log"));
+  EXPECT_EQ(log.filePath(), first.path() + QStringLiteral("/Log/mtpCapture.log"));
   EXPECT_EQ(&QXCaptureLog::defaultCaptureLog(m_folder.path()), &log);
-  EXPECT_EQ(log.logfilePath(), first.path() + QStringLiteral("/Log/mtpCapture.log"));
+  EXPECT_EQ(log.filePath(), first.path() + QStringLiteral("/Log/mtpCapture.log"));
   EXPECT_FALSE(QFileInfo::exists(path("Log")));
 }
 

@@ -60,7 +60,7 @@ class CaptureLog : public CaptureLogService {
 public:
   void start(const QString& path) override {
     QXCaptureLog& log = QXCaptureLog::defaultCaptureLog(path);
-    if (log.started())
+    if (log.isStarted())
       return;
     log.startCapture();
     for (const QString& line : supportLines())

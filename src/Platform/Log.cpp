@@ -1,5 +1,6 @@
 #include "Platform/Log.h"
 
+#include "Platform/LogLimit.h"
 #include "Platform/ThreadSafety.h"
 
 #include <QByteArray>
@@ -7,6 +8,7 @@
 
 #include <cstdarg>
 #include <cstdio>
+#include <optional>
 #include <string_view>
 #include <unistd.h>
 
@@ -15,6 +17,7 @@ namespace {
 
 Mutex g_mutex;
 std::function<void(const QString&)> g_sink MTPB_GUARDED_BY(g_mutex);
+std::optional<LogShortener> g_shortener MTPB_GUARDED_BY(g_mutex);
 
 // Names from a phone may hold anything: line ends that would forge a line, escape sequences that would drive a
 // terminal.
@@ -37,6 +40,14 @@ QByteArray onOneLine(const QByteArray& message) {
   return line;
 }
 
+// As it stands on standard error.
+QByteArray wholeLine(const QByteArray& message) {
+  QByteArray line = QDateTime::currentDateTime().toString(QStringLiteral("yyyy-MM-dd HH:mm:ss.zzz")).toLatin1();
+  line += " MTPBrowser[" + QByteArray::number(qlonglong(::getpid())) + ':' + QByteArray::number(qlonglong(::gettid())) +
+          "] " + onOneLine(message) + '\n';
+  return line;
+}
+
 void emitLine(QByteArray message) {
   while (message.endsWith('\n'))
     message.chop(1);
@@ -45,11 +56,11 @@ void emitLine(QByteArray message) {
     g_sink(QString::fromUtf8(message));
     return;
   }
-  QByteArray line = QDateTime::currentDateTime().toString(QStringLiteral("yyyy-MM-dd HH:mm:ss.zzz")).toLatin1();
-  line += " MTPBrowser[" + QByteArray::number(qlonglong(::getpid())) + ':' + QByteArray::number(qlonglong(::gettid())) +
-          "] " + onOneLine(message) + '\n';
+  const QByteArray line = wholeLine(message);
   // One fwrite on an unbuffered stream is one write: lines of several threads and a reopened stream stay whole.
   std::fwrite(line.constData(), 1, size_t(line.size()), stderr);
+  if (g_shortener)
+    g_shortener->shortenIfTooBig();
 }
 
 } // namespace
@@ -57,6 +68,16 @@ void emitLine(QByteArray message) {
 void setLogSink(std::function<void(const QString&)> sink) {
   const Lock lock(g_mutex);
   g_sink = std::move(sink);
+}
+
+void limitLog(int descriptor, const LogSizes& sizes) {
+  const Lock lock(g_mutex);
+  g_shortener.emplace(descriptor, sizes, wholeLine);
+}
+
+void unlimitLog() {
+  const Lock lock(g_mutex);
+  g_shortener.reset();
 }
 
 void logPlain(const char* format, ...) {
