@@ -1,6 +1,7 @@
 #include "DeviceNotifier/AddUMSNotifier.h"
 
 #include "Platform/Log.h"
+#include "Platform/MainThread.h"
 
 #include <cstring>
 
@@ -104,16 +105,23 @@ void AddUMSNotifier::DiskAdded(const platform::Disk& disk) {
       MTPB_LOG("External Flash Memory");
       slot->internal = 0;
       record.secondVolume = std::move(slot);
-      m_parts.events->sendDeviceNotifyEvent(SecondVolumeAppeared, record);
+      announce(SecondVolumeAppeared, record);
     } else {
       MTPB_LOG("Internal Flash Memory");
       slot->internal = 1;
       record.firstVolume = std::move(slot);
-      m_parts.events->sendDeviceNotifyEvent(FirstVolumeAppeared, record);
+      announce(FirstVolumeAppeared, record);
     }
     return true;
   });
   MTPB_LOG("EXIT");
+}
+
+void AddUMSNotifier::announce(std::int32_t eventType, const _connected_device& record) {
+  m_parts.events->sendDeviceNotifyEvent(eventType, record);
+  // The event has moved the flush to this thread, whose run loop may be kept for seconds by disks that are not mounted:
+  // a phone that came meanwhile must not wait for them.
+  platform::runOnMain([events = m_parts.events] { events->sendDeviceNotifyEventThread(); });
 }
 
 bool AddUMSNotifier::findVolumePath(const char* bsdName, QByteArray& url) const {
@@ -145,13 +153,13 @@ void AddUMSNotifier::DiskRemoved(const platform::Disk& disk) {
   m_parts.queue->find([&](_connected_device& record) {
     if (holds(record.firstVolume, bsdName)) {
       MTPB_LOG("%s internal disk unmounted", disk.bsdName.constData());
-      m_parts.events->sendDeviceNotifyEvent(FirstVolumeGone, record);
+      announce(FirstVolumeGone, record);
       freeSlot(record.firstVolume);
       return true;
     }
     if (holds(record.secondVolume, bsdName)) {
       MTPB_LOG("%s external disk unmounted", disk.bsdName.constData());
-      m_parts.events->sendDeviceNotifyEvent(SecondVolumeGone, record);
+      announce(SecondVolumeGone, record);
       freeSlot(record.secondVolume);
       return true;
     }

@@ -47,6 +47,8 @@ public:
   bool findVolumePath(const char* bsdName, QByteArray& url) const;
 
 private:
+  void announce(std::int32_t eventType, const _connected_device& record);
+
   const Parts m_parts;
   std::unique_ptr<platform::DiskSession> gSession; // null while stopped
 };

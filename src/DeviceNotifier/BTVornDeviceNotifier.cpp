@@ -155,8 +155,7 @@ struct BTVornDeviceNotifier::Run {
     usb.wake();
     ums.wake();
   }
-  bool sleep(std::chrono::seconds time) {
-    const auto end = std::chrono::steady_clock::now() + time;
+  bool sleepUntil(std::chrono::steady_clock::time_point end) {
     const platform::Lock lock(mutex);
     while (!quitThread)
       if (quitting.wait_until(mutex, end) == std::cv_status::timeout)
@@ -210,7 +209,11 @@ bool BTVornDeviceNotifier::registerNotification(const std::optional<QVariantList
 
 // Holds no shared pointer: the thread that sleeps keeps the run alive.
 std::function<bool(std::chrono::seconds)> BTVornDeviceNotifier::sleepOf(Run& run) const {
-  return m_parts.sleep ? m_parts.sleep : [&run](std::chrono::seconds time) { return run.sleep(time); };
+  if (m_parts.sleep)
+    return m_parts.sleep;
+  return [&run, now = m_parts.now ? m_parts.now : std::chrono::steady_clock::now](std::chrono::seconds time) {
+    return run.sleepUntil(now() + time);
+  };
 }
 
 bool BTVornDeviceNotifier::startUMSNotifierThread() {

@@ -36,6 +36,8 @@ public:
     /// Empty: waits in real time. Between two searches for a phone's serial port, and for a disk to be mounted; false
     /// when detection is to stop. Called on either notifier thread.
     std::function<bool(std::chrono::seconds)> sleep;
+    /// Empty: the time now. Only asked when such a wait begins. Called on either notifier thread.
+    std::function<std::chrono::steady_clock::time_point()> now = {};
     /// Empty: runs the main thread's event loop for `limit`, or until `done` holds.
     std::function<void(std::chrono::milliseconds limit, const std::function<bool()>& done)> runMainLoop = {};
     /// Whose disks are watched; used on the mass-storage and network thread. Null: the system's.

@@ -102,7 +102,10 @@ void AppDelegate::onReceiveDeviceCenterSupportToolNoti(const QString& name, cons
   platform::assertMainThread();
   if (name != supportNotification)
     return;
-  const QString type = userInfo.value(QStringLiteral("TYPE")).toString();
+  const QVariant command = userInfo.value(QStringLiteral("TYPE"));
+  if (command.typeId() != QMetaType::QString)
+    return; // a list of one text would turn into that text
+  const QString type = command.toString();
   if (type == u"DEBUG_LEVEL")
     MTPB_LOG_PLAIN("Receive Log level = %d", userInfo.value(QStringLiteral("VALUE")).toInt());
   if (type == u"START_CAPTURE")

@@ -15,6 +15,7 @@ const QString kSignal = QStringLiteral("Posted");
 const QString kPath = QStringLiteral("/org/mtpbrowser/Notifications");
 constexpr int kMaxEntries = 64;
 constexpr qsizetype kMaxText = 65'536;
+constexpr int kMaxComplaints = 10; // another program may send such signals without end
 
 // A value of the kinds that are let in; an invalid variant for every other one.
 QVariant acceptedValue(const QVariant& value) {
@@ -82,7 +83,9 @@ public:
 private Q_SLOTS:
   void onPosted(const QDBusMessage& message) {
     if (message.signature() != u"sa{sv}") {
-      MTPB_LOG("a signal with the arguments \"%s\" is no notification", qUtf8Printable(message.signature()));
+      if (m_complaints < kMaxComplaints)
+        MTPB_LOG("a signal with the arguments \"%s\" is no notification%s", qUtf8Printable(message.signature()),
+                 ++m_complaints == kMaxComplaints ? "; more of them are passed over without a word" : "");
       return;
     }
     const QVariantList arguments = message.arguments();
@@ -93,6 +96,7 @@ private Q_SLOTS:
 private:
   QDBusConnection m_bus;
   NotificationCenter& m_observers;
+  int m_complaints = 0;
 };
 
 DistributedNotificationCenter& DistributedNotificationCenter::defaultCenter() {

@@ -42,6 +42,8 @@ void RunLoop::removeSource(const std::shared_ptr<RunLoopSource>& source) {
 }
 
 std::shared_ptr<RunLoopTimer> RunLoop::addTimer(RunLoopTimer::Clock::time_point fireDate, std::function<void()> fire) {
+  // A thread may add timers without ever driving its loop: those given up must not pile up.
+  std::erase_if(m_timers, [](const auto& timer) { return !timer->m_valid; });
   m_timers.push_back(std::make_shared<RunLoopTimer>(fireDate, std::move(fire)));
   return m_timers.back();
 }

@@ -12,7 +12,7 @@ namespace platform {
 /// Something a run loop watches. Owned by whoever made it and by the run loops it was added to.
 struct RunLoopSource {
   int fd = -1;                   ///< polled for reading; stays owned by the maker, which keeps it open while added
-  std::function<void()> perform; ///< called on the loop's thread when `fd` is readable; must not block
+  std::function<void()> perform; ///< called on the loop's thread when `fd` is readable; holds up all else
 };
 
 /// A one-shot timer. Owned by its run loop until it has fired and by whoever keeps the pointer.

@@ -23,8 +23,17 @@ bool hasMedium(udev_device* device) {
   return !sectors.isEmpty() && sectors != "0";
 }
 
+// What the rules read from the medium; without it the size, which differs for most.
+QByteArray mediumOf(udev_device* device) {
+  for (const char* property : {"ID_FS_UUID", "ID_PART_TABLE_UUID"})
+    if (const char* identity = udev_device_get_property_value(device, property); identity != nullptr)
+      return identity;
+  return QByteArray(udev_device_get_sysattr_value(device, "size")).trimmed();
+}
+
 Disk diskOf(udev_device* device) {
-  return {QByteArray(udev_device_get_sysname(device)), QString::fromUtf8(udev_device_get_syspath(device))};
+  return {QByteArray(udev_device_get_sysname(device)), QString::fromUtf8(udev_device_get_syspath(device)),
+          mediumOf(device)};
 }
 
 std::optional<QString> shownText(const QByteArray& value) {

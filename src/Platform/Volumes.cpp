@@ -7,8 +7,9 @@
 
 namespace platform {
 
-DiskSession::DiskSession(std::shared_ptr<Volumes> volumes)
-    : m_volumes(std::move(volumes)) {}
+DiskSession::DiskSession(std::shared_ptr<Volumes> volumes, std::chrono::milliseconds listAgain)
+    : m_volumes(std::move(volumes))
+    , m_listAgain(listAgain) {}
 
 DiskSession::~DiskSession() {
   unschedule();
@@ -31,14 +32,15 @@ int DiskSession::schedule(std::shared_ptr<RunLoop> runLoop) {
   m_source->perform = [this] { perform(); };
   m_runLoop->addSource(m_source);
   // After the monitor: a disk that comes in between is seen by one of the two, or by both and told once.
-  m_firstList = m_runLoop->addTimer(RunLoopTimer::Clock::now(), [this] { readAnew(); });
+  m_listFailed = false;
+  readAnewAfter({});
   return 0;
 }
 
 void DiskSession::unschedule() {
   if (m_runLoop == nullptr)
     return;
-  m_firstList->invalidate();
+  m_nextList->invalidate();
   m_runLoop->removeSource(m_source);
   m_monitor.reset();
   m_runLoop.reset();
@@ -60,9 +62,13 @@ void DiskSession::perform() {
 void DiskSession::readAnew() {
   std::vector<Disk> disks;
   if (const int error = m_volumes->disks(disks); error != 0) {
-    MTPB_LOG("disks cannot be listed: %s", std::strerror(error));
+    if (!m_listFailed)
+      MTPB_LOG("disks cannot be listed: %s", std::strerror(error));
+    m_listFailed = true;
+    readAnewAfter(m_listAgain);
     return;
   }
+  m_listFailed = false;
   const std::set<Disk> now(disks.begin(), disks.end());
   const std::set<Disk> known = m_known;
   for (const Disk& disk : known)
@@ -72,7 +78,15 @@ void DiskSession::readAnew() {
     present(disk);
 }
 
+void DiskSession::readAnewAfter(std::chrono::milliseconds delay) {
+  if (m_nextList)
+    m_nextList->invalidate();
+  m_nextList = m_runLoop->addTimer(RunLoopTimer::Clock::now() + delay, [this] { readAnew(); });
+}
+
 void DiskSession::present(const Disk& disk) {
+  if (const auto known = m_known.find(disk); known != m_known.end() && known->medium != disk.medium)
+    gone(Disk(*known));
   if (m_known.insert(disk).second && m_appeared)
     m_appeared(disk);
 }

@@ -9,6 +9,7 @@
 #include <QByteArray>
 #include <QString>
 
+#include <chrono>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -19,8 +20,9 @@ namespace platform {
 
 /// A block device with a medium in it: a whole disk or one of its partitions.
 struct Disk {
-  QByteArray bsdName; ///< the kernel's name, "sdb1"; empty where it has none
-  QString entryId;    ///< names the disk to Volumes; differs between two attachments
+  QByteArray bsdName;     ///< the kernel's name, "sdb1"; empty where it has none
+  QString entryId;        ///< names the disk to Volumes; differs between two attachments
+  QByteArray medium = {}; ///< tells one medium in the same drive from another, as far as it can be told
 
   bool operator<(const Disk& other) const { return entryId < other.entryId; }
 };
@@ -82,12 +84,16 @@ class DiskSession {
 public:
   using Callback = std::function<void(const Disk&)>;
 
-  explicit DiskSession(std::shared_ptr<Volumes> volumes);
+  /// How long after a failure the list of disks is asked for again.
+  static constexpr std::chrono::milliseconds listAgainAfter{5000};
+
+  explicit DiskSession(std::shared_ptr<Volumes> volumes, std::chrono::milliseconds listAgain = listAgainAfter);
   ~DiskSession();
   DiskSession(const DiskSession&) = delete;
   DiskSession& operator=(const DiskSession&) = delete;
 
-  /// Called once for each disk that is there at schedule() and for each that comes later.
+  /// Called once for each disk that is there at schedule() and for each that comes later. Another medium in the same
+  /// drive is another disk: the one before goes first.
   void registerDiskAppearedCallback(Callback appeared) { m_appeared = std::move(appeared); }
   /// Called once for each such disk that goes.
   void registerDiskDisappearedCallback(Callback disappeared) { m_disappeared = std::move(disappeared); }
@@ -100,15 +106,18 @@ public:
 private:
   void perform();
   void readAnew();
+  void readAnewAfter(std::chrono::milliseconds delay);
   void present(const Disk& disk);
   void gone(const Disk& disk);
 
   const std::shared_ptr<Volumes> m_volumes;
+  const std::chrono::milliseconds m_listAgain;
   Callback m_appeared, m_disappeared;
-  std::unique_ptr<DiskMonitor> m_monitor; // null while not scheduled, as the next three
+  std::unique_ptr<DiskMonitor> m_monitor; // null while not scheduled, as the next two
   std::shared_ptr<RunLoop> m_runLoop;
   std::shared_ptr<RunLoopSource> m_source;
-  std::shared_ptr<RunLoopTimer> m_firstList;
+  std::shared_ptr<RunLoopTimer> m_nextList;
+  bool m_listFailed = false; // the last time
   std::set<Disk> m_known;
 };
 

@@ -287,6 +287,15 @@ TEST_F(UmsNotifier, OfTwoMatchingPhonesTheFirstInTheQueueIsTaken) {
   EXPECT_EQ(second->secondVolume, nullptr);
 }
 
+TEST_F(UmsNotifier, APhonePooledMeanwhileDoesNotWaitForThisThreadsRunLoop) {
+  m_events->sendDeviceNotifyEvent(DeviceAttached, *m_phone);
+  m_volumes->insert(scripted::Volumes::disk("sdb"), phoneDisk("Phone Card"));
+  m_notifier->DiskAdded(scripted::Volumes::disk("sdb"));
+  drainMainQueue();                                                   // the flush
+  drainMainQueue();                                                   // what it posted
+  EXPECT_THAT(m_posted.types(), testing::UnorderedElementsAre(1, 7)); // without a pass of the run loop
+}
+
 TEST_F(UmsNotifier, ARecordWithoutANameIsNoPhoneOfAnyDisk) {
   m_phone->deviceName.reset();
   insert("sdb", phoneDisk("Phone Card"));

@@ -178,14 +178,13 @@ TEST_F(DeviceNotifier, APtpPhoneYieldsEvent12OnTheMainThread) {
 }
 
 TEST_F(DeviceNotifier, StoppingWakesAThreadThatWaitsForASerialPort) {
+  // The wait would last for hours.
+  m_parts.now = [] { return std::chrono::steady_clock::now() + std::chrono::hours(9); };
   m_bus->attach(phone(slowProduct));
   make(m_bus).registerNotification(std::nullopt);
   ASSERT_TRUE(eventually([this] { return m_posted.types() == std::vector<int>{14}; }));
-  QElapsedTimer time;
-  time.start();
   m_notifier->unRegisterNotification();
   EXPECT_FALSE(m_notifier->usbNotiThread());
-  EXPECT_LT(time.elapsed(), 1900); // two seconds is what one wait takes
   drainMainQueue();
   EXPECT_THAT(m_posted.types(), ElementsAre(14));
 }

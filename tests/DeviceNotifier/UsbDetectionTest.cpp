@@ -4,14 +4,12 @@
 #include "Platform/UdevDeviceRegistry.h"
 #include "Platform/UdevVolumes.h"
 #include "Platform/Workers.h"
+#include "support/UdevBed.h"
 
 #include <gmock/gmock.h>
-#include <umockdev.h>
 
 #include <QTemporaryDir>
 
-#include <cstdlib>
-#include <filesystem>
 #include <fstream>
 #include <string>
 
@@ -20,14 +18,10 @@ using testing::IsEmpty;
 
 namespace {
 
-class UsbDetection : public testing::TestWithParam<platform::UdevDeviceRegistry::Source> {
+class UsbDetection : public testing::TestWithParam<platform::UdevDeviceRegistry::Source>,
+                     protected testsupport::UdevBed {
 protected:
-  void SetUp() override {
-    const char* preloaded = std::getenv("LD_PRELOAD");
-    ASSERT_THAT(std::string(preloaded == nullptr ? "" : preloaded), testing::HasSubstr("umockdev"))
-        << "run this program under umockdev-wrapper";
-    m_bed = umockdev_testbed_new();
-  }
+  void SetUp() override { ASSERT_TRUE(isThere()) << "run this program under umockdev-wrapper"; }
   void TearDown() override {
     if (m_notifier) {
       m_notifier->unRegisterNotification();
@@ -35,8 +29,6 @@ protected:
     }
     m_notifier.reset();
     EXPECT_TRUE(eventually([] { return platform::runningWorkers() == 0; }));
-    if (m_bed != nullptr)
-      g_object_unref(m_bed);
   }
   void start(bool acceptAny = false) {
     BTVornDeviceNotifier::Parts parts;
@@ -47,22 +39,18 @@ protected:
     ASSERT_TRUE(eventually([this] { return m_log.has(QStringLiteral("CFRunLoopRun")); }));
   }
   std::string plug(const char* vendorId, const char* productId) {
-    return take(umockdev_testbed_add_device(m_bed, "usb", "20-2", nullptr, "idVendor", vendorId, "idProduct", productId,
-                                            "bcdDevice", "0404", "busnum", "20", "devpath", "2", "serial", "LS0001",
-                                            nullptr, "DEVTYPE", "usb_device", "DEVNUM", "007", nullptr));
+    return add("usb", "20-2", "",
+               {"idVendor", vendorId, "idProduct", productId, "bcdDevice", "0404", "busnum", "20", "devpath", "2",
+                "serial", "LS0001"},
+               {"DEVTYPE", "usb_device", "DEVNUM", "007"});
   }
   std::string addInterface(const std::string& device, const char* classCode) {
-    return take(umockdev_testbed_add_device(m_bed, "usb", "20-2:1.0", device.c_str(), "bInterfaceClass", classCode,
-                                            "bInterfaceSubClass", "01", "bInterfaceProtocol", "01", nullptr, "DEVTYPE",
-                                            "usb_interface", nullptr));
+    return add("usb", "20-2:1.0", device,
+               {"bInterfaceClass", classCode, "bInterfaceSubClass", "01", "bInterfaceProtocol", "01"},
+               {"DEVTYPE", "usb_interface"});
   }
   void addSerialPort(const std::string& interface) {
-    take(umockdev_testbed_add_device(m_bed, "tty", "ttyACM0", interface.c_str(), nullptr, "DEVNAME", "/dev/ttyACM0",
-                                     nullptr));
-  }
-  void unplug(const std::string& device) {
-    umockdev_testbed_uevent(m_bed, device.c_str(), "remove");
-    umockdev_testbed_remove_device(m_bed, device.c_str());
+    add("tty", "ttyACM0", interface, {}, {"DEVNAME", "/dev/ttyACM0"});
   }
   bool announced(const std::vector<int>& types) {
     return eventually([&] { return m_posted.types() == types; });
@@ -70,25 +58,16 @@ protected:
   // Lets the notifier handle a marker device, so that everything told before has been handled, too.
   void settle() {
     const QStringList before = m_log.lines();
-    take(umockdev_testbed_add_device(m_bed, "usb", ("20-9." + std::to_string(++m_markers)).c_str(), nullptr, "product",
-                                     "marker", nullptr, "DEVTYPE", "usb_device", nullptr));
+    add("usb", "20-9." + std::to_string(++m_markers), "", {"product", "marker"}, {"DEVTYPE", "usb_device"});
     ASSERT_TRUE(
         eventually([&] { return m_log.count(QStringLiteral("deviceNameAsCFString name : marker")) == m_markers; }));
     drainMainQueue();
   }
 
-  UMockdevTestbed* m_bed = nullptr;
   int m_markers = 0;
   LogLines m_log;
   PostedNotifications m_posted;
   std::unique_ptr<BTVornDeviceNotifier> m_notifier;
-
-  static std::string take(gchar* path) {
-    const std::string result = path == nullptr ? "" : path;
-    g_free(path);
-    EXPECT_FALSE(result.empty());
-    return result;
-  }
 };
 
 TEST_P(UsbDetection, APhonePluggedInAndOutIsAttachedAndDetachedOnce) {
@@ -102,7 +81,7 @@ TEST_P(UsbDetection, APhonePluggedInAndOutIsAttachedAndDetachedOnce) {
   EXPECT_EQ(attach.userInfo.value(QStringLiteral("BCD")), QVariant(0x0404));
   EXPECT_EQ(attach.text("USB_SERIAL_NUMBER"), QStringLiteral("LS0001"));
   EXPECT_TRUE(attach.onMainThread);
-  unplug(device);
+  remove(device);
   ASSERT_TRUE(announced({1, 2}));
   settle();
   EXPECT_THAT(m_posted.types(), ElementsAre(1, 2));
@@ -139,11 +118,11 @@ TEST_P(UsbDetection, AnotherMakersMtpDeviceIsAnnouncedOnceWhenItsInterfacesComeA
   settle(); // the device has been looked at without interfaces
   EXPECT_THAT(m_posted.all(), IsEmpty());
   addInterface(device, "06");
-  umockdev_testbed_uevent(m_bed, device.c_str(), "bind");
+  tell(device, "bind");
   ASSERT_TRUE(announced({1}));
   settle();
   EXPECT_THAT(m_posted.types(), ElementsAre(1));
-  unplug(device);
+  remove(device);
   ASSERT_TRUE(announced({1, 2}));
 }
 
@@ -151,8 +130,8 @@ TEST_P(UsbDetection, AMemoryStickIsNeverAnnounced) {
   start(true);
   const std::string device = plug("1234", "0001");
   addInterface(device, "08");
-  umockdev_testbed_uevent(m_bed, device.c_str(), "bind");
-  unplug(device);
+  tell(device, "bind");
+  remove(device);
   settle();
   EXPECT_THAT(m_posted.all(), IsEmpty());
 }
@@ -180,7 +159,7 @@ TEST_P(UsbAtStart, APhoneAttachedAlreadyIsAnnouncedOnce) {
   const std::string device = plug("7e55", "4160");
   start();
   ASSERT_TRUE(announced({1}));
-  umockdev_testbed_uevent(m_bed, device.c_str(), "add"); // announced again: nothing new
+  tell(device, "add"); // announced again: nothing new
   settle();
   EXPECT_THAT(m_posted.types(), ElementsAre(1));
 }
@@ -204,14 +183,10 @@ protected:
     ASSERT_TRUE(eventually([this] { return m_log.count(QStringLiteral("CFRunLoopRun")) == 2; }));
   }
   std::string addDisk(const std::string& parent, const char* model) {
-    gchar* root = umockdev_testbed_get_root_dir(m_bed); // the test bed itself knows no block device by its number
-    const std::filesystem::path numbers = std::string(root) + "/sys/dev/block";
-    g_free(root);
-    std::filesystem::create_directories(numbers);
-    std::filesystem::create_symlink("../.." + parent.substr(4) + "/sdb", numbers / "8:16");
-    return take(umockdev_testbed_add_device(m_bed, "block", "sdb", parent.c_str(), "size", "4096", "dev", "8:16",
-                                            nullptr, "DEVTYPE", "disk", "DEVNAME", "/dev/sdb", "MAJOR", "8", "MINOR",
-                                            "16", "ID_MODEL_ENC", model, "ID_FS_TYPE", "vfat", nullptr));
+    numberDisk(parent + "/sdb", "8:16");
+    return add("block", "sdb", parent, {"size", "4096", "dev", "8:16"},
+               {"DEVTYPE", "disk", "DEVNAME", "/dev/sdb", "MAJOR", "8", "MINOR", "16", "ID_MODEL_ENC", model,
+                "ID_FS_TYPE", "vfat"});
   }
   std::string table() const { return m_folder.filePath(QStringLiteral("mountinfo")).toStdString(); }
 
@@ -227,7 +202,7 @@ TEST_P(DiskDetection, APhonesCardMountedAfterItCameIsAnnouncedAndGoesOnce) {
   ASSERT_TRUE(announced({1, 7}));
   EXPECT_EQ(m_posted.all().back().text("LocationId"), QStringLiteral("14200000"));
   EXPECT_EQ(m_posted.all().back().text("UmsPath"), QStringLiteral("file:///media/My Card"));
-  unplug(disk);
+  remove(disk);
   ASSERT_TRUE(announced({1, 7, 8}));
   settle();
   EXPECT_THAT(m_posted.types(), ElementsAre(1, 7, 8));
@@ -237,10 +212,10 @@ TEST_P(DiskDetection, AnotherDevicesDiskIsNotAnnounced) {
   startBoth();
   plug("7e55", "4160");
   ASSERT_TRUE(announced({1}));
-  const std::string stick = take(umockdev_testbed_add_device(
-      m_bed, "usb", "20-3", nullptr, "idVendor", "1234", "idProduct", "0001", "busnum", "20", "devpath", "3", "product",
-      "Stick", nullptr, "DEVTYPE", "usb_device", "DEVNUM", "008", nullptr));
-  unplug(addDisk(stick, "Phone\\x20Card"));
+  const std::string stick = add(
+      "usb", "20-3", "", {"idVendor", "1234", "idProduct", "0001", "busnum", "20", "devpath", "3", "product", "Stick"},
+      {"DEVTYPE", "usb_device", "DEVNUM", "008"});
+  remove(addDisk(stick, "Phone\\x20Card"));
   ASSERT_TRUE(eventually([this] { return m_log.has(QStringLiteral("sdb DiskAdded")); }));
   settle();
   EXPECT_THAT(m_posted.types(), ElementsAre(1));

@@ -264,6 +264,8 @@ TEST_F(AppDelegateTest, ASupportToolNotificationOfAnotherNameOrKindDoesNothing) 
   m_record.calls.clear();
   m_record.supportTool(QStringLiteral("OTHER"), {{QStringLiteral("TYPE"), QStringLiteral("START_CAPTURE")}});
   m_record.supportTool(m_record.supportToolName, {{QStringLiteral("TYPE"), QVariantList{1, 2}}});
+  m_record.supportTool(m_record.supportToolName,
+                       {{QStringLiteral("TYPE"), QStringList{QStringLiteral("START_CAPTURE")}}});
   m_record.supportTool(m_record.supportToolName, {});
   EXPECT_TRUE(m_record.calls.isEmpty());
 }

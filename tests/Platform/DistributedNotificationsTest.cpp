@@ -171,6 +171,15 @@ TEST_F(DistributedNotifications, SignalsOfAnotherShapeAreDroppedWithALine) {
   EXPECT_EQ(log.count(QStringLiteral("is no notification")), 6);
 }
 
+TEST_F(DistributedNotifications, AFloodOfSuchSignalsWritesTenLinesOfWhichTheLastSaysSo) {
+  const testsupport::LogCapture log;
+  for (int i = 0; i < 50; ++i)
+    send({i});
+  settle();
+  EXPECT_EQ(log.count(QStringLiteral("is no notification")), 9);
+  EXPECT_EQ(log.count(QStringLiteral("is no notification; more of them are passed over without a word")), 1);
+}
+
 TEST_F(DistributedNotifications, ABusThatGoesAwayIsNoMoreThanSilence) {
   m_bus.stop();
   EXPECT_TRUE(QTest::qWaitFor([&] { return !m_own->isConnected(); }, kLimit));

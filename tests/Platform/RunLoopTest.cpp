@@ -140,6 +140,13 @@ TEST_F(RunLoopTest, AnInvalidatedTimerDoesNotFire) {
   EXPECT_THAT(said(), IsEmpty());
 }
 
+TEST_F(RunLoopTest, InvalidatedTimersOfALoopThatIsNeverDrivenDoNotPileUp) {
+  const auto held = std::make_shared<int>();
+  for (int i = 0; i < 3; ++i)
+    m_loop.addTimer(Clock::now(), [held] {})->invalidate();
+  EXPECT_EQ(held.use_count(), 2); // the latest alone
+}
+
 TEST_F(RunLoopTest, ATimerOfTheFutureWaits) {
   m_loop.addTimer(Clock::now() + 1h, say("timer"));
   m_loop.runFor(0ms);

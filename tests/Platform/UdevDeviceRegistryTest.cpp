@@ -2,12 +2,11 @@
 #include "Platform/UdevDeviceRegistry.h"
 #include "Platform/NotificationPort.h"
 #include "Platform/RunLoop.h"
+#include "support/UdevBed.h"
 
 #include <gmock/gmock.h>
-#include <umockdev.h>
 
 #include <cerrno>
-#include <cstdlib>
 #include <filesystem>
 #include <map>
 #include <string>
@@ -19,41 +18,12 @@ using testing::SizeIs;
 
 namespace {
 
-using Texts = std::vector<std::string>;
+using testsupport::Texts;
 
 // A test bed with USB devices in it; the bus has the number 20 (0x14).
-class UdevRegistry : public testing::TestWithParam<UdevDeviceRegistry::Source> {
+class UdevRegistry : public testing::TestWithParam<UdevDeviceRegistry::Source>, protected testsupport::UdevBed {
 protected:
-  void SetUp() override {
-    const char* preloaded = std::getenv("LD_PRELOAD");
-    ASSERT_THAT(std::string(preloaded == nullptr ? "" : preloaded), testing::HasSubstr("umockdev"))
-        << "run this program under umockdev-wrapper";
-    m_bed = umockdev_testbed_new();
-  }
-  void TearDown() override {
-    if (m_bed != nullptr)
-      g_object_unref(m_bed);
-  }
-
-  std::string add(const char* subsystem, const std::string& name, const std::string& parent, Texts attributes,
-                  Texts properties) {
-    const auto list = [](Texts& texts) {
-      std::vector<char*> pointers;
-      for (std::string& text : texts)
-        pointers.push_back(text.data());
-      pointers.push_back(nullptr);
-      return pointers;
-    };
-    auto attributeList = list(attributes);
-    auto propertyList = list(properties);
-    gchar* path =
-        umockdev_testbed_add_devicev(m_bed, subsystem, name.c_str(), parent.empty() ? nullptr : parent.c_str(),
-                                     attributeList.data(), propertyList.data());
-    const std::string result = path == nullptr ? "" : path;
-    g_free(path);
-    EXPECT_FALSE(result.empty());
-    return result;
-  }
+  void SetUp() override { ASSERT_TRUE(isThere()) << "run this program under umockdev-wrapper"; }
 
   // A device at the port chain `ports` ("2", "2.1") with the device number `number`.
   std::string addDevice(const std::string& ports, const std::string& number, const std::string& parent = {},
@@ -73,12 +43,6 @@ protected:
         {"DEVTYPE", "usb_interface"});
   }
 
-  // The device's message of its going, then its going.
-  void removeDevice(const std::string& path) {
-    umockdev_testbed_uevent(m_bed, path.c_str(), "remove");
-    umockdev_testbed_remove_device(m_bed, path.c_str());
-  }
-
   std::vector<std::shared_ptr<RegistryService>> list(ServiceClass serviceClass) {
     std::vector<std::shared_ptr<RegistryService>> found;
     EXPECT_EQ(m_registry.services(serviceClass, found), 0);
@@ -90,7 +54,6 @@ protected:
     return found.empty() ? nullptr : found.front();
   }
 
-  UMockdevTestbed* m_bed = nullptr;
   UdevDeviceRegistry m_registry{UdevDeviceRegistry::Source::Kernel};
 };
 
@@ -200,7 +163,7 @@ TEST_F(UdevRegistry, AMissingOrMangledAttributeIsAnErrorNotANumber) {
 TEST_F(UdevRegistry, ADeviceThatHasGoneCannotBeOpened) {
   const std::string path = addDevice("2", "007");
   const auto device = onlyDevice();
-  umockdev_testbed_remove_device(m_bed, path.c_str());
+  drop(path);
   std::unique_ptr<UsbDeviceInterface> opened;
   EXPECT_NE(device->open(opened), 0);
   EXPECT_EQ(opened, nullptr);
@@ -232,9 +195,7 @@ TEST_F(UdevRegistry, AnInterfaceIsAChildOfItsDeviceAndNoDevice) {
 
 TEST_F(UdevRegistry, AnEntryThatCannotBeReadDoesNotHideTheOthers) {
   addDevice("2", "007");
-  gchar* root = umockdev_testbed_get_root_dir(m_bed);
-  const std::string entry = std::string(root) + "/sys/bus/usb/devices/20-1";
-  g_free(root);
+  const std::string entry = rootFolder() + "/sys/bus/usb/devices/20-1";
   std::filesystem::create_symlink(entry, entry); // leads round in a circle
   EXPECT_THAT(list(ServiceClass::UsbDevice), SizeIs(1));
 }
@@ -272,7 +233,7 @@ TEST_P(UdevHotPlug, ADevicePluggedInComesOnceAndGoesOnce) {
   EXPECT_THAT(told(), IsEmpty());
   const std::string path = addDevice("2", "007");
   EXPECT_THAT(told(), ElementsAre("came Larkspur 5"));
-  removeDevice(path);
+  remove(path);
   EXPECT_THAT(told(), ElementsAre("gone"));
   EXPECT_THAT(told(), IsEmpty());
 }
@@ -297,7 +258,7 @@ TEST_P(UdevHotPlug, AnInterfaceThatComesLaterIsNewsOfItsDevice) {
   addInterface(device);
   EXPECT_THAT(told(), ElementsAre("changed"));
   EXPECT_THAT(m_services.back()->children(), SizeIs(1));
-  umockdev_testbed_uevent(m_bed, device.c_str(), "bind");
+  tell(device, "bind");
   EXPECT_THAT(told(), ElementsAre("changed"));
 }
 
@@ -305,13 +266,13 @@ TEST_P(UdevHotPlug, AnUnboundDeviceIsNoNews) {
   watch();
   const std::string device = addDevice("2", "007");
   EXPECT_THAT(told(), SizeIs(1));
-  umockdev_testbed_uevent(m_bed, device.c_str(), "unbind");
+  tell(device, "unbind");
   EXPECT_THAT(told(), IsEmpty());
 }
 
 TEST_P(UdevHotPlug, ADeviceUnpluggedBeforeItWasTakenNeverComes) {
   watch();
-  removeDevice(addDevice("2", "007"));
+  remove(addDevice("2", "007"));
   EXPECT_THAT(told(), IsEmpty());
 }
 
@@ -319,7 +280,7 @@ TEST_P(UdevHotPlug, AnotherAttachmentAtTheSamePlaceComesAnew) {
   watch();
   const std::string path = addDevice("2", "007");
   EXPECT_THAT(told(), ElementsAre("came Larkspur 5"));
-  removeDevice(path);
+  remove(path);
   addDevice("2", "008");
   EXPECT_THAT(told(), ElementsAre("gone", "came Larkspur 5"));
   EXPECT_NE(m_services.front()->entryId(), m_services.back()->entryId());

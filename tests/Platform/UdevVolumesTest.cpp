@@ -1,14 +1,12 @@
 // The real libudev on mocked disks, and libmount on a table of the test's. Needs umockdev's wrapper.
 #include "Platform/UdevVolumes.h"
+#include "support/UdevBed.h"
 
 #include <gmock/gmock.h>
-#include <umockdev.h>
 
 #include <QTemporaryDir>
 
 #include <cerrno>
-#include <cstdlib>
-#include <filesystem>
 #include <fstream>
 #include <poll.h>
 #include <string>
@@ -16,48 +14,21 @@
 using namespace platform;
 using testing::Contains;
 using testing::ElementsAre;
-using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::SizeIs;
 
 namespace {
 
-using Texts = std::vector<std::string>;
+using testsupport::Texts;
 
 // A phone at port 2 of bus 20 (0x14) with a drive of its own, and what hangs below it.
-class UdevVolumesTest : public testing::Test {
+class UdevVolumesTest : public testing::Test, protected testsupport::UdevBed {
 protected:
   void SetUp() override {
-    const char* preloaded = std::getenv("LD_PRELOAD");
-    ASSERT_THAT(std::string(preloaded == nullptr ? "" : preloaded), HasSubstr("umockdev"))
-        << "run this program under umockdev-wrapper";
-    m_bed = umockdev_testbed_new();
+    ASSERT_TRUE(isThere()) << "run this program under umockdev-wrapper";
     mountTable("");
   }
-  void TearDown() override {
-    if (m_bed != nullptr)
-      g_object_unref(m_bed);
-  }
 
-  std::string add(const char* subsystem, const std::string& name, const std::string& parent, Texts attributes,
-                  Texts properties) {
-    const auto list = [](Texts& texts) {
-      std::vector<char*> pointers;
-      for (std::string& text : texts)
-        pointers.push_back(text.data());
-      pointers.push_back(nullptr);
-      return pointers;
-    };
-    auto attributeList = list(attributes);
-    auto propertyList = list(properties);
-    gchar* path =
-        umockdev_testbed_add_devicev(m_bed, subsystem, name.c_str(), parent.empty() ? nullptr : parent.c_str(),
-                                     attributeList.data(), propertyList.data());
-    const std::string result = path == nullptr ? "" : path;
-    g_free(path);
-    EXPECT_FALSE(result.empty());
-    return result;
-  }
   std::string addDrive() {
     const std::string phone = add("usb", "20-2", "", {"busnum", "20", "devpath", "2", "product", "Larkspur 5"},
                                   {"DEVTYPE", "usb_device", "DEVNUM", "007"});
@@ -71,12 +42,7 @@ protected:
     properties.insert(properties.end(), {"DEVTYPE", "disk", "DEVNAME", "/dev/" + name, "MAJOR", number.substr(0, colon),
                                          "MINOR", number.substr(colon + 1)});
     const std::string path = add("block", name, parent, {"size", size, "dev", number}, properties);
-    gchar* root =
-        umockdev_testbed_get_root_dir(m_bed); // the test bed itself takes every number for a character device's
-    const std::string numbers = std::string(root) + "/sys/dev/block";
-    g_free(root);
-    std::filesystem::create_directories(numbers);
-    std::filesystem::create_symlink("../.." + path.substr(std::string("/sys").size()), numbers + "/" + number);
+    numberDisk(path, number);
     return path;
   }
 
@@ -99,7 +65,6 @@ protected:
     return volumes;
   }
 
-  UMockdevTestbed* m_bed = nullptr;
   const QTemporaryDir m_folder;
   const std::unique_ptr<UdevVolumes> m_volumes =
       std::make_unique<UdevVolumes>(UdevVolumes::Source::Kernel, tablePath());
@@ -168,7 +133,7 @@ TEST_F(UdevVolumesTest, AMountedDisksVolumePathIsAUrlOfItsMountPoint) {
 
 TEST_F(UdevVolumesTest, ADiskThatHasGoneHasNoDescription) {
   const std::string disk = addDisk();
-  umockdev_testbed_remove_device(m_bed, disk.c_str());
+  drop(disk);
   EXPECT_FALSE(m_volumes->description({"sdb", QString::fromStdString(disk)}).has_value());
   EXPECT_FALSE(m_volumes->description({}).has_value());
 }
@@ -220,8 +185,8 @@ protected:
     return seen;
   }
   void setSize(const std::string& disk, const char* size) {
-    umockdev_testbed_set_attribute(m_bed, disk.c_str(), "size", size);
-    umockdev_testbed_uevent(m_bed, disk.c_str(), "change");
+    setAttribute(disk, "size", size);
+    tell(disk, "change");
   }
 
   std::unique_ptr<UdevVolumes> m_watched;
@@ -233,8 +198,7 @@ TEST_P(UdevDiskHotPlug, ADiskComesAndGoes) {
   EXPECT_THAT(told(), IsEmpty());
   const std::string disk = addDisk();
   EXPECT_THAT(told(), ElementsAre("+sdb"));
-  umockdev_testbed_uevent(m_bed, disk.c_str(), "remove");
-  umockdev_testbed_remove_device(m_bed, disk.c_str());
+  remove(disk);
   EXPECT_THAT(told(), ElementsAre("-sdb"));
 }
 
@@ -246,6 +210,25 @@ TEST_P(UdevDiskHotPlug, ADiskComesWithItsMediumAndGoesWithIt) {
   EXPECT_THAT(told(), ElementsAre("+sdb"));
   setSize(disk, "0");
   EXPECT_THAT(told(), ElementsAre("-sdb"));
+}
+
+TEST_P(UdevDiskHotPlug, AMediumExchangedIsKnownByItsIdentityOrItsSize) {
+  watch();
+  const auto mediumTold = [this] {
+    bool lost = false;
+    const auto changes = m_monitor->take(lost);
+    return changes.size() == 1 ? changes.front().disk.medium : QByteArray("none");
+  };
+  const std::string disk = addDisk("sdb", "", "4096");
+  EXPECT_EQ(mediumTold(), "4096");
+  setSize(disk, "8192");
+  EXPECT_EQ(mediumTold(), "8192");
+  setProperty(disk, "ID_PART_TABLE_UUID", "table");
+  tell(disk, "change");
+  EXPECT_EQ(mediumTold(), "table");
+  setProperty(disk, "ID_FS_UUID", "0A1B-2C3D");
+  tell(disk, "change");
+  EXPECT_EQ(mediumTold(), "0A1B-2C3D");
 }
 
 TEST_P(UdevDiskHotPlug, OtherDevicesAreNoDisks) {

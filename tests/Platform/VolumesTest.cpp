@@ -29,7 +29,7 @@ protected:
   std::shared_ptr<scripted::Volumes> m_volumes = std::make_shared<scripted::Volumes>();
   std::shared_ptr<RunLoop> m_loop = std::make_shared<RunLoop>();
   std::vector<QByteArray> m_told;
-  DiskSession m_session{m_volumes};
+  DiskSession m_session{m_volumes, std::chrono::milliseconds(0)}; // asks again in the next pass
 };
 
 TEST_F(DiskSessionTest, DisksThatAreThereAppearFromTheRunLoop) {
@@ -112,7 +112,44 @@ TEST_F(DiskSessionTest, AListThatCannotBeReadTakesNoDiskAway) {
   m_volumes->failWith(EIO, 0, 0);
   m_volumes->loseChanges();
   EXPECT_THAT(told(), IsEmpty());
-  EXPECT_EQ(log.count(QStringLiteral("disks cannot be listed: Input/output error")), 1);
+  EXPECT_THAT(told(), IsEmpty());
+  EXPECT_EQ(log.count(QStringLiteral("disks cannot be listed: Input/output error")), 1); // not each time
+}
+
+TEST_F(DiskSessionTest, AListThatCannotBeReadIsAskedForAgainUntilItCan) {
+  insert("sda");
+  m_volumes->failWith(EIO, 0, 0);
+  m_session.schedule(m_loop);
+  EXPECT_THAT(told(), IsEmpty());
+  EXPECT_THAT(told(), IsEmpty());
+  m_volumes->failWith(0, 0, 0);
+  EXPECT_THAT(told(), ElementsAre("+sda"));
+  EXPECT_THAT(told(), IsEmpty());
+}
+
+TEST_F(DiskSessionTest, UnscheduledWhileItIsToAskAgainListsNothing) {
+  insert("sda");
+  m_volumes->failWith(EIO, 0, 0);
+  m_session.schedule(m_loop);
+  EXPECT_THAT(told(), IsEmpty());
+  m_session.unschedule();
+  m_volumes->failWith(0, 0, 0);
+  EXPECT_THAT(told(), IsEmpty());
+}
+
+TEST_F(DiskSessionTest, AnotherMediumInTheSameDriveIsAnotherDisk) {
+  Disk disk = scripted::Volumes::disk("sdb");
+  disk.medium = "one";
+  m_session.schedule(m_loop);
+  m_volumes->insert(disk, {});
+  m_volumes->change(disk);
+  EXPECT_THAT(told(), ElementsAre("+sdb"));
+  disk.medium = "two";
+  m_volumes->change(disk);
+  m_volumes->change(disk);
+  EXPECT_THAT(told(), ElementsAre("-sdb", "+sdb"));
+  m_volumes->remove(disk);
+  EXPECT_THAT(told(), ElementsAre("-sdb"));
 }
 
 } // namespace
