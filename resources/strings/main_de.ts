@@ -159,6 +159,11 @@ Unlock it. If that doesn’t help, unplug it and plug it in again.</source>
         <translation>Ihr Telefon antwortet nicht.
 Entsperren Sie es. Hilft das nicht, ziehen Sie es ab und stecken Sie es erneut ein.</translation>
     </message>
+    <message id="MSG_SuspendReason">
+        <source>Files are being copied</source>
+        <extracomment>Shown by the desktop as the reason why the computer is kept awake.</extracomment>
+        <translation>Dateien werden kopiert</translation>
+    </message>
     <message id="menu_file">
         <source>&amp;File</source>
         <extracomment>Menu bar. “&amp;” stands before the letter that opens the menu with Alt.</extracomment>

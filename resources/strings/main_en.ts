@@ -151,6 +151,11 @@ Quit that program, or eject the phone there.</translation>
         <translation>Your phone doesn’t answer.
 Unlock it. If that doesn’t help, unplug it and plug it in again.</translation>
     </message>
+    <message id="MSG_SuspendReason">
+        <source></source>
+        <extracomment>Shown by the desktop as the reason why the computer is kept awake.</extracomment>
+        <translation>Files are being copied</translation>
+    </message>
     <message id="menu_file">
         <source></source>
         <extracomment>Menu bar. “&amp;” stands before the letter that opens the menu with Alt.</extracomment>

@@ -159,6 +159,11 @@ Unlock it. If that doesn’t help, unplug it and plug it in again.</source>
         <translation>הטלפון אינו מגיב.
 יש לבטל את נעילתו. אם זה לא עוזר, יש לנתק אותו ולחבר מחדש.</translation>
     </message>
+    <message id="MSG_SuspendReason">
+        <source>Files are being copied</source>
+        <extracomment>Shown by the desktop as the reason why the computer is kept awake.</extracomment>
+        <translation>קבצים מועתקים</translation>
+    </message>
     <message id="menu_file">
         <source>&amp;File</source>
         <extracomment>Menu bar. “&amp;” stands before the letter that opens the menu with Alt.</extracomment>

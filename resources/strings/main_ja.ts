@@ -159,6 +159,11 @@ Unlock it. If that doesn’t help, unplug it and plug it in again.</source>
         <translation>スマートフォンが応答しません。
 ロックを解除してください。だめな場合は、抜いてからつなぎ直してください。</translation>
     </message>
+    <message id="MSG_SuspendReason">
+        <source>Files are being copied</source>
+        <extracomment>Shown by the desktop as the reason why the computer is kept awake.</extracomment>
+        <translation>ファイルをコピーしています</translation>
+    </message>
     <message id="menu_file">
         <source>&amp;File</source>
         <extracomment>Menu bar. “&amp;” stands before the letter that opens the menu with Alt.</extracomment>

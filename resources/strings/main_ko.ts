@@ -159,6 +159,11 @@ Unlock it. If that doesn’t help, unplug it and plug it in again.</source>
         <translation>휴대전화가 응답하지 않습니다.
 잠금을 해제하세요. 그래도 안 되면 뽑았다가 다시 연결하세요.</translation>
     </message>
+    <message id="MSG_SuspendReason">
+        <source>Files are being copied</source>
+        <extracomment>Shown by the desktop as the reason why the computer is kept awake.</extracomment>
+        <translation>파일을 복사하는 중</translation>
+    </message>
     <message id="menu_file">
         <source>&amp;File</source>
         <extracomment>Menu bar. “&amp;” stands before the letter that opens the menu with Alt.</extracomment>

@@ -159,6 +159,11 @@ Unlock it. If that doesn’t help, unplug it and plug it in again.</source>
         <translation>手機沒有回應。
 請解鎖手機。如果仍然不行，請拔下後重新插入。</translation>
     </message>
+    <message id="MSG_SuspendReason">
+        <source>Files are being copied</source>
+        <extracomment>Shown by the desktop as the reason why the computer is kept awake.</extracomment>
+        <translation>正在複製檔案</translation>
+    </message>
     <message id="menu_file">
         <source>&amp;File</source>
         <extracomment>Menu bar. “&amp;” stands before the letter that opens the menu with Alt.</extracomment>

@@ -20,7 +20,7 @@ SBrowserDependencies SBrowserDependencies::ofProgram() {
   dependencies.sleep = [](std::chrono::milliseconds pause) { std::this_thread::sleep_for(pause); };
   dependencies.inhibitSuspend = [] {
     return std::make_shared<platform::SuspendInhibitor>(
-        VornLocalStringDefine::QX_LocalizedStringWithKey(QStringLiteral("accessible_progress_bar")));
+        VornLocalStringDefine::QX_LocalizedStringWithKey(QStringLiteral("MSG_SuspendReason")));
   };
   return dependencies;
 }

@@ -39,6 +39,21 @@ TEST_F(Workers, AreCountedWhileTheyRun) {
   EXPECT_EQ(platform::runningWorkers(), 0);
 }
 
+TEST_F(Workers, AreCountedUntilWhatTheyHoldIsGone) {
+  struct Held {
+    std::promise<int> counted;
+    ~Held() { counted.set_value(platform::runningWorkers()); }
+  };
+  auto held = std::make_shared<Held>();
+  std::future<int> counted = held->counted.get_future();
+  std::promise<void> go;
+  ASSERT_TRUE(platform::startWorker("holder", [held, &go] { go.get_future().wait(); }));
+  held.reset(); // the worker's alone now
+  go.set_value();
+  EXPECT_EQ(counted.get(), 1);
+  EXPECT_TRUE(platform::waitForWorkers(10s));
+}
+
 TEST_F(Workers, CarryTheirNameCutToWhatTheSystemShows) {
   std::promise<std::string> name;
   platform::startWorker("a-rather-long-worker-name", [&] {
