@@ -48,6 +48,11 @@
         <extracomment>Below MNU_DuplicateTransferMTP; the buttons are Replace, Replace All and Skip.</extracomment>
         <translation>Do you want to replace it with the one you’re copying?</translation>
     </message>
+    <message id="MSG_DuplicateTransferFolderDescription">
+        <source></source>
+        <extracomment>Below MSG_DuplicateTransferMTPDescription, when the name is that of a folder on the phone.</extracomment>
+        <translation>Everything in the folder on the phone will be deleted.</translation>
+    </message>
     <message id="MNU_PrepareToSomething">
         <source></source>
         <extracomment>Progress panel, before the first file.</extracomment>

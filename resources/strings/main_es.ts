@@ -48,6 +48,11 @@
         <extracomment>Below MNU_DuplicateTransferMTP; the buttons are Replace, Replace All and Skip.</extracomment>
         <translation>¿Quiere reemplazarlo por el que está copiando?</translation>
     </message>
+    <message id="MSG_DuplicateTransferFolderDescription">
+        <source>Everything in the folder on the phone will be deleted.</source>
+        <extracomment>Below MSG_DuplicateTransferMTPDescription, when the name is that of a folder on the phone.</extracomment>
+        <translation>Se eliminará todo lo que contiene la carpeta del teléfono.</translation>
+    </message>
     <message id="MNU_PrepareToSomething">
         <source>Getting ready…</source>
         <extracomment>Progress panel, before the first file.</extracomment>

@@ -48,6 +48,11 @@
         <extracomment>Below MNU_DuplicateTransferMTP; the buttons are Replace, Replace All and Skip.</extracomment>
         <translation>Voulez-vous le remplacer par l’élément en cours de copie ?</translation>
     </message>
+    <message id="MSG_DuplicateTransferFolderDescription">
+        <source>Everything in the folder on the phone will be deleted.</source>
+        <extracomment>Below MSG_DuplicateTransferMTPDescription, when the name is that of a folder on the phone.</extracomment>
+        <translation>Tout le contenu du dossier sur le téléphone sera supprimé.</translation>
+    </message>
     <message id="MNU_PrepareToSomething">
         <source>Getting ready…</source>
         <extracomment>Progress panel, before the first file.</extracomment>

@@ -48,6 +48,11 @@
         <extracomment>Below MNU_DuplicateTransferMTP; the buttons are Replace, Replace All and Skip.</extracomment>
         <translation>Sostituirlo con l’elemento che stai copiando?</translation>
     </message>
+    <message id="MSG_DuplicateTransferFolderDescription">
+        <source>Everything in the folder on the phone will be deleted.</source>
+        <extracomment>Below MSG_DuplicateTransferMTPDescription, when the name is that of a folder on the phone.</extracomment>
+        <translation>Tutto il contenuto della cartella sul telefono verrà eliminato.</translation>
+    </message>
     <message id="MNU_PrepareToSomething">
         <source>Getting ready…</source>
         <extracomment>Progress panel, before the first file.</extracomment>

@@ -48,6 +48,11 @@
         <extracomment>Below MNU_DuplicateTransferMTP; the buttons are Replace, Replace All and Skip.</extracomment>
         <translation>복사하는 항목으로 바꾸시겠습니까?</translation>
     </message>
+    <message id="MSG_DuplicateTransferFolderDescription">
+        <source>Everything in the folder on the phone will be deleted.</source>
+        <extracomment>Below MSG_DuplicateTransferMTPDescription, when the name is that of a folder on the phone.</extracomment>
+        <translation>휴대폰의 폴더에 있는 모든 항목이 삭제됩니다.</translation>
+    </message>
     <message id="MNU_PrepareToSomething">
         <source>Getting ready…</source>
         <extracomment>Progress panel, before the first file.</extracomment>

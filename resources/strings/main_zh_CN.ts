@@ -48,6 +48,11 @@
         <extracomment>Below MNU_DuplicateTransferMTP; the buttons are Replace, Replace All and Skip.</extracomment>
         <translation>要用正在复制的项目替换它吗？</translation>
     </message>
+    <message id="MSG_DuplicateTransferFolderDescription">
+        <source>Everything in the folder on the phone will be deleted.</source>
+        <extracomment>Below MSG_DuplicateTransferMTPDescription, when the name is that of a folder on the phone.</extracomment>
+        <translation>手机上该文件夹中的所有内容都将被删除。</translation>
+    </message>
     <message id="MNU_PrepareToSomething">
         <source>Getting ready…</source>
         <extracomment>Progress panel, before the first file.</extracomment>

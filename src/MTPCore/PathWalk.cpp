@@ -2,6 +2,7 @@
 
 #include "MTPCore/DevicePath.h"
 #include "MTPCore/MTPDextSDKWrapper.h"
+#include "MTPCore/MtpItemInfo.h"
 #include "MTPCore/NameMatch.h"
 
 #include <optional>
@@ -47,7 +48,15 @@ _MTP_COMMON_NODE* PathWalk::nodeAt(MTPDextSDKWrapper& phone, _MTP_DEVICE_NODE* d
                               });
   if (walk.holder == nullptr)
     return nullptr;
-  if (walk.found != nullptr)
+  const auto isExact = [&walk](const std::optional<MtpItemInfo>& info) {
+    return info && info->FileName == walk.lastName;
+  };
+  auto* const folder = reinterpret_cast<_MTP_FOLDER_NODE*>(walk.found);
+  if (folder != nullptr && isExact(phone.getFolderNodeInfo(folder, QString())))
     return walk.found;
-  return reinterpret_cast<_MTP_COMMON_NODE*>(phone.getFileNode(walk.holder, walk.lastName));
+  _MTP_FILE_NODE* const file = phone.getFileNode(walk.holder, walk.lastName);
+  // Where case counts, a folder and a file may bear the same name but for that.
+  if (folder != nullptr && !isExact(phone.getFileNodeInfo(file, QString())))
+    return walk.found;
+  return reinterpret_cast<_MTP_COMMON_NODE*>(file);
 }

@@ -30,7 +30,8 @@ struct PathWalk {
   static PathWalk along(MTPDextSDKWrapper& phone, _MTP_DEVICE_NODE* deviceNode, _MTP_STORAGE_NODE* storageHead,
                         const QString& path, const FindFolder& findFolder);
   /// The folder or file that the path names, or null. Never anything else than what bears the path's last name in the
-  /// very folder that the path names: what is to be changed must not be a namesake elsewhere. Blocks.
+  /// very folder that the path names: what is to be changed must not be a namesake elsewhere. Of a folder and a file
+  /// whose names differ in case, the one that is spelled like the path. Blocks.
   static _MTP_COMMON_NODE* nodeAt(MTPDextSDKWrapper& phone, _MTP_DEVICE_NODE* deviceNode,
                                   _MTP_STORAGE_NODE* storageHead, const QString& path);
 };

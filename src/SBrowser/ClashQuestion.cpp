@@ -30,12 +30,12 @@ QString shownName(const QString& name) {
 ClashQuestion::ClashQuestion(QWidget& window)
     : m_window(&window) {}
 
-std::optional<ClashAnswer> ClashQuestion::ask(const QString& name, bool several,
-                                              const std::function<bool()>& isWanted) {
+std::optional<ClashAnswer> ClashQuestion::ask(const QString& name, bool several, const std::function<bool()>& isWanted,
+                                              bool deletesFolder) {
   const ui::ModalQuestion::Answer answer = m_question.ask(
       [&] {
         if (isWanted() && m_window)
-          show(name, several);
+          show(name, several, deletesFolder);
         else
           m_question.cancel();
       },
@@ -60,7 +60,7 @@ QMessageBox* ClashQuestion::alert() const {
   return _isExistsAlert;
 }
 
-void ClashQuestion::show(const QString& name, bool several) {
+void ClashQuestion::show(const QString& name, bool several, bool deletesFolder) {
   auto* const alert = new QMessageBox(m_window);
   _isExistsAlert = alert;
   alert->setLayoutDirection(m_window->layoutDirection());
@@ -68,7 +68,10 @@ void ClashQuestion::show(const QString& name, bool several) {
   alert->setWindowModality(Qt::WindowModal);
   alert->setTextFormat(Qt::PlainText);
   alert->setText(localized("MNU_DuplicateTransferMTP").arg(u'"' + shownName(name) + u'"'));
-  alert->setInformativeText(localized("MSG_DuplicateTransferMTPDescription"));
+  QString description = localized("MSG_DuplicateTransferMTPDescription");
+  if (deletesFolder)
+    description += u'\n' + localized("MSG_DuplicateTransferFolderDescription");
+  alert->setInformativeText(description);
   const auto add = [&](const char* key, QMessageBox::ButtonRole role, ClashAnswer answer) {
     QPushButton* const button = alert->addButton(localized(key), role);
     button->setProperty("answer", int(answer));

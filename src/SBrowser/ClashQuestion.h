@@ -31,7 +31,9 @@ public:
   /// Asks about `name`, of any content, and waits. With `several` items in the transfer "replace all" is offered, too.
   /// Nothing when nobody can answer: the question was canceled, the window closes, or `isWanted`, asked on the main
   /// thread right before the alert is shown, says no. Background threads only.
-  std::optional<ClashAnswer> ask(const QString& name, bool several, const std::function<bool()>& isWanted);
+  /// `deletesFolder`: what bears the name is a folder that replacing deletes with all that is in it.
+  std::optional<ClashAnswer> ask(const QString& name, bool several, const std::function<bool()>& isWanted,
+                                 bool deletesFolder = false);
   /// Ends the question that is being asked without an answer. Any thread.
   void cancel();
   /// Ends all questions, now and in future. Main thread.
@@ -41,7 +43,7 @@ public:
   QMessageBox* alert() const;
 
 private:
-  void show(const QString& name, bool several);
+  void show(const QString& name, bool several, bool deletesFolder);
   void hide();
 
   ui::ModalQuestion m_question;

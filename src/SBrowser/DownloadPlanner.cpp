@@ -1,7 +1,6 @@
 #include "SBrowser/DownloadPlanner.h"
 
 #include "MTPCore/MTPSDKUtil.h"
-#include "MTPCore/PathWalk.h"
 #include "SBrowser/SItemArray.h"
 #include "SBrowser/TreeLoader.h"
 #include "UI/Common/NSStringPredicate.h"
@@ -24,6 +23,18 @@ bool existsOnComputer(const QString& path) {
 
 bool isFolder(const SItem& item) {
   return item.objectType() == SObjectTypeFolder;
+}
+
+/// Whether two lists are of the same objects by the same names, in whatever order.
+bool isSame(const std::vector<DownloadPlanner::Entry>& shown, const SItemArray& listed) {
+  if (shown.size() != std::size_t(listed.count()))
+    return false;
+  const auto key = [](const SItem& item) { return std::pair(item.nodeID(), item.fileName()); };
+  QSet<std::pair<QString, QString>> keys;
+  keys.reserve(listed.count());
+  for (const auto& item : listed)
+    keys.insert(key(*item));
+  return std::all_of(shown.begin(), shown.end(), [&](const auto& entry) { return keys.contains(key(*entry.item)); });
 }
 
 std::shared_ptr<SItem> entryFor(const SItem& item) {
@@ -91,16 +102,13 @@ DownloadPlanner::getListFileInDeviceFolder(const Entry& folder, std::uint64_t& t
   if (m_run.isStopped())
     return entries;
   std::uint32_t failure = DGSTATUS_SUCCESS;
-  const auto originals = contentsOf(folder.original, failure);
-  if (!originals)
+  const auto children = contentsOf(folder.original, failure);
+  if (!children)
     return std::nullopt;
   if (failure != DGSTATUS_SUCCESS)
     m_listingFailures.insert(folder.item.get(), failure);
   if (m_run.isStopped())
     return entries;
-  const auto children = copies(*originals);
-  if (!children)
-    return std::nullopt;
   const QString path = folder.item->desPath();
   download::NamesInFolder names = namesIn(path);
   for (const Entry& child : *children) {
@@ -133,68 +141,34 @@ bool DownloadPlanner::lookAtDestination(const SItem& entry) {
   return exists;
 }
 
-std::optional<std::vector<DownloadPlanner::ItemPointer>> DownloadPlanner::contentsOf(const ItemPointer& folder,
-                                                                                     std::uint32_t& failure) {
-  std::vector<ItemPointer> children;
+/// The phone is asked about every folder, which costs nothing while the engine knows it: the tree may show less than
+/// there is. It stays as it is when it shows the same.
+std::optional<std::vector<DownloadPlanner::Entry>> DownloadPlanner::contentsOf(const ItemPointer& folder,
+                                                                               std::uint32_t& failure) {
+  std::vector<ItemPointer> shown;
+  bool isShown = false;
   std::function<TreeLoader::Listing(DeviceSession&)> lister;
-  QString rootPath, nodeID, path;
-  const auto collect = [&](const std::shared_ptr<SItemArray>& array) {
-    if (array)
-      children.assign(array->begin(), array->end());
-  };
   const auto look = [&] {
-    // One that could not be listed before is asked for again: it would be copied empty for ever.
-    if (folder->isListed() && folder->childObjects()) {
-      collect(folder->childObjects());
-      return;
-    }
     lister = TreeLoader::lister(folder);
-    rootPath = folder->rootPath();
-    nodeID = folder->nodeID();
-    path = folder->filePath();
+    isShown = folder->isListed() && folder->childObjects();
+    if (isShown)
+      shown.assign(folder->childObjects()->begin(), folder->childObjects()->end());
   };
   if (!m_run.onMainThread(look))
     return std::nullopt;
-  if (!lister)
-    return children;
-  failure = listOnPhone(rootPath, nodeID, path);
-  if (failure != DGSTATUS_SUCCESS)
-    return children; // stays as it is: whoever opens it later may have more luck
   TreeLoader::Listing listing = lister(m_session);
-  if (!listing.children)
-    failure = DGSTATUS_UNSUCCESSFUL;
+  failure = listing.status;
+  const auto entries = copies(shown);
+  if (!entries || failure != DGSTATUS_SUCCESS || (isShown && isSame(*entries, *listing.children)))
+    return entries; // of one that could not be listed: whoever opens it later may have more luck
   const auto publish = [&] {
-    collect(listing.children);
+    shown.assign(listing.children->begin(), listing.children->end());
     folder->setIsListed(true);
-    if (listing.children)
-      m_publish(folder, std::move(listing.children));
+    m_publish(folder, std::move(listing.children));
   };
   if (!m_run.onMainThread(publish))
     return std::nullopt;
-  return children;
-}
-
-/// Has the phone list the folder, and tells its status, which a list of its items does not: of a folder that could not
-/// be listed it is empty, as of an empty one. What is listed then is known already.
-std::uint32_t DownloadPlanner::listOnPhone(const QString& rootPath, const QString& nodeID, const QString& path) {
-  m_session.selectStorage(rootPath);
-  MTPDextSDKWrapper& mtp = *m_session.mtp;
-  _MTP_COMMON_NODE* node = mtp.getCommonNodeFromNodeID(nodeID);
-  if (node == nullptr)
-    node = PathWalk::nodeAt(mtp, mtp.getCurrentDeviceNode(), mtp.knownStorageHead(), path);
-  if (mtp.nodeKind(node) != MTPDEXT_NODE_FOLDER)
-    return DGSTATUS_NODE_IS_NOT_EXISTED;
-  const auto isFailure = [](std::uint32_t status) {
-    return status != DGSTATUS_SUCCESS && status != DGSTATUS_NO_MORE_DATA; // the latter where there is nothing
-  };
-  _MTP_FOLDER_NODE* folder = nullptr;
-  const std::uint32_t status = mtp.getMTPFolderListHead(reinterpret_cast<_MTP_FOLDER_NODE*>(node),
-                                                        m_session.currentStorageNode, &folder, nullptr, nullptr);
-  if (isFailure(status))
-    return status;
-  _MTP_FILE_NODE* file = nullptr;
-  const std::uint32_t fileStatus = mtp.getMTPFileListHead(node, &file, nullptr, nullptr);
-  return isFailure(fileStatus) ? fileStatus : DGSTATUS_SUCCESS;
+  return copies(shown);
 }
 
 std::optional<std::vector<DownloadPlanner::Entry>> DownloadPlanner::copies(const std::vector<ItemPointer>& items) {

@@ -21,8 +21,8 @@ class TreeLoader;
 
 /// Walks the dragged rows and everything below them into an ordered plan. The plan's entries are copies of the tree's
 /// items with `desPath` set: the tree itself is read and filled on the main thread only. Belongs to the transfer's
-/// thread, within a job of the queue; every operation blocks, on the main thread and, for folders that were not listed
-/// yet, on the phone.
+/// thread, within a job of the queue; every operation blocks, on the main thread and, for folders that the engine does
+/// not know (any more), on the phone.
 class DownloadPlanner {
 public:
   using ItemPointer = std::shared_ptr<SItem>;
@@ -41,9 +41,9 @@ public:
   bool plan(const std::vector<ItemPointer>& draggedItems);
 
   /// `getListFileInDeviceFolder:totalSize:currentDrapItem:` The plan's entries below `folder`, in the phone's order,
-  /// each folder before what it holds; `totalSize` becomes the sum of their sizes. A folder that was not listed yet is
-  /// listed, and stays so. Nothing for a file, and when the window is gone; less when the run is stopped meanwhile. The
-  /// dragged folder is known by the `desPath` that its descendants' begins with.
+  /// each folder before what it holds; `totalSize` becomes the sum of their sizes. A folder that was not listed yet, or
+  /// has changed since, is listed, and stays so. Nothing for a file, and when the window is gone; less when the run is
+  /// stopped meanwhile. The dragged folder is known by the `desPath` that its descendants' begins with.
   std::optional<std::vector<ItemPointer>> getListFileInDeviceFolder(const Entry& folder, std::uint64_t& totalSize);
 
   /// Why nothing is known of what a planned folder holds: the SDK's status; 0 when all is well.
@@ -61,9 +61,9 @@ private:
   bool planItem(const Entry& entry, const QString& nameOnComputer, std::size_t items);
   bool lookAtDestination(const SItem& entry);
   std::optional<std::vector<Entry>> copies(const std::vector<ItemPointer>& items);
-  /// What the phone tells of a folder; `failure` becomes the SDK's status when it tells nothing.
-  std::optional<std::vector<ItemPointer>> contentsOf(const ItemPointer& folder, std::uint32_t& failure);
-  std::uint32_t listOnPhone(const QString& rootPath, const QString& nodeID, const QString& path);
+  /// What the phone tells of a folder; `failure` becomes the SDK's status when it tells nothing, and what the tree
+  /// shows of it is all there is.
+  std::optional<std::vector<Entry>> contentsOf(const ItemPointer& folder, std::uint32_t& failure);
   download::NamesInFolder namesIn(const QString& folder);
 
   TransferRun& m_run;

@@ -87,6 +87,7 @@ void TransferPresenter::transferEnded(TransferRun& run) {
     m_lastTransferHandler();
   if (&run != m_run.get())
     return;
+  m_window.setIsTransferProcess(false); // a download never says that it is complete
   forgetRun();
   m_layout.progressView->hide();
   m_window.setDisableCaptureEvent(false);

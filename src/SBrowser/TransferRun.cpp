@@ -62,10 +62,11 @@ void TransferRun::finishEntry(const STransferItem& entry) {
   m_progress.currPos = 0; // what is still queued counted the same bytes
 }
 
-ClashAnswer TransferRun::askAboutClash(const QString& name, std::size_t items) {
+ClashAnswer TransferRun::askAboutClash(const QString& name, std::size_t items, bool deletesFolder) {
   if (m_clashAnswer == ClashAnswerReplaceAll)
     return m_clashAnswer;
-  if (const auto answer = m_question->ask(name, items > 1, [this] { return !isStopped(); }))
+  if (const auto answer = m_question->ask(
+          name, items > 1, [this] { return !isStopped(); }, deletesFolder))
     m_clashAnswer = *answer;
   else
     cancel();

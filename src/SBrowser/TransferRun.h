@@ -66,7 +66,7 @@ public:
   bool isDetached() const { return _isDetached || m_session->ended; }
   /// Either of them: nothing further is to be done.
   bool isStopped() const { return isCanceled() || isDetached(); }
-  /// From the beginning to complete() or cancel().
+  /// From the beginning to complete() or cancel(). A download is never complete in this sense: end() is its end.
   bool isTransferProcess() const { return _isTransferProcess; }
 
   // ---- Plan and counters ----
@@ -89,8 +89,9 @@ public:
   /// The answer so far: it stays from one clash of the run to the next.
   ClashAnswer clashAnswer() const { return m_clashAnswer; }
   /// Asks the user about an item whose name is taken, unless "replace all" was answered before, and returns the answer
-  /// as it is then. When nobody can answer, the run is canceled: look at isStopped() first. Blocks.
-  ClashAnswer askAboutClash(const QString& name, std::size_t items);
+  /// as it is then. `deletesFolder`: replacing costs a folder with all that is in it, which the question says. When
+  /// nobody can answer, the run is canceled: look at isStopped() first. Blocks.
+  ClashAnswer askAboutClash(const QString& name, std::size_t items, bool deletesFolder = false);
 
   // ---- Telling the window ----
 

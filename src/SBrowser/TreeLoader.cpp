@@ -1,5 +1,6 @@
 #include "SBrowser/TreeLoader.h"
 
+#include "MTPCore/MTPSDKUtil.h"
 #include "MTPCore/MtpItemInfo.h"
 #include "MTPCore/PathWalk.h"
 #include "Platform/MainThread.h"
@@ -64,6 +65,25 @@ std::shared_ptr<SItemArray> makeItems(QList<MtpItemInfo> entries, const QString&
     if (entry.FileName != QStringLiteral(".."))
       items->append(makeItem(entry, rootPath, parent));
   return items;
+}
+
+/// Has the phone list what a folder, or with none the storage, holds, and tells its status, which the list of the items
+/// does not: of a folder that could not be listed it is empty, as of an empty one. What is listed then is known
+/// already.
+std::uint32_t listingStatus(DeviceSession& session, _MTP_FOLDER_NODE* folder) {
+  MTPDextSDKWrapper& mtp = *session.mtp;
+  const auto isFailure = [](std::uint32_t status) {
+    return status != DGSTATUS_SUCCESS && status != DGSTATUS_NO_MORE_DATA; // the latter where there is nothing
+  };
+  _MTP_FOLDER_NODE* child = nullptr;
+  const std::uint32_t status = mtp.getMTPFolderListHead(folder, session.currentStorageNode, &child, nullptr, nullptr);
+  if (isFailure(status))
+    return status;
+  _MTP_FILE_NODE* file = nullptr;
+  auto* const parent = folder != nullptr ? reinterpret_cast<_MTP_COMMON_NODE*>(folder)
+                                         : reinterpret_cast<_MTP_COMMON_NODE*>(session.currentStorageNode);
+  const std::uint32_t fileStatus = mtp.getMTPFileListHead(parent, &file, nullptr, nullptr);
+  return isFailure(fileStatus) ? fileStatus : DGSTATUS_SUCCESS;
 }
 
 } // namespace
@@ -172,22 +192,29 @@ TreeLoader::Listing TreeLoader::list(DeviceSession& session, const Source& sourc
   if (node == nullptr && !isRoot) // the tree was built anew since: the path still names it
     node = PathWalk::nodeAt(mtp, mtp.getCurrentDeviceNode(), mtp.knownStorageHead(), source.filePath);
   const std::int32_t kind = node != nullptr ? mtp.nodeKind(node) : 0;
-  if (kind == 0)
+  if (kind == 0) {
+    listing.status = DGSTATUS_NODE_IS_NOT_EXISTED;
     return listing;
+  }
   if (isRoot)
     listing.nodeID = MTPDextSDKWrapper::nodeIDOf(node);
   std::optional<QList<MtpItemInfo>> entries;
-  if (kind == MTPDEXT_NODE_STORAGE) {
-    entries = mtp.getFilesAtFolder(nullptr, session.currentStorageNode, source.filePath);
-    session.currentFolderNode = nullptr;
-  } else if (kind == MTPDEXT_NODE_FOLDER) {
-    session.currentFolderNode = static_cast<_MTP_FOLDER_NODE*>(node);
-    entries = mtp.getFilesAtFolder(session.currentFolderNode, session.currentStorageNode, source.filePath);
+  if (kind == MTPDEXT_NODE_STORAGE || kind == MTPDEXT_NODE_FOLDER) {
+    auto* const folder = kind == MTPDEXT_NODE_FOLDER ? static_cast<_MTP_FOLDER_NODE*>(node) : nullptr;
+    session.currentFolderNode = folder;
+    listing.status = listingStatus(session, folder);
+    if (listing.status != DGSTATUS_SUCCESS)
+      return listing;
+    entries = mtp.getFilesAtFolder(folder, session.currentStorageNode, source.filePath);
   } else {
     entries.emplace();
+    if (source.objectType == SObjectTypeFolder) // a file took its place
+      listing.status = DGSTATUS_NODE_IS_NOT_EXISTED;
   }
-  if (!entries)
+  if (!entries) {
+    listing.status = DGSTATUS_UNSUCCESSFUL;
     return listing;
+  }
   listing.children = makeItems(std::move(*entries), source.rootPath, parent);
   return listing;
 }

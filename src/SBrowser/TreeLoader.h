@@ -47,13 +47,15 @@ public:
   ItemPointer folderBeingEntered() const;
 
   /// `getContentsOfItem:` The children of `item`, a new array that belongs to the caller; null when the phone does not
-  /// know the item (any more). Any thread but the main one, not within a job of the queue; blocks.
+  /// know the item (any more), or could not list it. Any thread but the main one, not within a job of the queue;
+  /// blocks.
   ArrayPointer getContentsOfItem(const ItemPointer& item);
 
   /// What the phone tells of an item.
   struct Listing {
-    ArrayPointer children; ///< null: the phone does not know the item
-    QString nodeID;        ///< of a storage root that was resolved; else null
+    ArrayPointer children;    ///< null: the phone does not know the item, or could not list it
+    QString nodeID;           ///< of a storage root that was resolved; else null
+    std::uint32_t status = 0; ///< of the SDK: not 0 when what the item holds is not known
   };
   /// What lists the item, as getContentsOfItem() does, in a job of the queue. Blocks there.
   static std::function<Listing(DeviceSession&)> lister(const ItemPointer& item);

@@ -86,7 +86,8 @@ void UploadRun::listTarget() {
     const auto entries = mtp.getFilesAtFolder(targetFolder(mtp), session.currentStorageNode, m_drapAndDropPath);
     for (const MtpItemInfo& entry : entries.value_or(QList<MtpItemInfo>()))
       if (const QString name = entry.FileName.value_or(QString()); name != u"..")
-        m_targetChildren.append({nullptr, name, entry.NodeID, entry.FilePath.value_or(QString()), entry.FileLength});
+        m_targetChildren.append({nullptr, name, entry.NodeID, entry.FilePath.value_or(QString()), entry.FileLength,
+                                 entry.ObjectType == MtpObjectFolder});
   });
 }
 
@@ -101,6 +102,13 @@ bool UploadRun::isTaken(const QString& name) const {
   // Another item of the same drop may be on its way to the same name.
   const QString comparable = comparableName(name);
   return m_children.contains(comparable) || m_plannedNames.contains(comparable);
+}
+
+/// Whether replacing what bears this name costs the phone a folder with all that is in it.
+bool UploadRun::deletesFolder(const QString& name) {
+  Children namesakes = m_children.values(comparableName(name));
+  return std::any_of(namesakes.begin(), namesakes.end(),
+                     [this](Child& child) { return lookAt(child) && child.isFolder && !child.isProtected; });
 }
 
 // ---- Planning ----
@@ -120,7 +128,7 @@ void UploadRun::planPath(const QString& path) {
   if (UploadPlanner::isIgnored(name))
     return;
   if (isTaken(name)) {
-    const ClashAnswer answer = m_run->askAboutClash(name, std::size_t(m_drop.paths.size()));
+    const ClashAnswer answer = m_run->askAboutClash(name, std::size_t(m_drop.paths.size()), deletesFolder(name));
     if (m_run->isStopped()) {
       m_unplanned.append(name);
       return;
@@ -153,9 +161,11 @@ void UploadRun::planFolder(const QString& path, const QString& name) {
   m_run->plan().push_back(UploadPlanner::folderEntry(path, QString()));
   const STransferItem* const folder = m_run->plan().back().get();
   UploadPlanner planner([this] { return m_run->isStopped(); },
-                        [this](const QString& leftOut, std::uint32_t status) {
+                        [this, folder](const QString& leftOut, std::uint32_t status) {
                           m_run->record(leftOut, status == 0 ? TransferOutcome::Skipped : TransferOutcome::Failed,
                                         status);
+                          if (status != 0)
+                            m_incomplete.insert(folder);
                         });
   const QString parent = path.first(path.lastIndexOf(u'/'));
   std::uint64_t size = 0;
@@ -208,7 +218,26 @@ bool UploadRun::transferEntry(DeviceSession& session, const STransferItem& entry
   return status != DGSTATUS_STORAGE_FULL;
 }
 
-/// The old object goes right before the new one is sent, and not at all when that one cannot come.
+/// Whether all that belongs to the dropped entry is there to be sent, as far as can be told now.
+bool UploadRun::comesWhole(const STransferItem& entry) const {
+  const QFileInfo source(entry.srcPath());
+  if (!source.isReadable() || m_incomplete.contains(&entry))
+    return false;
+  if (entry.objectType() != SObjectTypeFolder)
+    return true;
+  const auto& plan = m_run->plan();
+  auto below = std::find_if(plan.begin(), plan.end(), [&](const auto& planned) { return planned.get() == &entry; });
+  const auto isReadable = [](const STransferItem& file) {
+    return file.objectType() == SObjectTypeFolder || QFileInfo(file.srcPath()).isReadable();
+  };
+  while (++below != plan.end() && !(*below)->subFolderPath().isNull())
+    if (!isReadable(**below))
+      return false;
+  return source.isDir() && source.isExecutable();
+}
+
+/// The old object goes right before the new one is sent, and not at all when that one cannot come. A folder of the
+/// phone's own stays; what is in the dropped one still goes into it.
 std::uint32_t UploadRun::replace(DeviceSession& session, const STransferItem& entry) {
   if (!entry.subFolderPath().isNull())
     return DGSTATUS_SUCCESS; // what is below a folder has nothing to replace: the folder went whole
@@ -219,15 +248,19 @@ std::uint32_t UploadRun::replace(DeviceSession& session, const STransferItem& en
   const auto isOther = [&](const Child& child) { return composed(child.name) != composed(entry.fileName()); };
   if (std::any_of(namesakes.begin(), namesakes.end(), isOther) && namesakes.size() > 1)
     return DGSTATUS_NODE_FILE_DUPNAME_EXISTED; // with one of them gone the others would still be in the way
-  const QFileInfo source(entry.srcPath());
-  const bool isFolder = entry.objectType() == SObjectTypeFolder;
-  if (!source.isReadable() || (isFolder && !(source.isDir() && source.isExecutable())))
-    return DGSTATUS_FILE_OPEN_FAILED;
   for (Child& child : namesakes)
     if (!lookAt(child))
       return DGSTATUS_IO_CANCEL;
+  if (std::any_of(namesakes.begin(), namesakes.end(), [](const Child& child) { return child.isProtected; }))
+    return DGSTATUS_NODE_FOLDER_DUPNAME_EXISTED;
+  if (!comesWhole(entry))
+    return DGSTATUS_FILE_OPEN_FAILED;
   if (!hasRoom(session, entry, namesakes))
     return DGSTATUS_STORAGE_FULL;
+  if (session.currentStorageNode == nullptr) { // a phone that did not answer about its room
+    session.selectStorage(m_rootPath);
+    return DGSTATUS_INTERNAL_DEVICE_NOT_RESPONSE;
+  }
   MTPDextSDKWrapper& mtp = *session.mtp;
   for (const Child& child : std::as_const(namesakes)) {
     if (m_run->isStopped())
@@ -249,6 +282,8 @@ bool UploadRun::lookAt(Child& child) {
     child.nodeID = child.item->nodeID();
     child.path = child.item->filePath();
     child.size = child.item->fileSize();
+    child.isFolder = child.item->objectType() == SObjectTypeFolder;
+    child.isProtected = m_tree.isProtected(child.item);
   });
 }
 

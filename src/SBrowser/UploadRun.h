@@ -20,6 +20,8 @@
 class UploadTree {
 public:
   virtual ~UploadTree() = default;
+  /// Whether the item is a folder of the phone's own, which is never deleted.
+  virtual bool isProtected(const std::shared_ptr<SItem>& item) const = 0;
   /// Takes the item, which the phone has no more, from its parent's children. Its row may go somewhat later, but goes
   /// before addUploaded() has returned.
   virtual void removeReplaced(const std::shared_ptr<SItem>& item) = 0;
@@ -61,6 +63,8 @@ private:
     QString nodeID; // these of an item are asked of it when they are needed
     QString path;
     std::uint64_t size = 0; // bytes; 0 for a folder
+    bool isFolder = false;
+    bool isProtected = false; // asked of the tree likewise
   };
   using Children = QList<Child>;
 
@@ -68,6 +72,7 @@ private:
   void listTarget();
   void indexTarget();
   bool isTaken(const QString& name) const;
+  bool deletesFolder(const QString& name);
   void plan();
   void planPath(const QString& path);
   void planFolder(const QString& path, const QString& name);
@@ -76,6 +81,7 @@ private:
   /// False when the run is over.
   bool transferEntry(DeviceSession& session, const STransferItem& entry);
   std::uint32_t replace(DeviceSession& session, const STransferItem& entry);
+  bool comesWhole(const STransferItem& entry) const;
   bool lookAt(Child& child);
   bool hasRoom(DeviceSession& session, const STransferItem& entry, const Children& replaced);
   std::optional<std::uint64_t> freeSpace(DeviceSession& session) const;
@@ -107,6 +113,7 @@ private:
   QMultiHash<QString, Child> m_children;              // by the name as a phone compares it
   QSet<QString> m_plannedNames;                       // likewise, of what goes into the target itself
   QHash<const STransferItem*, std::uint64_t> m_sizes; // of a dropped entry with all that is below it; bytes
+  QSet<const STransferItem*> m_incomplete;            // dropped folders of which something was left out
   QStringList m_unplanned;                            // names of what was not reached when the run was stopped
   _MTP_COMMON_NODE* m_targetNode = nullptr;           // a name, never followed
   std::vector<ItemPointer> m_added;

@@ -162,6 +162,10 @@ void Uploads::closeDialog() {
 
 // ---- The tree ----
 
+bool Uploads::isProtected(const ItemPointer& item) const {
+  return m_window.menuTypeForItem(item) == kMenuTypeProtected;
+}
+
 void Uploads::removeReplaced(const ItemPointer& item) {
   m_window.outlineModel().removeItem(item);
   if (item->parentItem() == m_window.currentFolderItem() && !m_reloadTimer)

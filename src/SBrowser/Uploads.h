@@ -63,6 +63,7 @@ private:
   void insert(const ItemPointer& target, const std::vector<ItemPointer>& items);
 
   // UploadTree
+  bool isProtected(const ItemPointer& item) const override;
   void removeReplaced(const ItemPointer& item) override;
   void addUploaded(const ItemPointer& target, const std::vector<ItemPointer>& items, bool expands) override;
   void uploadCompleted() override;

@@ -199,6 +199,18 @@ TEST_F(MTPDextSDKWrapperMutations, OfTwoNamesThatDifferInCaseTheOneThatIsMeantIs
 
 // ---- Deleting ----
 
+TEST_F(MTPDextSDKWrapperMutations, OfAFolderAndAFileThatDifferInCaseTheOneThatIsMeantIsTaken) {
+  sdk->addFile(sdk->addFolder(dcim, "Photo"), "inside.jpg");
+  sdk->addFile(dcim, "photo");
+  EXPECT_TRUE(rename("/M/Card/DCIM/photo", "renamed"));
+  EXPECT_THAT(sdk->contents(dcim), ElementsAre("Camera/", "Photo/", "a.jpg", "renamed"));
+  sdk->addFile(dcim, "photo");
+  EXPECT_TRUE(remove("0", "/M/Card/DCIM/photo"));
+  EXPECT_THAT(sdk->contents(dcim), ElementsAre("Camera/", "Photo/", "a.jpg", "renamed"));
+  EXPECT_TRUE(remove("0", "/M/Card/DCIM/PHOTO")) << "without an exact one the folder is meant";
+  EXPECT_THAT(sdk->contents(dcim), ElementsAre("Camera/", "a.jpg", "renamed"));
+}
+
 TEST_F(MTPDextSDKWrapperMutations, AnExistingNodeIsDeletedByItsIdentifierWhateverThePathSays) {
   EXPECT_TRUE(remove(idOf(aJpg), "/M/Card/readme.txt"));
   EXPECT_EQ(error, 0u);

@@ -192,6 +192,58 @@ TEST_F(Download, AFolderWithoutChildrenThatWasTriedBeforeIsListedOnceMore) {
   EXPECT_EQ(content("DCIM/a.jpg"), "aaaa");
 }
 
+TEST_F(Download, AFolderThatCouldNotBeListedWhenItWasExpandedIsNotTakenForAnEmptyOne) {
+  for (const Operation operation : {Operation::GetFolderListHead, Operation::GetFileListHead}) {
+    sdk->setStatus(operation, DGSTATUS_INTERNAL_GENERALERROR);
+    outline().expand(row(QStringLiteral("DCIM")));
+    ASSERT_TRUE(settle());
+    outline().collapse(row(QStringLiteral("DCIM")));
+    ASSERT_TRUE(copy({QStringLiteral("DCIM")}));
+    EXPECT_EQ(lastTransfer(), QStringList{QStringLiteral("DCIM failed")});
+    sdk->setStatus(operation, std::nullopt);
+    ASSERT_TRUE(QDir(path("DCIM")).removeRecursively());
+  }
+  outline().expand(row(QStringLiteral("DCIM")));
+  ASSERT_TRUE(settle());
+  EXPECT_EQ(rows(row(QStringLiteral("DCIM"))).size(), 3) << "the phone is asked again";
+  ASSERT_TRUE(copy({QStringLiteral("DCIM")}));
+  EXPECT_EQ(content("DCIM/a.jpg"), "aaaa");
+}
+
+TEST_F(Download, AFolderThatCouldNotBeListedWhenItWasEnteredIsCopiedWithAllItHolds) {
+  const Items dragged = items({QStringLiteral("DCIM")});
+  sdk->setStatus(Operation::GetFolderListHead, DGSTATUS_INTERNAL_GENERALERROR);
+  doubleClick(QStringLiteral("DCIM"));
+  ASSERT_TRUE(settle());
+  sdk->setStatus(Operation::GetFolderListHead, std::nullopt);
+  downloads().namesOfPromisedFilesDroppedAtDestination(target(), dragged);
+  ASSERT_TRUE(settle());
+  EXPECT_EQ(content("DCIM/a.jpg"), "aaaa");
+}
+
+TEST_F(Download, WhatHasComeToAShownFolderIsCopiedToo) {
+  outline().expand(row(QStringLiteral("DCIM")));
+  ASSERT_TRUE(settle());
+  sdk->setContent(sdk->addFile(dcim, QStringLiteral("new.jpg")), "new");
+  ASSERT_TRUE(copy({QStringLiteral("DCIM")}));
+  EXPECT_EQ(content("DCIM/new.jpg"), "new");
+  EXPECT_EQ(rows(row(QStringLiteral("DCIM"))), QStringList({"Camera", "a.jpg", "b.jpg", "new.jpg"}));
+}
+
+TEST_F(Download, AShownFolderThatHasNotChangedStaysAsItIsShown) {
+  outline().expand(row(QStringLiteral("DCIM")));
+  ASSERT_TRUE(settle());
+  const auto before = itemNamed(QStringLiteral("DCIM"))->childObjects();
+  ASSERT_TRUE(copy({QStringLiteral("DCIM")}));
+  EXPECT_EQ(itemNamed(QStringLiteral("DCIM"))->childObjects(), before);
+}
+
+TEST_F(Download, WhatComesIntoBeingOnThePhoneCountsAgainAfterADownload) {
+  ASSERT_TRUE(copy({QStringLiteral("readme.txt")}));
+  EXPECT_TRUE(sdk->sendEvent(device, DeviceEvents::kObjectAdded));
+  EXPECT_TRUE(waitUntil([this] { return controller->isRebuildPending(); }));
+}
+
 TEST_F(Download, AFolderChosenBeforeTheTreeWasBuiltAnewIsCopiedWithAllItHolds) {
   const Items before = items({QStringLiteral("DCIM"), QStringLiteral("readme.txt")});
   controller->updateMTPChangeProcess();

@@ -24,6 +24,12 @@ protected:
         platform::runOnMainAndWait(work);
     });
   }
+  /// A folder that is not the phone's own, with one file in it.
+  void addTrip() {
+    sdk->addFile(sdk->addFolder(phone, QStringLiteral("Trip")), QStringLiteral("old.jpg"), 1);
+    controller->reloadCurrentFolder();
+    ASSERT_TRUE(settle());
+  }
   ItemPointer root() const { return controller->staticSource().front(); }
   void expand(const QString& name) {
     outline().expand(row(name));
@@ -257,12 +263,76 @@ TEST_F(UploadRunTest, AfterReplaceTheNextClashIsAskedAgain) {
 }
 
 TEST_F(UploadRunTest, AReplacedFolderIsDeletedWhole) {
+  addTrip();
+  write(QStringLiteral("Trip/only.txt"));
+  drop({computer.filePath(QStringLiteral("Trip"))});
+  answer("MNU_Replace");
+  ASSERT_TRUE(finish());
+  EXPECT_EQ(onPhone(sdk->child(phone, QStringLiteral("Trip"))), Contents({"only.txt"}));
+  EXPECT_EQ(rows(), QStringList({"DCIM", "Empty", "Trip", "readme.txt"}));
+}
+
+TEST_F(UploadRunTest, OfAFolderTheQuestionSaysThatAllInItGoes) {
+  addTrip();
+  write(QStringLiteral("Trip/only.txt"));
   write(QStringLiteral("DCIM/only.txt"));
+  drop({computer.filePath(QStringLiteral("Trip")), computer.filePath(QStringLiteral("DCIM"))});
+  QMessageBox* const alert = waitForAlert();
+  ASSERT_NE(alert, nullptr);
+  EXPECT_TRUE(alert->informativeText().startsWith(localized("MSG_DuplicateTransferMTPDescription")));
+  EXPECT_TRUE(alert->informativeText().contains(localized("MSG_DuplicateTransferFolderDescription")));
+  answer("MNU_Skip");
+  QMessageBox* const second = waitForAlert();
+  ASSERT_NE(second, nullptr);
+  EXPECT_EQ(second->informativeText(), localized("MSG_DuplicateTransferMTPDescription")) << "the phone's own stays";
+  answer("MNU_Skip");
+  ASSERT_TRUE(finish());
+}
+
+TEST_F(UploadRunTest, AFolderOfThePhonesOwnIsNeverDeletedForAReplacement) {
+  write(QStringLiteral("DCIM/new.jpg"), "new");
+  write(QStringLiteral("DCIM/a.jpg"), "other");
+  const QByteArray before = sdk->content(sdk->child(dcim, QStringLiteral("a.jpg")));
   drop({computer.filePath(QStringLiteral("DCIM"))});
   answer("MNU_Replace");
   ASSERT_TRUE(finish());
-  EXPECT_EQ(onPhone(sdk->child(phone, QStringLiteral("DCIM"))), Contents({"only.txt"}));
-  EXPECT_EQ(rows(), QStringList({"Empty", "DCIM", "readme.txt"}));
+  EXPECT_EQ(sdk->calls(Operation::DeleteNode), 0);
+  EXPECT_EQ(onPhone(dcim), Contents({"Camera/", "a.jpg", "b.jpg", "new.jpg"})) << "what is new goes into it";
+  EXPECT_EQ(sdk->content(sdk->child(dcim, QStringLiteral("a.jpg"))), before);
+  EXPECT_EQ(outcomes(), QStringList({"failed DCIM 10000006", "failed DCIM/a.jpg 10000005", "copied DCIM/new.jpg"}));
+}
+
+TEST_F(UploadRunTest, AFileDoesNotTakeThePlaceOfAFolderOfThePhonesOwn) {
+  drop({write(QStringLiteral("DCIM"))});
+  answer("MNU_Replace");
+  ASSERT_TRUE(finish());
+  EXPECT_EQ(sdk->calls(Operation::DeleteNode), 0);
+  EXPECT_EQ(outcomes(), QStringList({"failed DCIM 10000006"}));
+}
+
+TEST_F(UploadRunTest, NothingIsDeletedForAFolderThatCannotComeWhole) {
+  addTrip();
+  write(QStringLiteral("Trip/whole.jpg"));
+  const QByteArray unreadable = QFile::encodeName(computer.filePath(QStringLiteral("Trip/"))) + "\xff.jpg";
+  ASSERT_EQ(::mkdir(unreadable.constData(), 0700), 0); // no Unicode: it has no name that the phone could take
+  drop({computer.filePath(QStringLiteral("Trip"))});
+  answer("MNU_Replace");
+  ASSERT_TRUE(finish());
+  EXPECT_EQ(sdk->calls(Operation::DeleteNode), 0);
+  EXPECT_TRUE(outcomes().contains(QStringLiteral("failed Trip 11000001")));
+  EXPECT_EQ(onPhone(sdk->child(phone, QStringLiteral("Trip"))).front(), "old.jpg");
+}
+
+TEST_F(UploadRunTest, NothingIsDeletedForAFolderOfWhichAFileHasVanished) {
+  addTrip();
+  const QString inside = write(QStringLiteral("Trip/below/inside.jpg"));
+  const QString first = write(QStringLiteral("first"));
+  before(Operation::SendFileEx, 1, [&] { QFile::remove(inside); });
+  drop({first, computer.filePath(QStringLiteral("Trip"))});
+  answer("MNU_Replace");
+  ASSERT_TRUE(finish());
+  EXPECT_EQ(sdk->calls(Operation::DeleteNode), 0);
+  EXPECT_EQ(outcomes().mid(0, 2), QStringList({"copied first", "failed Trip 11000001"}));
 }
 
 TEST_F(UploadRunTest, OnlyTheDroppedItemsAreTestedForClashes) {
@@ -313,15 +383,16 @@ TEST_F(UploadRunTest, AFileThatVanishesAfterTheAnswerCostsThePhoneNothing) {
 }
 
 TEST_F(UploadRunTest, AFolderThatVanishesAfterTheAnswerCostsThePhoneNothing) {
-  write(QStringLiteral("DCIM/x"));
+  addTrip();
+  write(QStringLiteral("Trip/x"));
   const QString first = write(QStringLiteral("first"));
-  before(Operation::SendFileEx, 1, [&] { QDir(computer.filePath(QStringLiteral("DCIM"))).removeRecursively(); });
-  drop({first, computer.filePath(QStringLiteral("DCIM"))});
+  before(Operation::SendFileEx, 1, [&] { QDir(computer.filePath(QStringLiteral("Trip"))).removeRecursively(); });
+  drop({first, computer.filePath(QStringLiteral("Trip"))});
   answer("MNU_Replace");
   ASSERT_TRUE(finish());
   EXPECT_EQ(sdk->calls(Operation::DeleteNode), 0);
-  EXPECT_EQ(onPhone(dcim), Contents({"Camera/", "a.jpg", "b.jpg"}));
-  EXPECT_EQ(outcomes().mid(0, 2), QStringList({"copied first", "failed DCIM 11000001"}));
+  EXPECT_EQ(onPhone(sdk->child(phone, QStringLiteral("Trip"))), Contents({"old.jpg"}));
+  EXPECT_EQ(outcomes().mid(0, 2), QStringList({"copied first", "failed Trip 11000001"}));
 }
 
 TEST_F(UploadRunTest, TheRowOfAReplacedFileGoesWhileTheNewOneIsOnItsWay) {
@@ -425,6 +496,16 @@ TEST_F(UploadToFullCard, AReplacementThatFindsNoRoomThereLeavesTheOldFileAndEnds
   EXPECT_EQ(onPhone(card), Contents({"Old/", "song"}));
   EXPECT_EQ(outcomes(), QStringList({"failed song 1000000a", "canceled other"}));
   EXPECT_EQ(rows(), QStringList({"Old", "song"}));
+}
+
+TEST_F(UploadToFullCard, APhoneThatDoesNotAnswerAboutItsRoomKeepsTheOldFile) {
+  drop({write(QStringLiteral("song"), QByteArray(300, 'n')), write(QStringLiteral("other"))});
+  EXPECT_NE(waitForAlert(), nullptr);
+  sdk->setStatusAt(Operation::GetStorageListHead, 1, DGSTATUS_INTERNAL_DEVICE_NOT_RESPONSE);
+  answer("MNU_Replace");
+  ASSERT_TRUE(finish());
+  EXPECT_EQ(sdk->calls(Operation::DeleteNode), 0);
+  EXPECT_EQ(outcomes(), QStringList({"failed song 13000008", "copied other"}));
 }
 
 TEST_F(UploadToFullCard, TheRoomOfTheOldFileCountsForTheNewOne) {
