@@ -9,6 +9,7 @@
 #include "MTPBrowserApp/SupportLines.h"
 #include "Platform/CompositeDeviceRegistry.h"
 #include "Platform/DistributedNotifications.h"
+#include "Platform/HomeFolder.h"
 #include "Platform/Log.h"
 #include "Platform/LogNames.h"
 #include "Platform/MainThread.h"
@@ -95,6 +96,7 @@ void sendEngineLogToOurs() {
 
 int runApplication(int argc, char** argv) {
   std::signal(SIGPIPE, SIG_IGN); // whoever read our log may end before us
+  platform::completeHomeFolder();
   QApplication application(argc, argv);
   QApplication::setApplicationName(QStringLiteral("MTPBrowser"));
   QApplication::setApplicationDisplayName(QStringLiteral("MTP Browser"));

@@ -1,5 +1,7 @@
 #include "Platform/UdevDeviceRegistry.h"
 
+#include "Platform/Log.h"
+
 #include <QByteArrayList>
 
 #include <algorithm>
@@ -251,6 +253,11 @@ int UdevDeviceRegistry::services(ServiceClass serviceClass, std::vector<std::sha
 std::unique_ptr<RegistryMonitor> UdevDeviceRegistry::monitor(int& error) {
   if (error = connect(); error != 0)
     return nullptr;
+  if (!m_afterRules) { // in a container, say, where phones may never be noticed
+    const bool shown = ::access("/sys/bus/usb", F_OK) == 0;
+    MTPB_LOG("without a udev daemon USB devices are taken from the kernel%s",
+             shown ? "" : ", which shows none here: there is no /sys/bus/usb");
+  }
   Monitor monitor = openMonitor(m_udev.get(), m_afterRules, {{"usb", "usb_device"}, {"usb", "usb_interface"}}, error);
   return monitor == nullptr ? nullptr : std::make_unique<UdevMonitor>(std::move(monitor));
 }

@@ -38,9 +38,9 @@ protected:
     m_notifier->registerNotification(std::nullopt);
     ASSERT_TRUE(eventually([this] { return m_log.has(QStringLiteral("CFRunLoopRun")); }));
   }
-  std::string plug(const char* vendorId, const char* productId) {
-    return add("usb", "20-2", "",
-               {"idVendor", vendorId, "idProduct", productId, "bcdDevice", "0404", "busnum", "20", "devpath", "2",
+  std::string plug(const char* vendorId, const char* productId, const std::string& port = "2") {
+    return add("usb", "20-" + port, "",
+               {"idVendor", vendorId, "idProduct", productId, "bcdDevice", "0404", "busnum", "20", "devpath", port,
                 "serial", "LS0001"},
                {"DEVTYPE", "usb_device", "DEVNUM", "007"});
   }
@@ -85,6 +85,37 @@ TEST_P(UsbDetection, APhonePluggedInAndOutIsAttachedAndDetachedOnce) {
   ASSERT_TRUE(announced({1, 2}));
   settle();
   EXPECT_THAT(m_posted.types(), ElementsAre(1, 2));
+}
+
+TEST_P(UsbDetection, APhoneUnpluggedAndReplugged20TimesIsDetachedAsOftenAsItWasAttached) {
+  start();
+  for (int i = 0; i < 20; ++i)
+    remove(plug("7e55", "4160"));
+  const std::string device = plug("7e55", "4160");
+  settle();
+  const auto times = [this](int type) {
+    const auto types = m_posted.types();
+    return std::count(types.begin(), types.end(), type);
+  };
+  ASSERT_TRUE(eventually([&] { return times(1) == times(2) + 1; })); // the last arrival may still be pooled
+  const auto detached = times(2);
+  remove(device);
+  ASSERT_TRUE(eventually([&] { return times(2) == detached + 1; }));
+}
+
+TEST_P(UsbDetection, OfTwoPhonesEachIsAnnouncedWithItsOwnPlace) {
+  start();
+  plug("7e55", "4160");
+  ASSERT_TRUE(announced({1}));
+  const std::string second = plug("7e55", "4160", "3");
+  ASSERT_TRUE(announced({1, 1}));
+  remove(second);
+  ASSERT_TRUE(announced({1, 1, 2}));
+  QStringList places;
+  for (const Posted& posted : m_posted.all())
+    if (!posted.isDetach())
+      places.append(posted.text("LocationId"));
+  EXPECT_EQ(places, QStringList({"14200000", "14300000", "14300000"}));
 }
 
 TEST_P(UsbDetection, APhonesSerialPortIsItsSerialPath) {

@@ -2,6 +2,7 @@
 #include "Platform/UdevDeviceRegistry.h"
 #include "Platform/NotificationPort.h"
 #include "Platform/RunLoop.h"
+#include "support/LogCapture.h"
 #include "support/UdevBed.h"
 
 #include <gmock/gmock.h>
@@ -101,6 +102,16 @@ protected:
 
 TEST_F(UdevRegistry, NothingAttachedListsNothing) {
   EXPECT_THAT(list(ServiceClass::UsbDevice), IsEmpty());
+}
+
+TEST_F(UdevRegistry, WithoutAUdevDaemonTheLogSaysSoAndWhetherThereIsAnyUsb) {
+  const testsupport::LogCapture log;
+  int error = 0;
+  EXPECT_NE(m_registry.monitor(error), nullptr);
+  EXPECT_EQ(log.count(QStringLiteral("which shows none here: there is no /sys/bus/usb")), 1);
+  addDevice("2", "007");
+  EXPECT_NE(m_registry.monitor(error), nullptr);
+  EXPECT_EQ(log.count(QStringLiteral("without a udev daemon USB devices are taken from the kernel")), 1);
 }
 
 TEST_F(UdevRegistry, ADeviceHasItsDescriptorsNumbersAndTexts) {

@@ -620,6 +620,19 @@ TEST_P(DownloadStopped, ByThePhonesLeaving) {
   EXPECT_EQ(content("readme.txt"), "read me");
 }
 
+TEST_P(DownloadStopped, NotByAnotherPhonesComing) {
+  copyUntil([this] {
+    controller->connectDevice(QStringLiteral("14200000")); // what comes of it: the phone shown is connected to anew
+    if (GetParam() == Step::Clash)
+      answerClash(0);
+  });
+  EXPECT_EQ(copied(), QStringList({"DCIM/", "DCIM/Camera/", "DCIM/a.jpg", "DCIM/b.jpg", "readme.txt"}));
+  EXPECT_EQ(content("readme.txt"), "read me");
+  EXPECT_TRUE(isFree());
+  EXPECT_EQ(lastTransfer().filter(QStringLiteral("canceled")), QStringList());
+  EXPECT_EQ(currentFolder(), QStringLiteral("Phone"));
+}
+
 TEST_P(DownloadStopped, ByTheWindowsClosing) {
   copyUntil([this] { controller->closeAllWindows(); });
   expectOnlyWholeFiles();
