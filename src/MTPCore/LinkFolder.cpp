@@ -1,6 +1,5 @@
 #include "MTPCore/LinkFolder.h"
 
-#include "Platform/Log.h"
 #include "Platform/LogNames.h"
 
 #include <QByteArray>
@@ -74,13 +73,13 @@ std::optional<QString> LinkFolder::linkTo(const QString& path, const QString& co
   const QString folder = m_folder + place.path();
   const QString link = folder + u'/' + place.fileName();
   if (!QDir().mkpath(folder)) {
-    MTPB_LOG("The folder %s for links cannot be made.", platform::nameForLog(folder).constData());
+    m_log.line("The folder %s for links cannot be made.", platform::nameForLog(folder).constData());
     return std::nullopt;
   }
   const int error = makeLink(QFile::encodeName(QFileInfo(path).absoluteFilePath()), QFile::encodeName(link));
   if (error != 0) {
-    MTPB_LOG("Error making link %s (%d): %s", platform::nameForLog(link).constData(), error,
-             std::generic_category().message(error).c_str());
+    m_log.line("Error making link %s (%d): %s", platform::nameForLog(link).constData(), error,
+               std::generic_category().message(error).c_str());
     return std::nullopt;
   }
   return link;

@@ -1,5 +1,7 @@
 #pragma once
 // Ways for the SDK to open a file of the computer whose name is not in composed form.
+#include "MTPCore/AccessLog.h"
+
 #include <QString>
 
 #include <optional>
@@ -11,8 +13,10 @@
 /// One caller at a time for one folder. Blocks for a few calls of the file system.
 class LinkFolder {
 public:
-  explicit LinkFolder(const QString& folder)
-      : m_folder(folder) {}
+  /// `log`: the access object's, for the operation that wants the path.
+  LinkFolder(const QString& folder, const AccessLog& log)
+      : m_folder(folder)
+      , m_log(log) {}
 
   /// A path in composed form that opens the file at `path`: its own, or a link's. Nothing when no link can be made
   /// (logged). A path that is in composed form already is handed back whether it opens or not.
@@ -22,4 +26,5 @@ private:
   std::optional<QString> linkTo(const QString& path, const QString& composed) const;
 
   const QString m_folder;
+  const AccessLog m_log;
 };

@@ -768,7 +768,7 @@ void MTPDextSDKWrapper::validateFilePathForMtp(const QString& path, std::unique_
   byteLength = 0;
   const platform::Lock lock(_accLock);
   try {
-    const std::optional<QString> openable = LinkFolder(m_computer.linkFolder).openablePath(path);
+    const std::optional<QString> openable = LinkFolder(m_computer.linkFolder, log(MTPB_HERE)).openablePath(path);
     if (!openable)
       return;
     Utf16Buffer buffer = makeUtf16Buffer(*openable);

@@ -13,6 +13,8 @@
 
 namespace {
 
+constexpr AccessFace face{"Face", "pre", true};
+
 class LinkFolderOfTest : public testing::Test {
 protected:
   QString write(const char* name, const QByteArray& content) {
@@ -30,7 +32,7 @@ protected:
   static bool isComposed(const QString& text) { return text == text.normalized(QString::NormalizationForm_C); }
 
   QTemporaryDir folder;
-  const LinkFolder links{folder.filePath("links")};
+  const LinkFolder links{folder.filePath("links"), AccessLog(face, {"any.cpp", 1, "bool Any::operation()"})};
   CapturedLog log;
 };
 
@@ -100,4 +102,5 @@ TEST_F(LinkFolderOfTest, ANamedPipeDoesNotBlock) {
 TEST_F(LinkFolderOfTest, APathThatCannotGetALinkIsAnsweredWithNothing) {
   EXPECT_EQ(links.openablePath(folder.filePath(QString("e\u0301/").repeated(3000) + "x")), std::nullopt);
   EXPECT_TRUE(log.hasPart("cannot be made") || log.hasPart("Error making link"));
+  EXPECT_TRUE(log.hasPart("[Face.cpp:Face::operation-("));
 }
