@@ -149,7 +149,7 @@ std::optional<std::vector<DownloadPlanner::Entry>> DownloadPlanner::contentsOf(c
   bool isShown = false;
   std::function<TreeLoader::Listing(DeviceSession&)> lister;
   const auto look = [&] {
-    lister = TreeLoader::lister(folder);
+    lister = TreeLoader::lister(folder, [this] { return !m_run.isStopped(); });
     isShown = folder->isListed() && folder->childObjects();
     if (isShown)
       shown.assign(folder->childObjects()->begin(), folder->childObjects()->end());

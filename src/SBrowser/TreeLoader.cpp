@@ -67,23 +67,8 @@ std::shared_ptr<SItemArray> makeItems(QList<MtpItemInfo> entries, const QString&
   return items;
 }
 
-/// Has the phone list what a folder, or with none the storage, holds, and tells its status, which the list of the items
-/// does not: of a folder that could not be listed it is empty, as of an empty one. What is listed then is known
-/// already.
-std::uint32_t listingStatus(DeviceSession& session, _MTP_FOLDER_NODE* folder) {
-  MTPDextSDKWrapper& mtp = *session.mtp;
-  const auto isFailure = [](std::uint32_t status) {
-    return status != DGSTATUS_SUCCESS && status != DGSTATUS_NO_MORE_DATA; // the latter where there is nothing
-  };
-  _MTP_FOLDER_NODE* child = nullptr;
-  const std::uint32_t status = mtp.getMTPFolderListHead(folder, session.currentStorageNode, &child, nullptr, nullptr);
-  if (isFailure(status))
-    return status;
-  _MTP_FILE_NODE* file = nullptr;
-  auto* const parent = folder != nullptr ? reinterpret_cast<_MTP_COMMON_NODE*>(folder)
-                                         : reinterpret_cast<_MTP_COMMON_NODE*>(session.currentStorageNode);
-  const std::uint32_t fileStatus = mtp.getMTPFileListHead(parent, &file, nullptr, nullptr);
-  return isFailure(fileStatus) ? fileStatus : DGSTATUS_SUCCESS;
+std::uint32_t askWhetherWanted(std::uint64_t, std::uint64_t, void* context) {
+  return (*static_cast<const std::function<bool()>*>(context))() ? DGSTATUS_SUCCESS : DGSTATUS_IO_CANCEL;
 }
 
 } // namespace
@@ -171,16 +156,39 @@ TreeLoader::ArrayPointer TreeLoader::getContentsOfItem(const ItemPointer& item) 
   return listing.children;
 }
 
-std::function<TreeLoader::Listing(DeviceSession&)> TreeLoader::lister(const ItemPointer& item) {
+std::function<TreeLoader::Listing(DeviceSession&)> TreeLoader::lister(const ItemPointer& item,
+                                                                      std::function<bool()> isWanted) {
   platform::assertMainThread();
-  return [item, source = sourceOf(*item)](DeviceSession& session) { return list(session, source, item); };
+  return [item, source = sourceOf(*item), isWanted = std::move(isWanted)](DeviceSession& session) {
+    return list(session, source, item, isWanted);
+  };
 }
 
 TreeLoader::Source TreeLoader::sourceOf(const SItem& item) {
   return {item.objectType(), item.rootPath(), item.filePath(), item.nodeID()};
 }
 
-TreeLoader::Listing TreeLoader::list(DeviceSession& session, const Source& source, const ItemPointer& parent) {
+std::uint32_t TreeLoader::listingStatus(DeviceSession& session, _MTP_FOLDER_NODE* folder,
+                                        const std::function<bool()>& isWanted) {
+  MTPDextSDKWrapper& mtp = *session.mtp;
+  const mtpDextProgressCallback callback = isWanted ? askWhetherWanted : nullptr;
+  void* const context = const_cast<std::function<bool()>*>(&isWanted); // which only calls it
+  const auto isFailure = [](std::uint32_t status) {
+    return status != DGSTATUS_SUCCESS && status != DGSTATUS_NO_MORE_DATA; // the latter where there is nothing
+  };
+  _MTP_FOLDER_NODE* child = nullptr;
+  const std::uint32_t status = mtp.getMTPFolderListHead(folder, session.currentStorageNode, &child, callback, context);
+  if (isFailure(status))
+    return status;
+  _MTP_FILE_NODE* file = nullptr;
+  auto* const parent = folder != nullptr ? reinterpret_cast<_MTP_COMMON_NODE*>(folder)
+                                         : reinterpret_cast<_MTP_COMMON_NODE*>(session.currentStorageNode);
+  const std::uint32_t fileStatus = mtp.getMTPFileListHead(parent, &file, callback, context);
+  return isFailure(fileStatus) ? fileStatus : DGSTATUS_SUCCESS;
+}
+
+TreeLoader::Listing TreeLoader::list(DeviceSession& session, const Source& source, const ItemPointer& parent,
+                                     const std::function<bool()>& isWanted) {
   session.currentMemoryType = source.objectType;
   session.selectStorage(source.rootPath);
   MTPDextSDKWrapper& mtp = *session.mtp;
@@ -202,7 +210,7 @@ TreeLoader::Listing TreeLoader::list(DeviceSession& session, const Source& sourc
   if (kind == MTPDEXT_NODE_STORAGE || kind == MTPDEXT_NODE_FOLDER) {
     auto* const folder = kind == MTPDEXT_NODE_FOLDER ? static_cast<_MTP_FOLDER_NODE*>(node) : nullptr;
     session.currentFolderNode = folder;
-    listing.status = listingStatus(session, folder);
+    listing.status = listingStatus(session, folder, isWanted);
     if (listing.status != DGSTATUS_SUCCESS)
       return listing;
     entries = mtp.getFilesAtFolder(folder, session.currentStorageNode, source.filePath);

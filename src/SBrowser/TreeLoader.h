@@ -57,8 +57,15 @@ public:
     QString nodeID;           ///< of a storage root that was resolved; else null
     std::uint32_t status = 0; ///< of the SDK: not 0 when what the item holds is not known
   };
-  /// What lists the item, as getContentsOfItem() does, in a job of the queue. Blocks there.
-  static std::function<Listing(DeviceSession&)> lister(const ItemPointer& item);
+  /// What lists the item, as getContentsOfItem() does, in a job of the queue. Blocks there; `isWanted` is asked
+  /// meanwhile on that thread, and ends it with DGSTATUS_IO_CANCEL.
+  static std::function<Listing(DeviceSession&)> lister(const ItemPointer& item, std::function<bool()> isWanted = {});
+
+  /// Has the phone list what a folder, or with none the current storage, holds, and gives its status, which a list of
+  /// the items does not: of a folder that could not be listed it is empty, as of an empty one. What is listed then is
+  /// known already. In a job of the queue; `isWanted`, if there is one, as with lister().
+  static std::uint32_t listingStatus(DeviceSession& session, _MTP_FOLDER_NODE* folder,
+                                     const std::function<bool()>& isWanted = {});
 
 private:
   struct Request;
@@ -66,7 +73,8 @@ private:
   using RequestPointer = std::shared_ptr<Request>;
 
   static Source sourceOf(const SItem& item);
-  static Listing list(DeviceSession& session, const Source& source, const ItemPointer& parent);
+  static Listing list(DeviceSession& session, const Source& source, const ItemPointer& parent,
+                      const std::function<bool()>& isWanted = {});
   void start(const RequestPointer& request);
   void finish(const RequestPointer& request, Listing listing);
   void finishEntering(const RequestPointer& request, Listing listing);

@@ -5,6 +5,7 @@
 #include "MTPCore/PathWalk.h"
 #include "SBrowser/DownloadNames.h"
 #include "SBrowser/SItemArray.h"
+#include "SBrowser/TreeLoader.h"
 #include "UI/Common/NSStringPredicate.h"
 
 #include <QFileInfo>
@@ -82,6 +83,9 @@ void UploadRun::listTarget() {
     session.selectStorage(m_rootPath);
     MTPDextSDKWrapper& mtp = *session.mtp;
     if (targetNode(mtp) == nullptr)
+      return;
+    if (TreeLoader::listingStatus(session, targetFolder(mtp), [this] { return !m_run->isStopped(); }) ==
+        DGSTATUS_IO_CANCEL)
       return;
     const auto entries = mtp.getFilesAtFolder(targetFolder(mtp), session.currentStorageNode, m_drapAndDropPath);
     for (const MtpItemInfo& entry : entries.value_or(QList<MtpItemInfo>()))

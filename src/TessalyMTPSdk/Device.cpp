@@ -252,7 +252,8 @@ std::vector<ListedStorage> Device::readStorages(const std::vector<std::uint32_t>
   return storages;
 }
 
-Status Device::fetch(const std::shared_ptr<Listing>& listing, std::unique_lock<std::mutex>& lock, Want want) {
+Status Device::fetch(const std::shared_ptr<Listing>& listing, std::unique_lock<std::mutex>& lock, Want want,
+                     const Session::Watch& watch) {
   if (m_session.isTransactingHere()) // another thread's fetch would wait for this one
     return !listing->known ? DGSTATUS_NODE_IS_NOT_EXISTED : listing->cached ? DGSTATUS_SUCCESS : DGSTATUS_UNSUCCESSFUL;
   const auto isGood = [&] { return listing->cached && !(want == Want::Names ? listing->namesStale : listing->stale); };
@@ -260,13 +261,16 @@ Status Device::fetch(const std::shared_ptr<Listing>& listing, std::unique_lock<s
     placeReported(lock);
   if (!listing->known)
     return DGSTATUS_NODE_IS_NOT_EXISTED;
-  return isGood() ? DGSTATUS_SUCCESS : fetchFrom(listing, lock);
+  return isGood() ? DGSTATUS_SUCCESS : fetchFrom(listing, lock, watch);
 }
 
-Status Device::fetchFrom(const std::shared_ptr<Listing>& listing, std::unique_lock<std::mutex>& lock) {
+Status Device::fetchFrom(const std::shared_ptr<Listing>& listing, std::unique_lock<std::mutex>& lock,
+                         const Session::Watch& watch) {
   if (listing->fetching) {
     const std::uint64_t before = listing->fetches;
     m_fetched.wait(lock, [&] { return listing->fetches != before; }); // ends: every transaction of the fetch does
+    if (listing->known && listing->lastFetch == DGSTATUS_IO_CANCEL)   // by somebody else
+      return fetchFrom(listing, lock, watch);
     return listing->known ? listing->lastFetch : DGSTATUS_NODE_IS_NOT_EXISTED;
   }
 
@@ -287,7 +291,7 @@ Status Device::fetchFrom(const std::shared_ptr<Listing>& listing, std::unique_lo
             const std::lock_guard check(m_registry.mutex);
             return listing->known;
           },
-          folder);
+          folder, watch);
       log(LogLevel::Info, "listed %zu objects in folder 0x%08x of storage 0x%08x: status 0x%08x, %.3f s",
           folder.objects.size(), listing->parent, listing->storage, status,
           std::chrono::duration<double>(m_session.limits().now() - begun).count());
@@ -308,7 +312,8 @@ Status Device::fetchFrom(const std::shared_ptr<Listing>& listing, std::unique_lo
   listing->lastFetch = status;
   ++listing->fetches;
   m_fetched.notify_all();
-  if (status != DGSTATUS_SUCCESS && status != DGSTATUS_NODE_IS_NOT_EXISTED) { // the latter: released meanwhile
+  // The second: released meanwhile.
+  if (status != DGSTATUS_SUCCESS && status != DGSTATUS_NODE_IS_NOT_EXISTED && status != DGSTATUS_IO_CANCEL) {
     lock.unlock(); // where the log is written, it may take its time
     log(LogLevel::Warning, "a folder could not be listed: status 0x%08x", status);
     lock.lock();

@@ -55,9 +55,10 @@ public:
   };
   /// Sees to it that `listing` holds what the phone told, by fetching it or by waiting for another thread's fetch.
   /// `lock` holds NodeRegistry::mutex on call and return. Afterwards the listing may have been retired. Called by a
-  /// transfer's callback it gives what is in memory.
+  /// transfer's callback it gives what is in memory. The watch (see Session) ends the own fetch: DGSTATUS_IO_CANCEL,
+  /// and what was known stays so.
   Status fetch(const std::shared_ptr<Listing>& listing, std::unique_lock<std::mutex>& lock,
-               Want want = Want::Everything);
+               Want want = Want::Everything, const Session::Watch& watch = {});
 
   /// Whether the object, or storage, is still there: from memory where nothing speaks against it. `lock` as above.
   bool exists(const Node& node, std::unique_lock<std::mutex>& lock);
@@ -125,7 +126,8 @@ private:
 
   Status connect();
   bool judge(const EventContainer& event);
-  Status fetchFrom(const std::shared_ptr<Listing>& listing, std::unique_lock<std::mutex>& lock);
+  Status fetchFrom(const std::shared_ptr<Listing>& listing, std::unique_lock<std::mutex>& lock,
+                   const Session::Watch& watch);
   void placeReported(std::unique_lock<std::mutex>& lock);
   std::vector<ListedStorage> readStorages(const std::vector<std::uint32_t>& ids, Status& status);
 

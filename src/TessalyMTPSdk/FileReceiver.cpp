@@ -7,6 +7,14 @@
 
 namespace mtp {
 
+namespace {
+
+/// Of a smaller file the listing is believed until its contents say something else: asking would take as long as the
+/// contents.
+constexpr std::uint64_t SmallestAskedFor = 64 * 1024;
+
+} // namespace
+
 FileReceiver::FileReceiver(Device& device, Subject subject, FileFacts facts, TransferProgress progress)
     : m_device(device)
     , m_subject(std::move(subject))
@@ -23,7 +31,9 @@ Status FileReceiver::receive(const std::string& destination) {
     return DGSTATUS_IO_CANCEL;
   if (!m_device.isCurrent(m_subject.epoch))
     return DGSTATUS_NODE_IS_NOT_EXISTED;
-  if (const Reply reply = askSize(m_device, m_subject.handle, m_declared, watch); !reply.ok())
+  if (m_facts.size < SmallestAskedFor)
+    m_declared = {m_facts.size};
+  else if (const Reply reply = askSize(m_device, m_subject.handle, m_declared, watch); !reply.ok())
     return refused(reply);
   const std::uint64_t likely = likelySize();
   m_progress.setTotal(likely);

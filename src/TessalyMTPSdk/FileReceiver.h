@@ -12,7 +12,8 @@ struct FileFacts {
   std::u16string date;    // as the phone told it
 };
 
-/// One copy, on one thread. Two transactions: the file's size, its contents.
+/// One copy, on one thread. Two transactions: the file's size, its contents. Of a small file one, unless its contents
+/// are not of the size that the listing told: then the phone is asked whether they are all.
 class FileReceiver {
 public:
   FileReceiver(Device& device, Subject subject, FileFacts facts, TransferProgress progress);

@@ -1,7 +1,6 @@
 #include "TessalyMTPSdk/FileSender.h"
 
 #include "TessalyMTPSdk/FileErrors.h"
-#include "TessalyMTPSdk/FileReader.h"
 #include "TessalyMTPSdk/Logging.h"
 #include "TessalyMTPSdk/ObjectDates.h"
 #include "TessalyMTPSdk/ObjectNames.h"
@@ -45,10 +44,11 @@ Status FileSender::send(const std::u16string& source, Node*& node) {
     return status;
   if (const Status status = m_device.checkRoom(m_place.listing->storage, m_size, m_watch); status != DGSTATUS_SUCCESS)
     return status;
+  FileReader reader(file.get(), m_size, ContainerHeader::Size); // what may fail does so before the phone knows the file
   if (const Status status = creation.announce(false, m_size, sentDate(facts.st_mtime), node, m_watch);
       status != DGSTATUS_SUCCESS)
     return status;
-  if (const Status status = sendContents(file.get(), creation); status != DGSTATUS_SUCCESS) {
+  if (const Status status = sendContents(reader, creation); status != DGSTATUS_SUCCESS) {
     creation.withdraw();
     return status;
   }
@@ -57,8 +57,7 @@ Status FileSender::send(const std::u16string& source, Node*& node) {
   return DGSTATUS_SUCCESS;
 }
 
-Status FileSender::sendContents(int file, ObjectCreation& creation) {
-  FileReader reader(file, m_size, ContainerHeader::Size);
+Status FileSender::sendContents(FileReader& reader, ObjectCreation& creation) {
   const auto now = m_device.session().limits().now;
   auto renewed = now();
   const Reply reply = m_device.session().send(

@@ -1,5 +1,6 @@
 #pragma once
 // Copies one file of the computer to the phone.
+#include "TessalyMTPSdk/FileReader.h"
 #include "TessalyMTPSdk/ObjectCreation.h"
 #include "TessalyMTPSdk/TransferProgress.h"
 
@@ -18,7 +19,7 @@ public:
   Status send(const std::u16string& source, Node*& node);
 
 private:
-  Status sendContents(int file, ObjectCreation& creation);
+  Status sendContents(FileReader& reader, ObjectCreation& creation);
   Status verify(std::uint32_t handle);
 
   Device& m_device;

@@ -25,8 +25,8 @@ bool isFolder(std::uint64_t format) {
 
 /// The phone said no to the question as such; not: to this object, at this time.
 bool isRefusal(const Reply& reply) {
-  if (reply.code == Response())
-    return false; // said nothing
+  if (reply.code == Response() || reply.status == DGSTATUS_IO_CANCEL)
+    return false; // said nothing, or nobody listened any more
   switch (reply.code) {
   case Response::OK:
   case Response::SessionNotOpen:
@@ -137,9 +137,11 @@ FolderLister::FolderLister(Session& session, const DeviceInfo& info)
     m_ways.byDepth = m_ways.byObjectList = Answer::No;
 }
 
-Status FolderLister::list(std::uint32_t storage, std::uint32_t parent, const std::function<bool()>& wanted,
-                          ListedFolder& folder) {
+Status FolderLister::list(std::uint32_t storage, std::uint32_t parent, const std::function<bool()>& isWanted,
+                          ListedFolder& folder, const Session::Watch& watch) {
   folder = {};
+  const Session::Watch whileDataComes = [&watch](std::uint64_t moved) { return moved == 0 || watch(moved); };
+  const Wanted wanted{isWanted, watch, watch ? whileDataComes : watch};
   const Answer byDepth = ways().byDepth;
   if (byDepth == Answer::Unknown)
     return findOutByDepth(storage, parent, wanted, folder);
@@ -149,20 +151,22 @@ Status FolderLister::list(std::uint32_t storage, std::uint32_t parent, const std
       return status;
   }
   Handles handles;
-  if (const Status status = getHandles(storage, parent, handles); status != DGSTATUS_SUCCESS)
+  if (const Status status = getHandles(storage, parent, wanted, handles); status != DGSTATUS_SUCCESS)
     return status;
   return listEachObject(handles, parent, wanted, folder);
 }
 
-Status FolderLister::findOutByDepth(std::uint32_t storage, std::uint32_t parent, const std::function<bool()>& wanted,
+Status FolderLister::findOutByDepth(std::uint32_t storage, std::uint32_t parent, const Wanted& wanted,
                                     ListedFolder& folder) {
   Handles handles;
-  if (const Status status = getHandles(storage, parent, handles); status != DGSTATUS_SUCCESS || handles.empty())
+  if (const Status status = getHandles(storage, parent, wanted, handles); status != DGSTATUS_SUCCESS || handles.empty())
     return status;
 
   std::vector<std::byte> names;
-  const Reply reply = getColumn(parent, Property::ObjectFileName, names);
+  const Reply reply = getColumn(parent, Property::ObjectFileName, wanted, names);
   Answer answer = Answer::No;
+  if (reply.status == DGSTATUS_IO_CANCEL)
+    return reply.status; // says nothing of the phone
   if (reply.ok()) {
     ListedFolder named;
     const bool readable = readNames(names, parent, named);
@@ -202,8 +206,7 @@ Status FolderLister::findOutByDepth(std::uint32_t storage, std::uint32_t parent,
 /// `names` may hold the answer for ObjectFileName already. DGSTATUS_NOT_SUPPORT_OP: not this way. An unreadable answer
 /// is asked for once more: the other way costs a transaction an object.
 Status FolderLister::listByDepth(std::uint32_t storage, std::uint32_t parent, const Handles* handles,
-                                 std::vector<std::byte> names, const std::function<bool()>& wanted,
-                                 ListedFolder& folder) {
+                                 std::vector<std::byte> names, const Wanted& wanted, ListedFolder& folder) {
   Status status = readColumns(storage, parent, handles, names, wanted, folder);
   if (isUnreadable(status) && !m_session.isDead()) {
     folder = {};
@@ -218,10 +221,9 @@ Status FolderLister::listByDepth(std::uint32_t storage, std::uint32_t parent, co
 }
 
 Status FolderLister::readColumns(std::uint32_t storage, std::uint32_t parent, const Handles* handles,
-                                 std::vector<std::byte>& names, const std::function<bool()>& wanted,
-                                 ListedFolder& folder) {
+                                 std::vector<std::byte>& names, const Wanted& wanted, ListedFolder& folder) {
   if (names.empty()) {
-    if (const Reply reply = getColumn(parent, Property::ObjectFileName, names); !reply.ok())
+    if (const Reply reply = getColumn(parent, Property::ObjectFileName, wanted, names); !reply.ok())
       return isRefusal(reply) ? DGSTATUS_NOT_SUPPORT_OP : reply.status;
   }
   if (!readNames(names, parent, folder))
@@ -236,7 +238,7 @@ Status FolderLister::readColumns(std::uint32_t storage, std::uint32_t parent, co
   // Folder or file, and the size, must be known. Who has no format any more went away between two questions.
   if (!wanted())
     return DGSTATUS_IO_CANCEL;
-  Reply reply = getColumn(parent, Property::ObjectFormat, rows);
+  Reply reply = getColumn(parent, Property::ObjectFormat, wanted, rows);
   if (reply.ok() &&
       !forEachRow(rows, Property::ObjectFormat, objects, index, [&](std::size_t i, const PropertyRow& row) {
         objects[i].folder = isFolder(row.number);
@@ -246,7 +248,7 @@ Status FolderLister::readColumns(std::uint32_t storage, std::uint32_t parent, co
   if (reply.ok()) {
     if (!wanted())
       return DGSTATUS_IO_CANCEL;
-    reply = getColumn(parent, Property::ObjectSize, rows);
+    reply = getColumn(parent, Property::ObjectSize, wanted, rows);
     if (reply.ok() && !forEachRow(rows, Property::ObjectSize, objects, index,
                                   [&](std::size_t i, const PropertyRow& row) { objects[i].size = row.number; }))
       return DGSTATUS_INTERNAL_SIZE_MISMATCH;
@@ -263,7 +265,7 @@ Status FolderLister::readColumns(std::uint32_t storage, std::uint32_t parent, co
   if (ways().dates) {
     if (!wanted())
       return DGSTATUS_IO_CANCEL;
-    reply = getColumn(parent, Property::DateModified, rows);
+    reply = getColumn(parent, Property::DateModified, wanted, rows);
     if (isLastingRefusal(reply))
       remember([](Ways& ways) { ways.dates = false; });
     else if (!reply.ok() && !isRefusal(reply))
@@ -281,7 +283,7 @@ Status FolderLister::readColumns(std::uint32_t storage, std::uint32_t parent, co
     std::vector<bool> here(objects.size(), false);
     bool known = ways().storageIds;
     if (known) {
-      reply = getColumn(parent, Property::StorageID, rows);
+      reply = getColumn(parent, Property::StorageID, wanted, rows);
       known = !isRefusal(reply);
       if (isLastingRefusal(reply))
         remember([](Ways& ways) { ways.storageIds = false; });
@@ -294,7 +296,7 @@ Status FolderLister::readColumns(std::uint32_t storage, std::uint32_t parent, co
     if (!known) {
       Handles asked;
       if (!handles) {
-        if (const Status status = getHandles(storage, parent, asked); status != DGSTATUS_SUCCESS)
+        if (const Status status = getHandles(storage, parent, wanted, asked); status != DGSTATUS_SUCCESS)
           return status;
         handles = &asked;
       }
@@ -310,7 +312,7 @@ Status FolderLister::readColumns(std::uint32_t storage, std::uint32_t parent, co
   return DGSTATUS_SUCCESS;
 }
 
-Status FolderLister::listEachObject(const Handles& handles, std::uint32_t parent, const std::function<bool()>& wanted,
+Status FolderLister::listEachObject(const Handles& handles, std::uint32_t parent, const Wanted& wanted,
                                     ListedFolder& folder) {
   HandleIndex seen(handles.size());
   int unreadable = 0;
@@ -320,13 +322,14 @@ Status FolderLister::listEachObject(const Handles& handles, std::uint32_t parent
       continue;
     if (!wanted())
       return DGSTATUS_IO_CANCEL;
-    const Status status = listObject(handle, folder);
+    const Status status = listObject(handle, wanted, folder);
     if (status == DGSTATUS_SUCCESS || status == DGSTATUS_INTERNAL_INVALIDOBJECTHANDLE)
       continue;
     // One object the phone cannot describe is no reason to show none of the others.
     if (m_session.isGone() || m_session.isDead() || status == DGSTATUS_NO_DEVICE_ATTACHED ||
-        status == DGSTATUS_INTERNAL_DEVICE_NOT_RESPONSE || status == DGSTATUS_INTERNAL_SESSIONNOTOPEN ||
-        status == DGSTATUS_INTERNAL_STORENOTAVAILABLE || status == DGSTATUS_INTERNAL_INVALIDSTORAGEID)
+        status == DGSTATUS_IO_CANCEL || status == DGSTATUS_INTERNAL_DEVICE_NOT_RESPONSE ||
+        status == DGSTATUS_INTERNAL_SESSIONNOTOPEN || status == DGSTATUS_INTERNAL_STORENOTAVAILABLE ||
+        status == DGSTATUS_INTERNAL_INVALIDSTORAGEID)
       return status;
     if (isUnreadable(status) && ++unreadable == MaxUnreadable)
       return status;
@@ -336,25 +339,26 @@ Status FolderLister::listEachObject(const Handles& handles, std::uint32_t parent
   return folder.objects.empty() ? failure : DGSTATUS_SUCCESS; // a folder of which nothing can be read is not empty
 }
 
-Status FolderLister::listObject(std::uint32_t handle, ListedFolder& folder) {
+Status FolderLister::listObject(std::uint32_t handle, const Wanted& wanted, ListedFolder& folder) {
   const Answer byObjectList = ways().byObjectList;
   if (byObjectList != Answer::No) {
     bool answered = false;
-    const Status status = objectByPropertyList(handle, folder, answered);
+    const Status status = objectByPropertyList(handle, wanted, folder, answered);
     if (byObjectList == Answer::Unknown && (!answered || status == DGSTATUS_SUCCESS))
       remember([&](Ways& ways) { ways.byObjectList = answered ? Answer::Yes : Answer::No; });
     if (answered)
       return status;
     // Where it has worked before, it is this object's fault: the sizes of the others stay the 64-bit ones.
   }
-  return objectByInfo(handle, folder);
+  return objectByInfo(handle, wanted, folder);
 }
 
 /// `answered` stays false when the operation does not do for this what it should, so that another way is to be taken.
-Status FolderLister::objectByPropertyList(std::uint32_t handle, ListedFolder& folder, bool& answered) {
+Status FolderLister::objectByPropertyList(std::uint32_t handle, const Wanted& wanted, ListedFolder& folder,
+                                          bool& answered) {
   std::vector<std::byte> rows;
-  const Reply reply =
-      m_session.receive(Operation::GetObjectPropList, {handle, NoFormat, AllProperties, NoGroup, 0}, rows);
+  const Reply reply = m_session.receive(Operation::GetObjectPropList, {handle, NoFormat, AllProperties, NoGroup, 0},
+                                        rows, wanted.during);
   if (!reply.ok()) {
     answered = !isRefusal(reply) && !(isUnreadable(reply.status) && !m_session.isDead());
     return reply.status;
@@ -392,9 +396,9 @@ Status FolderLister::objectByPropertyList(std::uint32_t handle, ListedFolder& fo
   return DGSTATUS_SUCCESS;
 }
 
-Status FolderLister::objectByInfo(std::uint32_t handle, ListedFolder& folder) {
+Status FolderLister::objectByInfo(std::uint32_t handle, const Wanted& wanted, ListedFolder& folder) {
   std::vector<std::byte> dataset;
-  if (const Reply reply = m_session.receive(Operation::GetObjectInfo, {handle}, dataset); !reply.ok())
+  if (const Reply reply = m_session.receive(Operation::GetObjectInfo, {handle}, dataset, wanted.during); !reply.ok())
     return reply.status;
   const auto info = parseObjectInfo(dataset);
   if (!info)
@@ -408,9 +412,10 @@ Status FolderLister::objectByInfo(std::uint32_t handle, ListedFolder& folder) {
   if (!object.folder && !info->sizeIs64Bit && info->size == SizeElsewhere &&
       m_info.supports(Operation::GetObjectPropValue)) {
     std::vector<std::byte> value;
-    const Reply reply = m_session.receive(Operation::GetObjectPropValue,
-                                          {handle, static_cast<std::uint32_t>(Property::ObjectSize)}, value);
-    if (hasVanished(reply))
+    const Reply reply =
+        m_session.receive(Operation::GetObjectPropValue, {handle, static_cast<std::uint32_t>(Property::ObjectSize)},
+                          value, wanted.during);
+    if (hasVanished(reply) || reply.status == DGSTATUS_IO_CANCEL)
       return reply.status;
     if (const auto size = parseNumberValue(value); reply.ok() && size)
       object.size = *size;
@@ -419,11 +424,13 @@ Status FolderLister::objectByInfo(std::uint32_t handle, ListedFolder& folder) {
   return DGSTATUS_SUCCESS;
 }
 
-Status FolderLister::getHandles(std::uint32_t storage, std::uint32_t parent, Handles& handles) {
+Status FolderLister::getHandles(std::uint32_t storage, std::uint32_t parent, const Wanted& wanted, Handles& handles) {
   // To this operation, parent 0 would be the whole storage.
   const std::uint32_t in = parent == TopLevel ? TopLevelParent : parent;
   std::vector<std::byte> dataset;
-  if (const Reply reply = m_session.receive(Operation::GetObjectHandles, {storage, NoFormat, in}, dataset); !reply.ok())
+  if (const Reply reply =
+          m_session.receive(Operation::GetObjectHandles, {storage, NoFormat, in}, dataset, wanted.during);
+      !reply.ok())
     return reply.status;
   auto ids = parseIds(dataset);
   if (!ids)
@@ -433,9 +440,10 @@ Status FolderLister::getHandles(std::uint32_t storage, std::uint32_t parent, Han
 }
 
 /// One property of all objects directly in the folder.
-Reply FolderLister::getColumn(std::uint32_t parent, Property property, std::vector<std::byte>& rows) {
+Reply FolderLister::getColumn(std::uint32_t parent, Property property, const Wanted& wanted,
+                              std::vector<std::byte>& rows) {
   return m_session.receive(Operation::GetObjectPropList,
-                           {parent, NoFormat, static_cast<std::uint32_t>(property), NoGroup, 1}, rows);
+                           {parent, NoFormat, static_cast<std::uint32_t>(property), NoGroup, 1}, rows, wanted.during);
 }
 
 FolderLister::Ways FolderLister::ways() const {

@@ -40,8 +40,11 @@ public:
   FolderLister(Session& session, const DeviceInfo& info);
 
   /// Lists the folder with the handle `parent`, or the storage's top level. Blocks. `wanted` is asked between
-  /// transactions; false ends the listing with DGSTATUS_IO_CANCEL. An object that disappears meanwhile is left out.
-  Status list(std::uint32_t storage, std::uint32_t parent, const std::function<bool()>& wanted, ListedFolder& folder);
+  /// transactions, the watch (see Session) also while data comes; false ends the listing with DGSTATUS_IO_CANCEL. A
+  /// phone that is still looking is waited for: broken off there it would need a reset. An object that disappears
+  /// meanwhile is left out.
+  Status list(std::uint32_t storage, std::uint32_t parent, const std::function<bool()>& wanted, ListedFolder& folder,
+              const Session::Watch& watch = {});
 
 private:
   enum class Answer { Unknown, Yes, No };
@@ -52,20 +55,25 @@ private:
     bool storageIds = true;                // StorageID likewise
   };
   using Handles = std::vector<std::uint32_t>;
+  /// Whether somebody still waits for the listing.
+  struct Wanted {
+    const std::function<bool()>& isKnown;
+    const Session::Watch& watch;  // may be empty
+    const Session::Watch& during; // likewise: the watch for the middle of a transaction
+    bool operator()() const { return isKnown() && (!watch || watch(0)); } // between transactions
+  };
 
-  Status findOutByDepth(std::uint32_t storage, std::uint32_t parent, const std::function<bool()>& wanted,
-                        ListedFolder& folder);
+  Status findOutByDepth(std::uint32_t storage, std::uint32_t parent, const Wanted& wanted, ListedFolder& folder);
   Status listByDepth(std::uint32_t storage, std::uint32_t parent, const Handles* handles, std::vector<std::byte> names,
-                     const std::function<bool()>& wanted, ListedFolder& folder);
+                     const Wanted& wanted, ListedFolder& folder);
   Status readColumns(std::uint32_t storage, std::uint32_t parent, const Handles* handles, std::vector<std::byte>& names,
-                     const std::function<bool()>& wanted, ListedFolder& folder);
-  Status listEachObject(const Handles& handles, std::uint32_t parent, const std::function<bool()>& wanted,
-                        ListedFolder& folder);
-  Status listObject(std::uint32_t handle, ListedFolder& folder);
-  Status objectByPropertyList(std::uint32_t handle, ListedFolder& folder, bool& answered);
-  Status objectByInfo(std::uint32_t handle, ListedFolder& folder);
-  Status getHandles(std::uint32_t storage, std::uint32_t parent, Handles& handles);
-  Reply getColumn(std::uint32_t parent, Property property, std::vector<std::byte>& rows);
+                     const Wanted& wanted, ListedFolder& folder);
+  Status listEachObject(const Handles& handles, std::uint32_t parent, const Wanted& wanted, ListedFolder& folder);
+  Status listObject(std::uint32_t handle, const Wanted& wanted, ListedFolder& folder);
+  Status objectByPropertyList(std::uint32_t handle, const Wanted& wanted, ListedFolder& folder, bool& answered);
+  Status objectByInfo(std::uint32_t handle, const Wanted& wanted, ListedFolder& folder);
+  Status getHandles(std::uint32_t storage, std::uint32_t parent, const Wanted& wanted, Handles& handles);
+  Reply getColumn(std::uint32_t parent, Property property, const Wanted& wanted, std::vector<std::byte>& rows);
 
   Ways ways() const;
   void remember(const std::function<void(Ways&)>& change);

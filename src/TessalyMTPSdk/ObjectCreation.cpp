@@ -29,7 +29,7 @@ ObjectCreation::ObjectCreation(Device& device, Place place, std::u16string name)
 Status ObjectCreation::prepare(Node*& namesake, const Session::Watch& watch) {
   if (!isObjectName(m_name))
     return DGSTATUS_FILE_INVALID_CHAR;
-  if (const Status status = lookForNamesake(namesake, Ask::Phone); status != DGSTATUS_SUCCESS)
+  if (const Status status = lookForNamesake(namesake, Ask::Phone, watch); status != DGSTATUS_SUCCESS)
     return status;
   m_alone = m_device.session().exclusive(watch);
   if (!m_alone)
@@ -47,12 +47,12 @@ void ObjectCreation::rememberPath() {
 }
 
 /// Whoever fetches may want the session: those that hold it must not wait for them.
-Status ObjectCreation::lookForNamesake(Node*& namesake, Ask ask) {
+Status ObjectCreation::lookForNamesake(Node*& namesake, Ask ask, const Session::Watch& watch) {
   std::unique_lock lock(m_device.registry().mutex);
   if (ask == Ask::Phone) {
-    Status status = m_device.fetch(m_place.listing, lock, Device::Want::Names);
+    Status status = m_device.fetch(m_place.listing, lock, Device::Want::Names, watch);
     if (status == DGSTATUS_SUCCESS && m_place.listing->reported.contains(foldedName(m_name)))
-      status = m_device.fetch(m_place.listing, lock); // its record is wanted
+      status = m_device.fetch(m_place.listing, lock, Device::Want::Everything, watch); // its record is wanted
     if (status != DGSTATUS_SUCCESS)
       return status;
   }
@@ -85,7 +85,15 @@ Status ObjectCreation::announce(bool folder, std::uint64_t size, std::u16string_
     return DGSTATUS_SUCCESS;
   withdraw(); // stopped by the watch when it was there already
   if (m_alone)
-    m_alone.unlock(); // for the others, and for the listing's fetch below
+    m_alone.unlock();                        // for the others, and for the listing's fetch below
+  if (reply.code == Response() && !folder) { // it may have been made, or not: some make the file at once
+    {
+      const std::lock_guard lock(m_device.registry().mutex);
+      ObjectStore::markStale(*m_place.listing);
+    }
+    withdrawByPath();
+    return refusalOf(reply);
+  }
   if (reply.ok()) {
     {
       const std::lock_guard lock(m_device.registry().mutex);

@@ -41,7 +41,7 @@ public:
 
 private:
   enum class Ask { Phone, Memory };
-  Status lookForNamesake(Node*& namesake, Ask ask);
+  Status lookForNamesake(Node*& namesake, Ask ask, const Session::Watch& watch = {});
   void rememberPath();
   void withdrawByPath();
   std::u16string nameOnPhone();

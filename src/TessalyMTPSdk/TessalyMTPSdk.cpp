@@ -65,7 +65,8 @@ Status handOutText(const std::u16string& text, void* buffer, std::uint32_t* byte
 
 /// The first folder or file of what stands in the folder or storage at `parent`.
 template <typename Record>
-Status listHead(const void* parent, std::initializer_list<std::int32_t> kinds, Node* Listing::*head, Record** out) {
+Status listHead(const void* parent, std::initializer_list<std::int32_t> kinds, Node* Listing::*head, Record** out,
+                mtpDextProgressCallback callback, void* context) {
   std::shared_ptr<Device> device; // let go after the lock: it may be the last one to know a phone unplugged meanwhile
   Access access(engine());
   Node* node = access.find(parent, kinds);
@@ -75,7 +76,11 @@ Status listHead(const void* parent, std::initializer_list<std::int32_t> kinds, N
   const std::shared_ptr<Listing> listing = device->store().listingOf(*node);
   if (!listing)
     return DGSTATUS_NODE_IS_NOT_EXISTED;
-  if (const Status status = device->fetch(listing, access.lock()); status != DGSTATUS_SUCCESS)
+  Session::Watch watch;
+  if (callback)
+    watch = [callback, context](std::uint64_t) { return callback(0, 0, context) == 0; };
+  if (const Status status = device->fetch(listing, access.lock(), Device::Want::Everything, watch);
+      status != DGSTATUS_SUCCESS)
     return status;
   return handOut((*listing).*head, out);
 }
@@ -275,7 +280,7 @@ uint32_t mtpDextGetModelName(_MTP_DEVICE_NODE* device, void* buffer, uint32_t* b
 }
 
 uint32_t mtpDextGetFolderListHead(_MTP_STORAGE_NODE* storage, _MTP_FOLDER_NODE* parent, _MTP_FOLDER_NODE** head,
-                                  mtpDextProgressCallback, void*) {
+                                  mtpDextProgressCallback callback, void* context) {
   if (!head)
     return DGSTATUS_INVALID_PARAMETER;
   *head = nullptr;
@@ -283,7 +288,7 @@ uint32_t mtpDextGetFolderListHead(_MTP_STORAGE_NODE* storage, _MTP_FOLDER_NODE* 
     return DGSTATUS_INVALID_PARAMETER;
   return guarded([&]() -> Status {
     if (!parent)
-      return listHead(storage, {MTPDEXT_NODE_STORAGE}, &Listing::firstFolder, head);
+      return listHead(storage, {MTPDEXT_NODE_STORAGE}, &Listing::firstFolder, head, callback, context);
     {
       const Access access(engine());
       const Node* in = access.find(storage, {MTPDEXT_NODE_STORAGE});
@@ -293,7 +298,7 @@ uint32_t mtpDextGetFolderListHead(_MTP_STORAGE_NODE* storage, _MTP_FOLDER_NODE* 
       if (in->listing->device != folder->listing->device || in->listing->storage != folder->listing->storage)
         return DGSTATUS_INVALID_PARAMETER;
     }
-    return listHead(parent, {MTPDEXT_NODE_FOLDER}, &Listing::firstFolder, head);
+    return listHead(parent, {MTPDEXT_NODE_FOLDER}, &Listing::firstFolder, head, callback, context);
   });
 }
 
@@ -312,14 +317,15 @@ uint32_t mtpDextGetParentFolderNode(_MTP_FOLDER_NODE* folder, _MTP_FOLDER_NODE**
   });
 }
 
-uint32_t mtpDextGetFileListHead(_MTP_COMMON_NODE* parent, _MTP_FILE_NODE** head, mtpDextProgressCallback, void*) {
+uint32_t mtpDextGetFileListHead(_MTP_COMMON_NODE* parent, _MTP_FILE_NODE** head, mtpDextProgressCallback callback,
+                                void* context) {
   if (!head)
     return DGSTATUS_INVALID_PARAMETER;
   *head = nullptr;
   if (!parent)
     return DGSTATUS_INVALID_PARAMETER;
   return guarded([&] {
-    return listHead(parent, {MTPDEXT_NODE_STORAGE, MTPDEXT_NODE_FOLDER}, &Listing::firstFile, head);
+    return listHead(parent, {MTPDEXT_NODE_STORAGE, MTPDEXT_NODE_FOLDER}, &Listing::firstFile, head, callback, context);
   });
 }
 

@@ -128,8 +128,8 @@ uint32_t mtpDextGetFriendlyName(_MTP_DEVICE_NODE* device, void* buffer, uint32_t
 uint32_t mtpDextGetModelName(_MTP_DEVICE_NODE* device, void* buffer, uint32_t* byteSize);
 
 /* Folders and files directly in a folder or at a storage's top level (parent null). The first of the two heads asked
- * for lists the folder (blocks), the other uses the same fetch. Empty: 2 and a null head. Callback and context are
- * unused. */
+ * for lists the folder (blocks), the other uses the same fetch. Empty: 2 and a null head. The callback, which may be
+ * null, is asked now and then with zeros, on this thread: not 0 ends the listing with 0x10000007. */
 uint32_t mtpDextGetFolderListHead(_MTP_STORAGE_NODE* storage, _MTP_FOLDER_NODE* parent, _MTP_FOLDER_NODE** head,
                                   mtpDextProgressCallback callback, void* context);
 uint32_t mtpDextGetNextSiblingFolderNode(_MTP_FOLDER_NODE* folder, _MTP_FOLDER_NODE** next);

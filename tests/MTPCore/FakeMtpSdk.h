@@ -342,10 +342,12 @@ public:
   }
 
   std::uint32_t getFolderListHead(_MTP_STORAGE_NODE* storage, _MTP_FOLDER_NODE* parent, _MTP_FOLDER_NODE** head,
-                                  mtpDextProgressCallback, void*) override {
+                                  mtpDextProgressCallback callback, void* context) override {
     *head = nullptr;
     if (const auto status = enter(Operation::GetFolderListHead))
       return *status;
+    if (callback != nullptr && callback(0, 0, context) != 0)
+      return 0x10000007;
     const std::lock_guard lock(m_mutex);
     const std::optional<Handle> known =
         parent != nullptr ? find(parent, MTPDEXT_NODE_FOLDER) : find(storage, MTPDEXT_NODE_STORAGE);

@@ -221,6 +221,17 @@ TEST_F(Download, AFolderThatCouldNotBeListedWhenItWasEnteredIsCopiedWithAllItHol
   EXPECT_EQ(content("DCIM/a.jpg"), "aaaa");
 }
 
+TEST_F(Download, CanceledWhileAFolderIsListedThePhoneIsAskedNoMore) {
+  sdk->setHook(Operation::GetFolderListHead, [this] {
+    platform::runOnMainAndWait([this] { controller->onProgressActionCanceled(controller->layout().progressView); });
+  });
+  const int asked = sdk->calls(Operation::GetFileListHead);
+  ASSERT_TRUE(copy({QStringLiteral("DCIM")}));
+  EXPECT_EQ(sdk->calls(Operation::GetFileListHead), asked);
+  EXPECT_EQ(lastTransfer(), QStringList{QStringLiteral("DCIM canceled")});
+  EXPECT_TRUE(isFree());
+}
+
 TEST_F(Download, WhatHasComeToAShownFolderIsCopiedToo) {
   outline().expand(row(QStringLiteral("DCIM")));
   ASSERT_TRUE(settle());

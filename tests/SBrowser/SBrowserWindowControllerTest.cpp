@@ -839,6 +839,17 @@ TEST_F(SBrowserWindowControllerTest, AfterAChangeOnThePhoneTheTreeIsBuiltAnew) {
   EXPECT_TRUE(controller->isRebuildPending());
 }
 
+TEST_F(SBrowserWindowControllerTest, AfterTwoRebuildsTheThirdChangeIsNoticedToo) {
+  connectPhone();
+  for (const char* const name : {"first.txt", "second.txt", "third.txt"}) {
+    sdk->addFile(phone, QLatin1StringView(name));
+    ASSERT_TRUE(sdk->sendEvent(device, DeviceEvents::kObjectAdded));
+    timers.advance(DeviceEvents::kQuietPeriod);
+    ASSERT_TRUE(settle());
+    EXPECT_TRUE(rows().contains(QLatin1StringView(name))) << name;
+  }
+}
+
 TEST_F(SBrowserWindowControllerTest, TenObjectsAddedWithinASecondCauseOneRebuildTwoSecondsAfterTheLast) {
   connectPhone();
   const int releases = sdk->calls(Operation::ReleaseDeviceList);

@@ -143,3 +143,52 @@ TEST_F(EngineOnVirtualPhone, WorksWithTransfersThatEndWithoutAZeroLengthPacket) 
   EXPECT_EQ(filesIn(foldersIn(phoneStorage).at(0)).size(), 300u);
   EXPECT_EQ(asked(mtp::Operation::GetDeviceInfo), 1u) << "nothing had to be recovered";
 }
+
+namespace {
+
+/// A listing's callback that has enough when it was asked so often.
+struct Patience {
+  int left;
+  static uint32_t callback(uint64_t, uint64_t, void* context) {
+    return --static_cast<Patience*>(context)->left < 0 ? 0x10000007 : 0;
+  }
+};
+
+} // namespace
+
+TEST_F(EngineOnVirtualPhone, AListingObjectByObjectEndsAsSoonAsTheCallbackWantsIt) {
+  for (int i = 0; i < 300; ++i)
+    storage.file("Many/file" + std::to_string(i));
+  start(manners([](vphone::Manners& m) { m.missingOperations = {0x9805}; }));
+  _MTP_STORAGE_NODE* top = firstStorage();
+  _MTP_FOLDER_NODE* many = foldersIn(top).at(0);
+  Patience patience{5};
+  _MTP_FOLDER_NODE* folder = nullptr;
+  _MTP_FILE_NODE* file = nullptr;
+  const std::uint64_t transactions = transactionsOf([&] {
+    EXPECT_EQ(mtpDextGetFolderListHead(top, many, &folder, Patience::callback, &patience), 0x10000007u);
+    EXPECT_EQ(mtpDextGetFileListHead(&many->common, &file, Patience::callback, &patience), 0x10000007u);
+  });
+  EXPECT_LT(transactions, 20u);
+  EXPECT_EQ(filesIn(many).size(), 300u) << "who asks next gets all of it";
+}
+
+TEST_F(EngineOnVirtualPhone, AListingThatStopsInTheMiddleOfItsDataEndsWhenTheCallbackWantsIt) {
+  for (int i = 0; i < 300; ++i)
+    storage.file("Many/file" + std::to_string(i));
+  start();
+  _MTP_STORAGE_NODE* top = firstStorage();
+  _MTP_FOLDER_NODE* many = foldersIn(top).at(0);
+  phone->faults().add({.kind = vphone::FaultKind::Silence,
+                       .phase = vphone::FaultPhase::Data,
+                       .transaction = std::nullopt,
+                       .operation = static_cast<std::uint16_t>(mtp::Operation::GetObjectPropList),
+                       .atByte = 1024,
+                       .value = 0});
+  Patience patience{5};
+  _MTP_FOLDER_NODE* folder = nullptr;
+  const auto begun = std::chrono::steady_clock::now();
+  EXPECT_EQ(mtpDextGetFolderListHead(top, many, &folder, Patience::callback, &patience), 0x10000007u);
+  EXPECT_LT(std::chrono::steady_clock::now() - begun, std::chrono::seconds(8)) << "not the ten seconds of silence";
+  EXPECT_EQ(filesIn(many).size(), 300u) << log();
+}

@@ -43,15 +43,32 @@ TEST_F(FileReceiver, AReceivedFileIsWholeWhateverItsLength) {
   EXPECT_EQ(entriesOf(computer.path()).size(), sizes.size()) << "nothing else is left";
 }
 
-TEST_F(FileReceiver, AFileCostsTwoTransactions) {
-  for (int i = 0; i < 20; ++i)
-    write(onPhone("file" + std::to_string(i)), "text");
+TEST_F(FileReceiver, ASmallFileCostsOneTransactionAndALargerOneTwo) {
+  for (int i = 0; i < 20; ++i) {
+    write(onPhone("small" + std::to_string(i)), "text");
+    write(onPhone("larger" + std::to_string(i)), pattern(64 * 1024));
+  }
   start();
   const auto files = filesIn(firstStorage());
   const std::uint64_t before = transactions();
   for (_MTP_FILE_NODE* file : files)
     ASSERT_EQ(receive(file, here(nameOf(file))), 0u);
-  EXPECT_EQ(transactions(), before + 40);
+  EXPECT_EQ(transactions(), before + 20 + 40);
+}
+
+TEST_F(FileReceiver, ASmallFileThatIsNotAsItWasListedIsAskedFor) {
+  write(onPhone("longer"), "text");
+  write(onPhone("shorter"), "some text");
+  start();
+  const auto files = filesIn(firstStorage());
+  write(onPhone("longer"), pattern(300'000));
+  write(onPhone("shorter"), "so");
+  const std::uint64_t before = transactions();
+  EXPECT_EQ(receive(named(files, "longer"), here("longer")), 0u);
+  EXPECT_EQ(receive(named(files, "shorter"), here("shorter")), 0u);
+  EXPECT_EQ(transactions(), before + 4);
+  EXPECT_EQ(read(here("longer")), pattern(300'000));
+  EXPECT_EQ(read(here("shorter")), "so");
 }
 
 TEST_F(FileReceiver, AFileLargerThanTheRoomOfTheComputerIsRefusedBeforeAByteIsAskedFor) {
@@ -287,8 +304,8 @@ TEST_F(FileReceiver, AFileThatGrewSinceItWasAskedForIsReceivedAsItIs) {
 }
 
 TEST_F(FileReceiver, APhoneWithoutTheSizePropertyIsAskedInAnotherWay) {
-  write(onPhone("one"), pattern(3000));
-  write(onPhone("two"), pattern(4000));
+  write(onPhone("one"), pattern(300'000));
+  write(onPhone("two"), pattern(400'000));
   vphone::Manners manners;
   manners.missingOperations = {0x9803};
   start(manners);
@@ -299,7 +316,7 @@ TEST_F(FileReceiver, APhoneWithoutTheSizePropertyIsAskedInAnotherWay) {
 
 TEST_F(FileReceiver, APhoneThatRefusesTheSizePropertyIsNotAskedForItAgain) {
   for (int i = 0; i < 5; ++i)
-    write(onPhone("file" + std::to_string(i)), "text");
+    write(onPhone("file" + std::to_string(i)), pattern(100'000));
   start();
   const auto files = filesIn(firstStorage());
   respond(mtp::Operation::GetObjectPropValue, mtp::Response::ObjectPropNotSupported);

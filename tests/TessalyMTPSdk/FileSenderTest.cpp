@@ -405,3 +405,24 @@ TEST_F(FileSender, AFileLargerThanThePhoneCanKeepIsRefusedByThePhone) {
   EXPECT_EQ(send(here("file"), firstStorage()), 0x13100024u);
   EXPECT_TRUE(entriesOf(storage.path()).empty());
 }
+
+TEST_F(FileSender, AFileThatThePhoneMadeWithoutAnsweringDoesNotStayThere) {
+  mtp::EngineState::instance().setTimeLimits(shortLimits());
+  write(here("file"), pattern(5000));
+  start();
+  _MTP_STORAGE_NODE* top = firstStorage();
+  EXPECT_TRUE(filesIn(top).empty());
+  fault(FaultKind::Silence, FaultPhase::Data, mtp::Operation::SendObjectInfo, 5);
+  Progress progress;
+  bool made = false;
+  progress.answer = [&](std::uint64_t) {
+    if (!std::exchange(made, true)) // as some do when it is announced
+      write(onPhone("file"), "");
+    return 0u;
+  };
+  EXPECT_NE(send(here("file"), top, &progress), 0u);
+  EXPECT_TRUE(made);
+  EXPECT_FALSE(std::filesystem::exists(onPhone("file"))) << log();
+  EXPECT_EQ(send(here("file"), top), 0u) << log();
+  EXPECT_TRUE(read(onPhone("file")) == pattern(5000));
+}
