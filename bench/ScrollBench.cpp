@@ -77,6 +77,7 @@ void measureContextMenu(const char* what, SBrowserWindowController& controller) 
       const QPoint at(60, SOutlineView::kRowHeight / 2);
       QContextMenuEvent event(QContextMenuEvent::Mouse, at, outline.viewport()->mapToGlobal(at));
       QCoreApplication::sendEvent(outline.viewport(), &event);
+      QCoreApplication::sendPostedEvents(); // it opens then
       menu.repaint();
     }));
     if (!menu.isVisible())

@@ -289,11 +289,6 @@ Entsperren Sie es. Hilft das nicht, ziehen Sie es ab und stecken Sie es erneut e
         <extracomment>Menu bar.</extracomment>
         <translation>&amp;Hilfe</translation>
     </message>
-    <message id="menu_help_debug_log">
-        <source>Show &amp;Debug Log</source>
-        <extracomment>Help menu.</extracomment>
-        <translation>&amp;Diagnoseprotokoll anzeigen</translation>
-    </message>
     <message id="menu_help_keys">
         <source>&amp;Keyboard Shortcuts</source>
         <extracomment>Help menu: shows the commands of the menus with their keys.</extracomment>

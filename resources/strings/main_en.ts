@@ -281,11 +281,6 @@ Unlock it. If that doesn’t help, unplug it and plug it in again.</translation>
         <extracomment>Menu bar.</extracomment>
         <translation>&amp;Help</translation>
     </message>
-    <message id="menu_help_debug_log">
-        <source></source>
-        <extracomment>Help menu.</extracomment>
-        <translation>Show &amp;Debug Log</translation>
-    </message>
     <message id="menu_help_keys">
         <source></source>
         <extracomment>Help menu: shows the commands of the menus with their keys.</extracomment>

@@ -289,11 +289,6 @@ Desbloquéelo. Si no sirve, desconéctelo y vuelva a conectarlo.</translation>
         <extracomment>Menu bar.</extracomment>
         <translation>A&amp;yuda</translation>
     </message>
-    <message id="menu_help_debug_log">
-        <source>Show &amp;Debug Log</source>
-        <extracomment>Help menu.</extracomment>
-        <translation>Mostrar el registro de &amp;depuración</translation>
-    </message>
     <message id="menu_help_keys">
         <source>&amp;Keyboard Shortcuts</source>
         <extracomment>Help menu: shows the commands of the menus with their keys.</extracomment>

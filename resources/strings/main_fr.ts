@@ -289,11 +289,6 @@ Déverrouillez-le. Si cela ne suffit pas, débranchez-le puis rebranchez-le.</tr
         <extracomment>Menu bar.</extracomment>
         <translation>A&amp;ide</translation>
     </message>
-    <message id="menu_help_debug_log">
-        <source>Show &amp;Debug Log</source>
-        <extracomment>Help menu.</extracomment>
-        <translation>Afficher le journal de &amp;débogage</translation>
-    </message>
     <message id="menu_help_keys">
         <source>&amp;Keyboard Shortcuts</source>
         <extracomment>Help menu: shows the commands of the menus with their keys.</extracomment>

@@ -289,11 +289,6 @@ Sbloccalo. Se non basta, scollegalo e ricollegalo.</translation>
         <extracomment>Menu bar.</extracomment>
         <translation>&amp;Aiuto</translation>
     </message>
-    <message id="menu_help_debug_log">
-        <source>Show &amp;Debug Log</source>
-        <extracomment>Help menu.</extracomment>
-        <translation>Mostra il registro di &amp;debug</translation>
-    </message>
     <message id="menu_help_keys">
         <source>&amp;Keyboard Shortcuts</source>
         <extracomment>Help menu: shows the commands of the menus with their keys.</extracomment>

@@ -289,11 +289,6 @@ Desbloqueie-o. Se não adiantar, desconecte-o e conecte-o novamente.</translatio
         <extracomment>Menu bar.</extracomment>
         <translation>A&amp;juda</translation>
     </message>
-    <message id="menu_help_debug_log">
-        <source>Show &amp;Debug Log</source>
-        <extracomment>Help menu.</extracomment>
-        <translation>Mostrar o registro de &amp;depuração</translation>
-    </message>
     <message id="menu_help_keys">
         <source>&amp;Keyboard Shortcuts</source>
         <extracomment>Help menu: shows the commands of the menus with their keys.</extracomment>

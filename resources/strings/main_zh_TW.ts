@@ -289,11 +289,6 @@ Unlock it. If that doesn’t help, unplug it and plug it in again.</source>
         <extracomment>Menu bar.</extracomment>
         <translation>說明(&amp;H)</translation>
     </message>
-    <message id="menu_help_debug_log">
-        <source>Show &amp;Debug Log</source>
-        <extracomment>Help menu.</extracomment>
-        <translation>顯示除錯記錄(&amp;D)</translation>
-    </message>
     <message id="menu_help_keys">
         <source>&amp;Keyboard Shortcuts</source>
         <extracomment>Help menu: shows the commands of the menus with their keys.</extracomment>

@@ -286,6 +286,11 @@ void SBrowserWindowController::folderEntered(const ItemPointer& item) {
     const QHeaderView& header = *m_layout->outlineView->header();
     m_layout->outlineView->sortByColumn(header.sortIndicatorSection(), header.sortIndicatorOrder());
   }
+  if (!isBlocked()) { // a deletion leaves these two disabled for the folder it was in
+    m_layout->btn_Previous->setEnabled(true);
+    m_layout->btn_Next->setEnabled(true);
+    enableCommands();
+  }
   Q_EMIT folderShown();
 }
 
@@ -447,7 +452,8 @@ bool SBrowserWindowController::eventFilter(QObject* watched, QEvent* event) {
     const auto& press = static_cast<const QKeyEvent&>(*event);
     const bool isEnter = press.key() == Qt::Key_Return || press.key() == Qt::Key_Enter;
     if (watched == m_layout->outlineView && isEnter && (press.modifiers() & ~Qt::KeypadModifier) == 0) {
-      if (!isCovered())
+      // A key still held down from before, in a panel perhaps, means no row.
+      if (!isCovered() && !press.isAutoRepeat())
         outlineViewRowDoubleClicked(m_layout->outlineView->currentIndex());
       return true;
     }
@@ -792,8 +798,8 @@ int SBrowserWindowController::menuTypeForItem(const ItemPointer& item) const {
   if (item->isStorageRoot())
     return kMenuTypeProtected;
   const bool isFolder = item->objectType() == SObjectTypeFolder || item->objectType() == SObjectTypeFolderKind;
-  if (isFolder && m_session &&
-      devicePath::withoutLastComponent(item->filePath()) == m_session->mtp->getCurrentRootPath() &&
+  // By the item's own storage: the phone may be busy with the other one just now.
+  if (isFolder && devicePath::withoutLastComponent(item->filePath()) == item->rootPath() &&
       ui::isExistInArray(item->fileName(), protectedFolderNames()))
     return kMenuTypeProtected;
   return kMenuTypeFolder;

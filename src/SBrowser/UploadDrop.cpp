@@ -81,15 +81,15 @@ UploadDrop::~UploadDrop() {
 bool UploadDrop::eventFilter(QObject* watched, QEvent* event) {
   switch (event->type()) {
   case QEvent::DragEnter:
-    m_carriesFiles.reset();
-    [[fallthrough]];
+    if (!draggingEntered(static_cast<QDropEvent&>(*event)))
+      event->ignore();
+    return true;
   case QEvent::DragMove:
-    if (!dragMoved(static_cast<QDropEvent&>(*event)))
+    if (!draggingUpdated(static_cast<QDropEvent&>(*event)))
       event->ignore();
     return true;
   case QEvent::DragLeave:
-    m_carriesFiles.reset();
-    ended();
+    draggingExited();
     return true;
   case QEvent::Drop:
     dropped(static_cast<QDropEvent&>(*event));
@@ -110,7 +110,12 @@ bool UploadDrop::carriesFiles(const QDropEvent& event) {
   return *m_carriesFiles;
 }
 
-bool UploadDrop::dragMoved(QDropEvent& event) {
+bool UploadDrop::draggingEntered(QDropEvent& event) {
+  m_carriesFiles.reset();
+  return draggingUpdated(event);
+}
+
+bool UploadDrop::draggingUpdated(QDropEvent& event) {
   const QPoint point = event.position().toPoint();
   const QModelIndex row = rowAt(point);
   const bool isFromTree = platform::DragOut::isOwnDrag(event.mimeData()) || event.source() == &m_outline ||
@@ -119,7 +124,7 @@ bool UploadDrop::dragMoved(QDropEvent& event) {
   event.setDropAction(Qt::CopyAction);
   // Who offers no copy would delete what it believes to have been moved.
   if (!accepted || event.dropAction() != Qt::CopyAction) {
-    ended();
+    hideTraces();
     return false;
   }
   event.accept();
@@ -129,18 +134,34 @@ bool UploadDrop::dragMoved(QDropEvent& event) {
   return true;
 }
 
-void UploadDrop::dropped(QDropEvent& event) {
-  const bool accepted = dragMoved(event);
-  const QModelIndex row = rowAt(event.position().toPoint());
+void UploadDrop::draggingExited() {
+  concludeDragOperation();
+}
+
+bool UploadDrop::prepareForDragOperation(QDropEvent& event) {
+  return draggingUpdated(event);
+}
+
+void UploadDrop::performDragOperation(const QDropEvent& event, const QModelIndex& row) {
+  m_owner.acceptDrop(*event.mimeData(), row);
+}
+
+void UploadDrop::concludeDragOperation() {
   m_carriesFiles.reset();
-  ended();
+  hideTraces();
+}
+
+void UploadDrop::dropped(QDropEvent& event) {
+  const bool accepted = prepareForDragOperation(event);
+  const QModelIndex row = rowAt(event.position().toPoint());
+  concludeDragOperation(); // first: the files may be asked about at once
   if (accepted)
-    m_owner.acceptDrop(*event.mimeData(), row);
+    performDragOperation(event, row);
   else
     event.ignore();
 }
 
-void UploadDrop::ended() {
+void UploadDrop::hideTraces() {
   m_frame->hide();
   m_openTimer.reset();
   m_restsOn = QPersistentModelIndex();

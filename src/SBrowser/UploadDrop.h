@@ -52,9 +52,20 @@ protected:
 
 private:
   bool carriesFiles(const QDropEvent& event);
-  bool dragMoved(QDropEvent& event);
+  /// `draggingEntered:` Whether a drop here would be accepted.
+  bool draggingEntered(QDropEvent& event);
+  /// `draggingUpdated:` The same, at every move.
+  bool draggingUpdated(QDropEvent& event);
+  /// `draggingExited:` The drag has gone elsewhere.
+  void draggingExited();
+  /// `prepareForDragOperation:` Whether the drop is accepted where it happens.
+  bool prepareForDragOperation(QDropEvent& event);
+  /// `performDragOperation:` Hands the files on.
+  void performDragOperation(const QDropEvent& event, const QModelIndex& row);
+  /// `concludeDragOperation:` Nothing shows or remembers the drag any more.
+  void concludeDragOperation();
   void dropped(QDropEvent& event);
-  void ended();
+  void hideTraces();
   QModelIndex rowAt(const QPoint& point) const;
   void rest(const QModelIndex& row);
   void showFrame(const QModelIndex& row);

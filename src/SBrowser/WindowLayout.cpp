@@ -299,7 +299,7 @@ void WindowLayout::giveKeyboardBack() {
 
 void WindowLayout::closeContextMenu() {
   platform::assertMainThread();
-  menus->contextMenu()->close();
+  outlineView->closeContextMenu();
 }
 
 bool WindowLayout::eventFilter(QObject* watched, QEvent* event) {

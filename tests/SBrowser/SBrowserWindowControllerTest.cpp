@@ -8,7 +8,9 @@
 #include "UI/Controls/SToolbarButton.h"
 #include "UI/LoadingView/SLoadingAniView.h"
 #include "UI/LoadingView/SLoadingAniViewController.h"
+#include "UI/NoticeView/SNoticeView.h"
 #include "stringDefine/VornLocalStringDefine.h"
+#include "support/Clicks.h"
 
 #include <QHeaderView>
 #include <QLabel>
@@ -410,6 +412,44 @@ TEST_F(SBrowserWindowControllerTest, BackAndNextWalkTheFoldersThatWereEntered) {
   EXPECT_EQ(currentFolder(), QStringLiteral("Camera"));
   click(layout().btn_Next);
   EXPECT_EQ(currentFolder(), QStringLiteral("Camera"));
+}
+
+TEST_F(SBrowserWindowControllerTest, EveryClickOnBackAndNextIsAStepHoweverFast) {
+  connectPhone();
+  enter(QStringLiteral("DCIM"));
+  enter(QStringLiteral("Camera"));
+  const auto clickFast = [](const QWidget& button) {
+    testsupport::click(button, button.rect().center(), Qt::LeftButton, testsupport::kFast);
+  };
+  clickFast(*layout().btn_Previous);
+  clickFast(*layout().btn_Previous);
+  EXPECT_EQ(currentFolder(), QStringLiteral("Phone"));
+  clickFast(*layout().btn_Next);
+  clickFast(*layout().btn_Next);
+  EXPECT_EQ(currentFolder(), QStringLiteral("Camera"));
+  ASSERT_TRUE(settle());
+}
+
+TEST_F(SBrowserWindowControllerTest, BackAndNextThatADeletionDisabledWorkAgainInTheNextFolder) {
+  connectPhone();
+  controller->changeEventRecieverObject(layout().noticeView);
+  controller->changeEventRecieverObject(nullptr);
+  EXPECT_FALSE(layout().btn_Previous->isEnabled());
+  EXPECT_FALSE(layout().btn_Next->isEnabled());
+  enter(QStringLiteral("DCIM"));
+  EXPECT_TRUE(layout().btn_Previous->isEnabled());
+  EXPECT_TRUE(layout().btn_Next->isEnabled());
+  EXPECT_TRUE(controller->possibleCommands().contains(WindowCommand::Back));
+}
+
+TEST_F(SBrowserWindowControllerTest, AFolderThatIsShownBelowAQuestionDoesNotEnableBackAndNext) {
+  connectPhone();
+  controller->changeEventRecieverObject(layout().noticeView);
+  controller->gotoNewFolder(itemNamed(QStringLiteral("DCIM")));
+  ASSERT_TRUE(settle());
+  ASSERT_EQ(currentFolder(), QStringLiteral("DCIM"));
+  EXPECT_FALSE(layout().btn_Previous->isEnabled());
+  EXPECT_FALSE(layout().btn_Next->isEnabled());
 }
 
 TEST_F(SBrowserWindowControllerTest, BackAtAStorageRootDoesNothingAndLeavesTheHistoryUnchanged) {
@@ -820,6 +860,26 @@ TEST_F(SBrowserWindowControllerTest, ThePhonesStandardTopLevelFoldersAreProtecte
   EXPECT_EQ(controller->menuTypeForItem(ItemPointer()), kMenuTypeFolder);
   enter(QStringLiteral("DCIM"));
   EXPECT_EQ(controller->menuTypeForItem(itemNamed(QStringLiteral("DCIM"))), kMenuTypeFolder);
+}
+
+TEST_F(SBrowserWindowControllerTest, TheStandardFoldersStayProtectedWhileThePhoneIsBusyWithTheOtherStorage) {
+  addPhone();
+  addCard();
+  connect();
+  Gate gate;
+  sdk->setHook(Operation::GetFolderListHead, [&] { gate.pass(); });
+  controller->setSelectedStorage(2);
+  ASSERT_TRUE(waitUntil([&] { return gate.waiting() == 1; }));
+  controller->setSelectedStorage(1); // listed before: shown at once
+  ASSERT_EQ(currentFolder(), QStringLiteral("Phone"));
+  EXPECT_EQ(controller->menuTypeForItem(itemNamed(QStringLiteral("DCIM"))), kMenuTypeProtected);
+  outline().setCurrentIndex(row(QStringLiteral("DCIM")));
+  EXPECT_FALSE(controller->possibleCommands().contains(WindowCommand::Delete));
+  EXPECT_FALSE(controller->possibleCommands().contains(WindowCommand::Rename));
+  outline().setCurrentIndex(row(QStringLiteral("Empty")));
+  EXPECT_TRUE(controller->possibleCommands().contains(WindowCommand::Delete));
+  gate.open();
+  ASSERT_TRUE(settle());
 }
 
 // ---- Device events, detach, closing ----

@@ -79,8 +79,10 @@ bool isHighContrast(const QPalette& palette) {
   static bool lastAnswer = false;
   if (palette.cacheKey() != lastPalette) {
     lastPalette = palette.cacheKey();
-    lastAnswer = contrast(palette.color(QPalette::WindowText), palette.color(QPalette::Window)) >= wanted &&
-                 contrast(palette.color(QPalette::Text), palette.color(QPalette::Base)) >= wanted;
+    // By the colours of what is enabled: a disabled widget has the same palette, and its grey text tells nothing.
+    const auto enabled = [&](QPalette::ColorRole role) { return palette.color(QPalette::Active, role); };
+    lastAnswer = contrast(enabled(QPalette::WindowText), enabled(QPalette::Window)) >= wanted &&
+                 contrast(enabled(QPalette::Text), enabled(QPalette::Base)) >= wanted;
   }
   return lastAnswer;
 }

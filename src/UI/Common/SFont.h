@@ -22,6 +22,6 @@ public:
 private:
   SFont() = default;
 
-  QHash<std::pair<int, bool>, QFont> m_fonts;
+  QHash<std::pair<int, bool>, QFont> attributedStringDic; // by size and boldness
   QString m_desktopFamily;
 };

@@ -49,6 +49,16 @@ void SMTPButton::leaveEvent(QEvent* event) {
   QAbstractButton::leaveEvent(event);
 }
 
+bool SMTPButton::event(QEvent* event) {
+  const bool handled = QAbstractButton::event(event);
+  const bool isActivation = event->type() == QEvent::WindowActivate || event->type() == QEvent::WindowDeactivate;
+  if (isActivation && m_tracksMouse && isEnabled()) {
+    m_image = isActiveWindow() && underMouse() && !_overImage.isNull() ? _overImage : _normalImage;
+    update();
+  }
+  return handled;
+}
+
 void SMTPButton::changeEvent(QEvent* event) {
   // Disabled under the pointer, the button gets no leave event to take the hovered picture back.
   if (event->type() == QEvent::EnabledChange && !isEnabled()) {

@@ -40,6 +40,7 @@ protected:
   void enterEvent(QEnterEvent* event) override;
   /// `mouseExited:` Shows the normal picture, unless disabled.
   void leaveEvent(QEvent* event) override;
+  bool event(QEvent* event) override;
   void changeEvent(QEvent* event) override;
   void focusInEvent(QFocusEvent* event) override;
   void focusOutEvent(QFocusEvent* event) override;

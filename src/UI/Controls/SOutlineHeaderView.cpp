@@ -101,6 +101,16 @@ void SOutlineHeaderView::resizeEvent(QResizeEvent* event) {
   fitFirstColumn();
 }
 
+void SOutlineHeaderView::mouseDoubleClickEvent(QMouseEvent* event) {
+  bool isOnTitle = false; // and not between two of them
+  const auto connection = connect(this, &QHeaderView::sectionDoubleClicked, this, [&] { isOnTitle = true; });
+  QHeaderView::mouseDoubleClickEvent(event);
+  disconnect(connection);
+  if (isOnTitle) {
+    mousePressEvent(event);
+  }
+}
+
 void SOutlineHeaderView::paintSection(QPainter* painter, const QRect& rect, int section) const {
   if (section < 0 || size_t(section) >= m_cells.size()) {
     QHeaderView::paintSection(painter, rect, section);

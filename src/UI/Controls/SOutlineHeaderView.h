@@ -50,6 +50,8 @@ protected:
   void paintEvent(QPaintEvent* event) override;
   void paintSection(QPainter* painter, const QRect& rect, int section) const override;
   void resizeEvent(QResizeEvent* event) override;
+  /// On a title both clicks of a double click sort.
+  void mouseDoubleClickEvent(QMouseEvent* event) override;
 
 private:
   void applyColumns();

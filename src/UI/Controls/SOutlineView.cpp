@@ -7,13 +7,15 @@
 #include "UI/Controls/SOutlineHeaderView.h"
 #include "stringDefine/VornLocalStringDefine.h"
 
+#include <QApplication>
 #include <QContextMenuEvent>
-#include <QGuiApplication>
 #include <QPainter>
 #include <QPainterPath>
+#include <QStyleHints>
 
 #include <limits>
 #include <map>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -114,7 +116,13 @@ void SOutlineView::setOwnerDelegate(SOutlineViewOwner* owner) {
 
 void SOutlineView::setOwnerMenu(QMenu* menu) {
   platform::assertMainThread();
+  if (_ownerMenu != nullptr) {
+    _ownerMenu->removeEventFilter(this);
+  }
   _ownerMenu = menu;
+  if (menu != nullptr) {
+    menu->installEventFilter(this);
+  }
 }
 
 void SOutlineView::setSelectedRowIndex(qint64 row) {
@@ -278,21 +286,73 @@ void SOutlineView::startDrag(Qt::DropActions) {
 }
 
 void SOutlineView::contextMenuEvent(QContextMenuEvent* event) {
-  QPoint at = event->globalPos();
-  QMenu* menu = nullptr;
-  if (event->reason() == QContextMenuEvent::Keyboard) {
-    // The menu key has no point: it means the row the keyboard is on.
-    const QModelIndex current = currentIndex();
-    scrollTo(current);
-    menu = menuForRow(rowOfIndex(current));
-    at = viewport()->mapToGlobal(visualRect(current).bottomLeft());
-  } else {
-    menu = menuForEvent(event->pos());
-  }
-  if (menu != nullptr) {
-    menu->popup(at);
-  }
   event->accept();
+  if (event->reason() != QContextMenuEvent::Keyboard) {
+    openMenuSoon(event->pos());
+    return;
+  }
+  // The menu key has no point: it means the row the keyboard is on.
+  const QModelIndex current = currentIndex();
+  scrollTo(current);
+  if (QMenu* const menu = menuForRow(rowOfIndex(current)); menu != nullptr) {
+    m_openedMenu.reset();
+    menu->popup(viewport()->mapToGlobal(visualRect(current).bottomLeft()));
+  }
+}
+
+void SOutlineView::openMenuSoon(const QPoint& viewportPoint) {
+  if (menuForEvent(viewportPoint) == nullptr) {
+    return;
+  }
+  // Not now: a second press within the time of a double click is told once more, as the double click, and a menu that
+  // is open by then takes that for a click beside it and closes.
+  m_awaitedMenu = viewport()->mapToGlobal(viewportPoint);
+  QMetaObject::invokeMethod(this, &SOutlineView::openAwaitedMenu, Qt::QueuedConnection);
+}
+
+void SOutlineView::openAwaitedMenu() {
+  const std::optional<QPoint> at = std::exchange(m_awaitedMenu, std::nullopt);
+  if (at && _ownerMenu != nullptr) {
+    _ownerMenu->setAttribute(Qt::WA_NoMouseReplay, false);
+    _ownerMenu->popup(*at);
+    m_openedMenu = at;
+  }
+}
+
+bool SOutlineView::isWhereMenuOpened(const QPoint& global) const {
+  return m_openedMenu &&
+         (global - *m_openedMenu).manhattanLength() <= QGuiApplication::styleHints()->mouseDoubleClickDistance();
+}
+
+void SOutlineView::closeContextMenu() {
+  platform::assertMainThread();
+  m_awaitedMenu.reset();
+  if (_ownerMenu != nullptr) {
+    _ownerMenu->close();
+  }
+}
+
+bool SOutlineView::eventFilter(QObject* watched, QEvent* event) {
+  const bool isPress = event->type() == QEvent::MouseButtonPress || event->type() == QEvent::MouseButtonDblClick;
+  if (watched != _ownerMenu || !isPress) {
+    return QTreeView::eventFilter(watched, event);
+  }
+  // The open menu gets all presses, those on the rows, too. The right button means a menu for them then, also where
+  // the menu opened: whoever clicks twice there has not looked for an entry below the pointer.
+  const auto& press = static_cast<const QMouseEvent&>(*event);
+  const QPoint global = press.globalPosition().toPoint();
+  const QPoint point = viewport()->mapFromGlobal(global);
+  const bool isOnEntry = !isWhereMenuOpened(global) && _ownerMenu->actionAt(press.position().toPoint()) != nullptr;
+  if (press.button() != Qt::RightButton || isOnEntry || !viewport()->rect().contains(point)) {
+    return QTreeView::eventFilter(watched, event);
+  }
+  _ownerMenu->setAttribute(Qt::WA_NoMouseReplay); // where the desktop would hand the press on, the menu opened twice
+  _ownerMenu->close();
+  const QWidget* const pressed = QApplication::widgetAt(global);
+  if (pressed == viewport() || viewport()->isAncestorOf(pressed)) { // and not another window in front of the rows
+    openMenuSoon(point);
+  }
+  return true;
 }
 
 void SOutlineView::mousePressEvent(QMouseEvent* event) {
@@ -301,6 +361,24 @@ void SOutlineView::mousePressEvent(QMouseEvent* event) {
     return;
   }
   QTreeView::mousePressEvent(event);
+}
+
+void SOutlineView::mouseDoubleClickEvent(QMouseEvent* event) {
+  if (event->button() == Qt::LeftButton && !isOnMark(event->position().toPoint())) {
+    QTreeView::mouseDoubleClickEvent(event);
+  } else {
+    mousePressEvent(event);
+  }
+}
+
+bool SOutlineView::isOnMark(const QPoint& viewportPoint) const {
+  const QModelIndex item = indexAtRow(rowAtPoint(viewportPoint));
+  if (!item.isValid() || !model()->hasChildren(item)) {
+    return false;
+  }
+  const QRect name = visualRect(item);
+  const int left = isRightToLeft() ? name.right() + 1 : name.left() - indentation();
+  return viewportPoint.x() >= left && viewportPoint.x() < left + indentation();
 }
 
 void SOutlineView::enterEvent(QEnterEvent* event) {

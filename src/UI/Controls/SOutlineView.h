@@ -8,6 +8,8 @@
 #include <QPointer>
 #include <QTreeView>
 
+#include <optional>
+
 class SOutlineHeaderView;
 class SOutlineTextCell;
 
@@ -102,6 +104,8 @@ public:
   /// `menuForEvent:` The context menu for a click at a point of the viewport, its entries enabled to fit: remembers the
   /// clicked row and adds it to the selection. nullptr when the owner gave no menu.
   QMenu* menuForEvent(const QPoint& viewportPoint);
+  /// Closes the context menu, also one that is about to open.
+  void closeContextMenu();
 
   /// `draggedImage:endedAt:operation:` A drag of rows has ended with `operation`.
   void draggedImage(const QPoint& endedAt, quint32 operation);
@@ -109,11 +113,15 @@ public:
   void startDrag(Qt::DropActions supportedActions) override;
 
 protected:
+  bool eventFilter(QObject* watched, QEvent* event) override;
   bool viewportEvent(QEvent* event) override;
   void enterEvent(QEnterEvent* event) override;
   void leaveEvent(QEvent* event) override;
   /// A press of the right button selects nothing: menuForEvent() does.
   void mousePressEvent(QMouseEvent* event) override;
+  /// Only the left button's double click enters a folder, and not on the mark that expands it; else it is a press like
+  /// any.
+  void mouseDoubleClickEvent(QMouseEvent* event) override;
   void contextMenuEvent(QContextMenuEvent* event) override;
   /// A row's plate is as wide as the tree, which is more than the base class draws anew.
   void selectionChanged(const QItemSelection& selected, const QItemSelection& deselected) override;
@@ -123,6 +131,10 @@ protected:
 
 private:
   QMenu* menuForRow(qint64 row);
+  void openMenuSoon(const QPoint& viewportPoint);
+  void openAwaitedMenu();
+  bool isWhereMenuOpened(const QPoint& global) const;
+  bool isOnMark(const QPoint& viewportPoint) const;
   void deselectBelow(const QModelIndex& folder);
   bool isAnySelectedRowProtected() const;
   void enableMenuEntries(const QModelIndex& clicked);
@@ -136,6 +148,8 @@ private:
   SOutlineViewOwner* _pOwnerDelegate = nullptr;
   QPointer<QMenu> _ownerMenu;
   qint64 _selectedRowIndex = -1;
+  std::optional<QPoint> m_awaitedMenu; // where the context menu is about to open, on the screen
+  std::optional<QPoint> m_openedMenu;  // where it opened for a click
   qint64 m_hoveredRow = -1;
   bool _mouseTrackingArea = false;
 };

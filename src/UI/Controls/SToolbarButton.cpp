@@ -69,6 +69,20 @@ void SToolbarButton::leaveEvent(QEvent* event) {
   QAbstractButton::leaveEvent(event);
 }
 
+bool SToolbarButton::event(QEvent* event) {
+  const bool handled = QAbstractButton::event(event);
+  if (event->type() == QEvent::ParentChange || event->type() == QEvent::WindowActivate ||
+      event->type() == QEvent::WindowDeactivate) {
+    viewDidMoveToWindow();
+  }
+  return handled;
+}
+
+void SToolbarButton::viewDidMoveToWindow() {
+  _isOver = isActiveWindow() && underMouse();
+  update();
+}
+
 void SToolbarButton::paintEvent(QPaintEvent*) {
   QPainter painter(this);
   if (_isOver || _isSelected) {

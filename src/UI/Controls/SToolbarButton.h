@@ -24,10 +24,14 @@ protected:
   void enterEvent(QEnterEvent* event) override;
   /// `mouseExited:`
   void leaveEvent(QEvent* event) override;
+  bool event(QEvent* event) override;
   /// `drawRect:` Background, when hovered or selected, then the title.
   void paintEvent(QPaintEvent* event) override;
 
 private:
+  /// `viewDidMoveToWindow` In another window, or one that has become the active one or ceased to be: whether the
+  /// pointer is inside is found out anew. (The pointer is followed over every widget: there is no _trackingArea.)
+  void viewDidMoveToWindow();
   /// `drawTitle` Centred in its own measured rectangle, which starts 6 points from the left edge at the bottom.
   void drawTitle(QPainter& painter) const;
 

@@ -74,12 +74,9 @@ SNoticeView::Asker SNoticeView::asker() {
     const ui::ModalQuestion::Answer answer = question->ask(
         [this] {
           _returnCode = ui::ModalQuestion::kCanceled;
-          animationHidden(false);
+          animationHiddenOnMainThread(false);
         },
-        [this] {
-          becomeUnreachable(); // at once: the next question must not be answered by what is meant for this one
-          animationHidden(true);
-        });
+        [this] { animationHiddenOnMainThread(true); });
     if (answer.returnCode == ui::ModalQuestion::kConfirmed && result != nullptr)
       *result = answer.result;
     return answer.returnCode;

@@ -56,7 +56,7 @@ private:
 
   QLabel* _lbTitle;
   QLabel* _lbDescription;
-  QCheckBox* _btnCheckbox;
+  QCheckBox* _btnCheckbox; // with its text as its title, not in a _lbCheckboxDes beside it: a click on that ticks, too
   QPushButton* _btnOK;
   QPushButton* _btnCancel;
   std::int32_t _returnCode = ui::ModalQuestion::kCanceled;

@@ -187,6 +187,13 @@ TEST(NamedColor, OfTheHighestContrastAreTheDesktopsOwn) {
     EXPECT_EQ(ui::namedColor("ViewBackground", palette), QColor(background));
     EXPECT_EQ(ui::namedColor("Paper", palette), QColor(background));
   }
+  // A disabled widget, which has the same palette with other colours in use, is no other desktop.
+  QPalette disabled = highContrast(Qt::white, Qt::black);
+  disabled.setColor(QPalette::Disabled, QPalette::WindowText, Qt::gray);
+  QPalette enabled = disabled;
+  disabled.setCurrentColorGroup(QPalette::Disabled);
+  EXPECT_EQ(ui::namedColor("ViewBackground", disabled), QColor(Qt::black));
+  EXPECT_EQ(ui::namedColor("ItemText", enabled), QColor(Qt::white));
   const QPalette ordinary(QColor(0xef, 0xef, 0xef));
   EXPECT_NE(ui::namedColor("ViewBackground", ordinary), ordinary.color(QPalette::Window));
 }

@@ -1,6 +1,7 @@
 #include "UI/Common/PanelButton.h"
 
 #include "UI/Common/Images.h"
+#include "support/Clicks.h"
 
 #include <QAccessible>
 #include <QSignalSpy>
@@ -63,4 +64,11 @@ TEST(PanelButton, IsAButtonWithItsTitleToAScreenReader) {
   QAccessibleInterface* const accessible = QAccessible::queryAccessibleInterface(&button);
   EXPECT_EQ(accessible->role(), QAccessible::Button);
   EXPECT_EQ(accessible->text(QAccessible::Name), "OK");
+}
+
+TEST_F(PanelButtonKeys, AndEveryClickOfTheMouseHoweverFastClickIt) {
+  for (int i = 1; i <= 4; ++i) {
+    testsupport::click(m_button, m_button.rect().center(), Qt::LeftButton, testsupport::kFast);
+    EXPECT_EQ(m_clicked.size(), i);
+  }
 }

@@ -2,6 +2,7 @@
 
 #include "UI/Common/DesktopColorScheme.h"
 #include "UI/Common/Images.h"
+#include "support/Clicks.h"
 
 #include <QTest>
 
@@ -67,4 +68,11 @@ TEST_F(PanelInput, BoxShowsWhetherItIsTickedOnTheSideTheTextStartsFrom) {
   EXPECT_EQ(boxPixel(5), ticked);
   m_box.setLayoutDirection(Qt::RightToLeft);
   EXPECT_EQ(boxPixel(m_box.width() - 6), ticked);
+}
+
+TEST_F(PanelInput, BoxIsTurnedByEveryClickHoweverFast) {
+  for (int i = 1; i <= 4; ++i) {
+    testsupport::click(m_box, QPoint(m_box.width() - 3, m_box.height() / 2), Qt::LeftButton, testsupport::kFast);
+    EXPECT_EQ(m_box.isChecked(), i % 2 == 1);
+  }
 }

@@ -1,6 +1,7 @@
 #include "UI/Controls/SMTPButton.h"
 
 #include "UI/Common/Images.h"
+#include "support/Clicks.h"
 
 #include <QPixmap>
 #include <QSignalSpy>
@@ -141,4 +142,24 @@ TEST_F(SMTPButtonPictures, ShowTheKeyboardFocus) {
   EXPECT_EQ(shown(), QColor(Qt::cyan));
   m_button.clearFocus();
   EXPECT_EQ(shown(), QColor(Qt::green));
+}
+
+TEST_F(SMTPButtonPictures, EveryClickCountsHoweverFast) {
+  m_button.setButtonWithImageName("button_normal", "button_pressed", "button_over");
+  QSignalSpy clicked(&m_button, &QAbstractButton::clicked);
+  for (int i = 1; i <= 4; ++i) {
+    testsupport::click(m_button, m_button.rect().center(), Qt::LeftButton, testsupport::kFast);
+    EXPECT_EQ(clicked.count(), i);
+  }
+}
+
+TEST_F(SMTPButtonPictures, TheHoveredOneGoesWhenTheWindowCeasesToBeTheActiveOne) {
+  m_button.setButtonWithImageName("button_normal", "button_pressed", "button_over");
+  enter();
+  ASSERT_EQ(m_button.image().cacheKey(), m_button.overImage().cacheKey());
+  QWidget other;
+  other.show();
+  other.activateWindow();
+  ASSERT_TRUE(QTest::qWaitForWindowActive(&other));
+  EXPECT_EQ(m_button.image().cacheKey(), m_button.normalImage().cacheKey());
 }

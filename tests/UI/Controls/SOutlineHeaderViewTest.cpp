@@ -2,6 +2,7 @@
 
 #include "UI/Controls/SOutlineView.h"
 #include "stringDefine/VornLocalStringDefine.h"
+#include "support/Clicks.h"
 
 #include <QStandardItemModel>
 #include <QTest>
@@ -147,4 +148,30 @@ TEST(HeaderWithoutRows, IsDrawnWithoutAModelToo) {
   view.resize(700, 200);
   view.grab();
   EXPECT_EQ(view.header()->count(), 0);
+}
+
+TEST_F(Header, EveryClickOnATitleSortsHoweverFast) {
+  const QPoint title(header().sectionViewportPosition(1) + 40, 10);
+  testsupport::click(*header().viewport(), title, Qt::LeftButton, testsupport::slow());
+  EXPECT_EQ(header().sortIndicatorSection(), 1);
+  Qt::SortOrder order = header().sortIndicatorOrder();
+  for (int i = 0; i < 3; ++i) {
+    testsupport::click(*header().viewport(), title, Qt::LeftButton, testsupport::kFast);
+    EXPECT_NE(header().sortIndicatorOrder(), order);
+    order = header().sortIndicatorOrder();
+  }
+  testsupport::click(*header().viewport(), title, Qt::RightButton, testsupport::slow());
+  testsupport::click(*header().viewport(), title, Qt::RightButton, testsupport::kFast);
+  EXPECT_EQ(header().sortIndicatorOrder(), order);
+}
+
+TEST_F(Header, ADoubleClickBetweenTwoTitlesSortsNothing) {
+  const int section = header().sortIndicatorSection();
+  const Qt::SortOrder order = header().sortIndicatorOrder();
+  const QPoint edge(header().sectionViewportPosition(1) + header().sectionSize(1) - 2, 10);
+  QTest::mouseMove(header().viewport(), edge);
+  testsupport::click(*header().viewport(), edge, Qt::LeftButton, testsupport::slow());
+  testsupport::click(*header().viewport(), edge, Qt::LeftButton, testsupport::kFast);
+  EXPECT_EQ(header().sortIndicatorSection(), section);
+  EXPECT_EQ(header().sortIndicatorOrder(), order);
 }

@@ -3,6 +3,7 @@
 #include "Platform/UserDefaults.h"
 #include "UI/Controls/SOutlineHeaderView.h"
 #include "stringDefine/VornLocalStringDefine.h"
+#include "support/Clicks.h"
 
 #include <QAccessible>
 #include <QApplication>
@@ -80,6 +81,9 @@ protected:
   QPoint emptyPoint() const { return {100, m_view.viewport()->height() - 10}; }
   void select(const QStandardItem* item) {
     m_view.selectionModel()->select(item->index(), QItemSelectionModel::Select | QItemSelectionModel::Rows);
+  }
+  void rightClick(const QPoint& point, int after) {
+    testsupport::click(*m_view.viewport(), point, Qt::RightButton, after);
   }
   bool isSelected(const QStandardItem* item) const { return m_view.selectionModel()->isSelected(item->index()); }
   /// The enabled entries, each by a letter: (a)dd, (e)dit name, (d)elete.
@@ -276,8 +280,106 @@ TEST_F(Outline, ARightPressSelectsNothingByItself) {
 TEST_F(Outline, OpensTheMenuForAContextMenuEvent) {
   QContextMenuEvent event(QContextMenuEvent::Mouse, pointOf(m_file), m_view.viewport()->mapToGlobal(pointOf(m_file)));
   QCoreApplication::sendEvent(m_view.viewport(), &event);
+  QCoreApplication::processEvents();
   EXPECT_TRUE(m_menu.isVisible());
   EXPECT_EQ(enabled(), "ed");
+}
+
+TEST_F(Outline, EveryRightClickOnOneSpotOpensTheMenuHoweverFast) {
+  QSignalSpy opened(&m_menu, &QMenu::aboutToShow);
+  for (const int pause : {testsupport::slow(), testsupport::kFast, testsupport::kFast, testsupport::kFast,
+                          testsupport::slow(), testsupport::slow()}) {
+    opened.clear();
+    rightClick(pointOf(m_file), pause);
+    EXPECT_TRUE(m_menu.isVisible()) << pause;
+    EXPECT_EQ(opened.count(), 1) << pause;
+    EXPECT_EQ(m_view.getSelectedRowIndex(), 2);
+  }
+}
+
+TEST_F(Outline, RightClicksOnOneSpotOrBesideItByAHairChooseNoEntry) {
+  QSignalSpy chosen(&m_menu, &QMenu::triggered);
+  for (const QPoint& aside : {QPoint(0, 0), QPoint(1, 2), QPoint(2, 1)}) {
+    rightClick(pointOf(m_folder), testsupport::slow());
+    rightClick(pointOf(m_folder) + aside, testsupport::slow());
+    EXPECT_TRUE(m_menu.isVisible());
+    EXPECT_EQ(enabled(), "aed");
+    m_menu.close();
+  }
+  EXPECT_EQ(chosen.count(), 0);
+}
+
+TEST_F(Outline, AFastRightClickAfterTheMenuWasClosedOpensItAgain) {
+  rightClick(pointOf(m_file), testsupport::slow());
+  QTest::keyClick(&m_menu, Qt::Key_Escape);
+  ASSERT_FALSE(m_menu.isVisible());
+  rightClick(pointOf(m_file), testsupport::kFast);
+  EXPECT_TRUE(m_menu.isVisible());
+}
+
+TEST_F(Outline, ARightClickBesideTheOpenMenuOpensItForTheRowThere) {
+  rightClick(pointOf(m_otherFile), testsupport::slow());
+  ASSERT_TRUE(m_menu.isVisible());
+  m_view.clearSelection();
+  for (const int pause : {testsupport::slow(), testsupport::kFast}) {
+    rightClick(pointOf(m_dcim), pause);
+    EXPECT_TRUE(m_menu.isVisible());
+    EXPECT_EQ(m_menu.pos(), m_view.viewport()->mapToGlobal(pointOf(m_dcim)));
+    EXPECT_EQ(m_view.getSelectedRowIndex(), 0);
+    EXPECT_EQ(enabled(), "a");
+  }
+}
+
+TEST_F(Outline, ARightClickOutsideTheRowsOnlyClosesTheMenu) {
+  rightClick(pointOf(m_file), testsupport::slow());
+  ASSERT_TRUE(m_menu.isVisible());
+  testsupport::click(*m_view.header()->viewport(), QPoint(20, 5), Qt::RightButton, testsupport::slow());
+  EXPECT_FALSE(m_menu.isVisible());
+  EXPECT_EQ(m_view.getSelectedRowIndex(), 2);
+}
+
+TEST_F(Outline, ARightClickOnAnEntryOfTheMenuChoosesIt) {
+  rightClick(pointOf(m_folder), testsupport::slow());
+  QSignalSpy chosen(m_editName, &QAction::triggered);
+  const QPoint entry = m_menu.mapToGlobal(m_menu.actionGeometry(m_editName).center());
+  QTest::mouseMove(&m_menu, m_menu.mapFromGlobal(entry));
+  testsupport::click(*m_view.viewport(), m_view.viewport()->mapFromGlobal(entry), Qt::RightButton, testsupport::slow());
+  EXPECT_EQ(chosen.count(), 1);
+  EXPECT_FALSE(m_menu.isVisible());
+}
+
+TEST_F(Outline, AMenuThatIsAboutToOpenDoesNotOnceItIsClosed) {
+  QContextMenuEvent event(QContextMenuEvent::Mouse, pointOf(m_file), m_view.viewport()->mapToGlobal(pointOf(m_file)));
+  QCoreApplication::sendEvent(m_view.viewport(), &event);
+  m_view.closeContextMenu();
+  QCoreApplication::processEvents();
+  EXPECT_FALSE(m_menu.isVisible());
+}
+
+TEST_F(Outline, OnlyTheLeftButtonsDoubleClickIsOne) {
+  QSignalSpy doubleClicked(&m_view, &QTreeView::doubleClicked);
+  for (const Qt::MouseButton button : {Qt::RightButton, Qt::MiddleButton, Qt::LeftButton}) {
+    QTest::mouseClick(m_view.viewport(), Qt::LeftButton, {}, pointOf(m_folder));
+    m_menu.close();
+    EXPECT_EQ(doubleClicked.count(), 0);
+    testsupport::click(*m_view.viewport(), pointOf(m_folder), button, testsupport::slow());
+    m_menu.close();
+    testsupport::click(*m_view.viewport(), pointOf(m_folder), button, testsupport::kFast);
+  }
+  EXPECT_EQ(doubleClicked.count(), 1);
+}
+
+TEST_F(Outline, EveryClickOnTheMarkOfAFolderOpensOrClosesItHoweverFast) {
+  const QRect name = m_view.visualRect(m_dcim->index());
+  const QPoint mark(name.left() - m_view.indentation() / 2, name.center().y());
+  QSignalSpy doubleClicked(&m_view, &QTreeView::doubleClicked);
+  bool expanded = false;
+  for (const int pause : {testsupport::slow(), testsupport::kFast, testsupport::kFast, testsupport::kFast}) {
+    testsupport::click(*m_view.viewport(), mark, Qt::LeftButton, pause);
+    expanded = !expanded;
+    EXPECT_EQ(m_view.isExpanded(m_dcim->index()), expanded);
+  }
+  EXPECT_EQ(doubleClicked.count(), 0);
 }
 
 TEST_F(Outline, OpensTheMenuOfTheCurrentRowForTheMenuKey) {

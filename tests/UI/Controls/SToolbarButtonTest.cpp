@@ -2,6 +2,7 @@
 
 #include "UI/Common/Images.h"
 #include "UI/Common/SFont.h"
+#include "support/Clicks.h"
 
 #include <QAccessible>
 #include <QEnterEvent>
@@ -175,4 +176,31 @@ TEST_F(SToolbarButtonLook, IsAChosenOneOfSeveralToAScreenReader) {
   EXPECT_TRUE(accessible->state().disabled);
   accessible->actionInterface()->doAction(QAccessibleActionInterface::pressAction());
   EXPECT_EQ(clicked.size(), 1);
+}
+
+TEST_F(SToolbarButtonLook, EveryClickCountsHoweverFast) {
+  QSignalSpy clicked(&m_button, &QAbstractButton::clicked);
+  for (int i = 1; i <= 4; ++i) {
+    testsupport::click(m_button, m_button.rect().center(), Qt::LeftButton, testsupport::kFast);
+    EXPECT_EQ(clicked.count(), i);
+  }
+}
+
+TEST_F(SToolbarButtonLook, IsNotHoveredInAWindowThatHasCeasedToBeTheActiveOne) {
+  enter();
+  ASSERT_TRUE(m_button.isOver());
+  QWidget other;
+  other.show();
+  other.activateWindow();
+  ASSERT_TRUE(QTest::qWaitForWindowActive(&other));
+  EXPECT_FALSE(m_button.isOver());
+}
+
+TEST_F(SToolbarButtonLook, IsNotHoveredInTheNextWindowItComesTo) {
+  enter();
+  ASSERT_TRUE(m_button.isOver());
+  QWidget other;
+  m_button.setParent(&other);
+  EXPECT_FALSE(m_button.isOver());
+  m_button.setParent(&m_window);
 }

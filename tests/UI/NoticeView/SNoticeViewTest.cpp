@@ -265,6 +265,22 @@ TEST_F(NoticePanel, TakesTheSecondOfTwoQuickClicksForNoAnswerToTheNextQuestion) 
   ask([this] { press(Qt::Key_Escape); }, 1, m_untouched);
 }
 
+TEST_F(NoticePanel, LeavesWithItsControlsAlsoWhenItIsAnsweredWhileItComes) {
+  bool hasControls = false; // when the last slide began
+  QObject::connect(m_panel->slideAnimation(), &QAbstractAnimation::stateChanged, m_panel.get(),
+                   [&](QAbstractAnimation::State state) {
+                     if (state == QAbstractAnimation::Running)
+                       hasControls = m_panel->btnOK()->isVisible();
+                   });
+  ask(
+      [&] {
+        EXPECT_FALSE(hasControls); // it came empty-handed: they are shown once it is on its way
+        press(Qt::Key_Escape);
+      },
+      1, m_untouched);
+  EXPECT_TRUE(hasControls);
+}
+
 TEST_F(NoticePanel, IsFramedInBlackOnTheWindowsColour) {
   m_panel->transitionView(false);
   finishSlide(*m_panel);
