@@ -379,5 +379,10 @@ Unlock it. If that doesn’t help, unplug it and plug it in again.</source>
         <extracomment>What a screen reader says while a folder is listed.</extracomment>
         <translation>جارٍ التحميل</translation>
     </message>
+    <message id="accessible_waiting">
+        <source>Please wait</source>
+        <extracomment>What a screen reader says of a window that takes no input for the moment.</extracomment>
+        <translation>يرجى الانتظار</translation>
+    </message>
 </context>
 </TS>

@@ -379,5 +379,10 @@ Entsperren Sie es. Hilft das nicht, ziehen Sie es ab und stecken Sie es erneut e
         <extracomment>What a screen reader says while a folder is listed.</extracomment>
         <translation>Wird geladen</translation>
     </message>
+    <message id="accessible_waiting">
+        <source>Please wait</source>
+        <extracomment>What a screen reader says of a window that takes no input for the moment.</extracomment>
+        <translation>Bitte warten</translation>
+    </message>
 </context>
 </TS>

@@ -371,5 +371,10 @@ Unlock it. If that doesn’t help, unplug it and plug it in again.</translation>
         <extracomment>What a screen reader says while a folder is listed.</extracomment>
         <translation>Loading</translation>
     </message>
+    <message id="accessible_waiting">
+        <source></source>
+        <extracomment>What a screen reader says of a window that takes no input for the moment.</extracomment>
+        <translation>Please wait</translation>
+    </message>
 </context>
 </TS>

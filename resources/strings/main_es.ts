@@ -379,5 +379,10 @@ Desbloquéelo. Si no sirve, desconéctelo y vuelva a conectarlo.</translation>
         <extracomment>What a screen reader says while a folder is listed.</extracomment>
         <translation>Cargando</translation>
     </message>
+    <message id="accessible_waiting">
+        <source>Please wait</source>
+        <extracomment>What a screen reader says of a window that takes no input for the moment.</extracomment>
+        <translation>Espere, por favor</translation>
+    </message>
 </context>
 </TS>

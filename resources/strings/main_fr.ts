@@ -379,5 +379,10 @@ Déverrouillez-le. Si cela ne suffit pas, débranchez-le puis rebranchez-le.</tr
         <extracomment>What a screen reader says while a folder is listed.</extracomment>
         <translation>Chargement</translation>
     </message>
+    <message id="accessible_waiting">
+        <source>Please wait</source>
+        <extracomment>What a screen reader says of a window that takes no input for the moment.</extracomment>
+        <translation>Veuillez patienter</translation>
+    </message>
 </context>
 </TS>

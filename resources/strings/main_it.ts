@@ -379,5 +379,10 @@ Sbloccalo. Se non basta, scollegalo e ricollegalo.</translation>
         <extracomment>What a screen reader says while a folder is listed.</extracomment>
         <translation>Caricamento</translation>
     </message>
+    <message id="accessible_waiting">
+        <source>Please wait</source>
+        <extracomment>What a screen reader says of a window that takes no input for the moment.</extracomment>
+        <translation>Attendere</translation>
+    </message>
 </context>
 </TS>

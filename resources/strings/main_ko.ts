@@ -379,5 +379,10 @@ Unlock it. If that doesn’t help, unplug it and plug it in again.</source>
         <extracomment>What a screen reader says while a folder is listed.</extracomment>
         <translation>불러오는 중</translation>
     </message>
+    <message id="accessible_waiting">
+        <source>Please wait</source>
+        <extracomment>What a screen reader says of a window that takes no input for the moment.</extracomment>
+        <translation>잠시 기다려 주세요</translation>
+    </message>
 </context>
 </TS>

@@ -379,5 +379,10 @@ Desbloqueie-o. Se não adiantar, desconecte-o e conecte-o novamente.</translatio
         <extracomment>What a screen reader says while a folder is listed.</extracomment>
         <translation>Carregando</translation>
     </message>
+    <message id="accessible_waiting">
+        <source>Please wait</source>
+        <extracomment>What a screen reader says of a window that takes no input for the moment.</extracomment>
+        <translation>Aguarde</translation>
+    </message>
 </context>
 </TS>

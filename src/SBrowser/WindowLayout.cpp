@@ -181,7 +181,7 @@ void WindowLayout::buildContent(platform::Timers& timers) {
   column->addWidget(welcomeView, 1);
 
   ghostView = new SGhostView(contentView);
-  ghostView->setAccessibleName(localized("MSG_BnRTransfering"));
+  ghostView->setAccessibleName(localized("accessible_waiting")); // for a copy, a question, a new folder
   ghostView->hide();
   loadingViewController = std::make_unique<SLoadingAniViewController>(contentView->rect(), contentView, timers);
   loadingViewController->view()->hide();

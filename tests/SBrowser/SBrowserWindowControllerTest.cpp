@@ -489,6 +489,15 @@ TEST_F(SBrowserWindowControllerTest, AnUnknownSenderDoesNothing) {
   EXPECT_EQ(currentFolder(), QStringLiteral("Phone"));
 }
 
+TEST_F(SBrowserWindowControllerTest, AReturnThatIsStillHeldDownEntersNothing) {
+  connectPhone();
+  outline().setCurrentIndex(row(QStringLiteral("DCIM")));
+  QKeyEvent held(QEvent::KeyPress, Qt::Key_Return, Qt::NoModifier, QStringLiteral("\r"), true);
+  QCoreApplication::sendEvent(&outline(), &held);
+  ASSERT_TRUE(settle());
+  EXPECT_EQ(currentFolder(), QStringLiteral("Phone"));
+}
+
 TEST_F(SBrowserWindowControllerTest, TheKeyboardEntersGoesBackAndNextAndExpands) {
   connectPhone();
   outline().setCurrentIndex(row(QStringLiteral("DCIM")));

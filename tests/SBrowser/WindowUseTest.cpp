@@ -256,12 +256,12 @@ TEST_F(WindowUseTest, APanelThatWaitsAboveTheWindowIsNotThereForAScreenReader) {
 TEST_F(WindowUseTest, TheCoverSaysWhatGoesOnOrWhomItsKeysGoTo) {
   connectPhone();
   controller->setDisableCaptureEvent(true);
-  EXPECT_EQ(nameOf(layout().ghostView), localized("MSG_BnRTransfering"));
+  EXPECT_EQ(nameOf(layout().ghostView), localized("accessible_waiting"));
   layout().noticeView->setAccessibleName(QStringLiteral("Delete"));
   controller->changeEventRecieverObject(layout().noticeView);
   EXPECT_EQ(nameOf(layout().ghostView), QStringLiteral("Delete"));
   controller->changeEventRecieverObject(nullptr);
-  EXPECT_EQ(nameOf(layout().ghostView), localized("MSG_BnRTransfering"));
+  EXPECT_EQ(nameOf(layout().ghostView), localized("accessible_waiting"));
 }
 
 TEST_F(WindowUseTest, TheMenusEntriesTellTheirKeysAndWhetherTheyCanBeUsed) {
