@@ -5,12 +5,16 @@
 
 #include <cstdint>
 #include <thread>
+#include <vector>
 
 namespace mtp {
 
 /// For one thread; it owns one of its own.
 class FileReader {
 public:
+  /// Fewer bytes than this are read at once, by next(): a thread would cost more than they do.
+  static constexpr std::uint64_t Small = 64 * 1024;
+
   /// Reads the first `size` bytes of `file`, which is open for reading and stays the caller's. `room`: bytes left free
   /// at the start of the first buffer.
   FileReader(int file, std::uint64_t size, std::size_t room);
@@ -26,10 +30,14 @@ public:
   Status status() const;
 
 private:
+  std::span<std::byte> whole();
   void run(std::uint64_t size, std::size_t room);
+  bool read(std::span<std::byte> bytes, std::uint64_t at);
   void fail(Status status);
 
   const int m_file;
+  std::size_t m_room = 0;         // of m_small
+  std::vector<std::byte> m_small; // all of a small file, with its room
   BufferRing m_ring;
   bool m_lent = false; // a buffer is the caller's
 

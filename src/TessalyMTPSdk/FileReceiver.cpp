@@ -11,7 +11,7 @@ namespace {
 
 /// Of a smaller file the listing is believed until its contents say something else: asking would take as long as the
 /// contents.
-constexpr std::uint64_t SmallestAskedFor = 64 * 1024;
+constexpr std::uint64_t SmallestAskedFor = FileWriter::Small;
 
 } // namespace
 
@@ -51,7 +51,7 @@ std::uint64_t FileReceiver::likelySize() const {
 
 Status FileReceiver::receiveInto(int file, bool durable) {
   const BufferRing::Waiting waiting = [this] { return m_progress.waiting(); };
-  FileWriter writer(file, durable);
+  FileWriter writer(file, durable, likelySize());
   std::uint64_t received = 0;
   const Reply reply = m_device.session().receive(
       Operation::GetObject, {m_subject.handle},

@@ -12,17 +12,22 @@
 
 namespace mtp {
 
-FileWriter::FileWriter(int file, bool durable)
+FileWriter::FileWriter(int file, bool durable, std::uint64_t likelySize)
     : m_file(file)
-    , m_durable(durable)
-    , m_thread([this] { run(); }) {}
+    , m_durable(durable) {
+  if (durable || likelySize >= Small)
+    m_thread = std::thread([this] { run(); });
+}
 
 FileWriter::~FileWriter() {
   m_ring.close();
-  m_thread.join();
+  if (m_thread.joinable())
+    m_thread.join();
 }
 
 bool FileWriter::put(Bytes bytes, const BufferRing::Waiting& waiting) {
+  if (!m_thread.joinable())
+    return putAtOnce(bytes);
   while (!bytes.empty()) {
     if (m_filling.empty() && !takeBuffer(waiting))
       return false;
@@ -38,6 +43,14 @@ bool FileWriter::put(Bytes bytes, const BufferRing::Waiting& waiting) {
   return true;
 }
 
+bool FileWriter::putAtOnce(Bytes bytes) {
+  const Status status = write(bytes);
+  const std::lock_guard lock(m_mutex);
+  if (m_status == DGSTATUS_SUCCESS)
+    m_status = status;
+  return m_status == DGSTATUS_SUCCESS;
+}
+
 bool FileWriter::takeBuffer(const BufferRing::Waiting& waiting) {
   try {
     m_filling = m_ring.toFill(waiting);
@@ -49,6 +62,8 @@ bool FileWriter::takeBuffer(const BufferRing::Waiting& waiting) {
 }
 
 bool FileWriter::finish(const BufferRing::Waiting& waiting) {
+  if (!m_thread.joinable())
+    return status() == DGSTATUS_SUCCESS;
   if (m_fill > 0)
     m_ring.filled(std::exchange(m_fill, 0));
   m_filling = {};
@@ -84,25 +99,30 @@ void FileWriter::run() {
 }
 
 Status FileWriter::writeAll() {
-  off_t at = 0;
   for (Bytes bytes = m_ring.toEmpty(); !bytes.empty(); bytes = m_ring.toEmpty()) {
-    const off_t begin = at;
-    while (!bytes.empty()) {
-      const ssize_t written = pwrite(m_file, bytes.data(), bytes.size(), at);
-      if (written < 0 && errno != EINTR)
-        return statusOfError(errno, DGSTATUS_FILE_WRITE_FAILED);
-      if (written > 0) {
-        bytes = bytes.subspan(static_cast<std::size_t>(written));
-        at += written;
-      }
-    }
+    const auto begin = static_cast<off_t>(m_at);
+    if (const Status status = write(bytes); status != DGSTATUS_SUCCESS)
+      return status;
     m_ring.emptied();
     // The disk begins now; otherwise a large file would be written out at the end, when everything waits for it.
-    if (at - begin == static_cast<off_t>(BufferRing::BufferSize))
-      sync_file_range(m_file, begin, at - begin, SYNC_FILE_RANGE_WRITE);
+    if (bytes.size() == BufferRing::BufferSize)
+      sync_file_range(m_file, begin, static_cast<off_t>(bytes.size()), SYNC_FILE_RANGE_WRITE);
   }
   if (m_durable && fdatasync(m_file) != 0 && errno != EINVAL && errno != ENOSYS)
     return statusOfError(errno, DGSTATUS_FILE_WRITE_FAILED);
+  return DGSTATUS_SUCCESS;
+}
+
+Status FileWriter::write(Bytes bytes) {
+  while (!bytes.empty()) {
+    const ssize_t written = pwrite(m_file, bytes.data(), bytes.size(), static_cast<off_t>(m_at));
+    if (written < 0 && errno != EINTR)
+      return statusOfError(errno, DGSTATUS_FILE_WRITE_FAILED);
+    if (written > 0) {
+      bytes = bytes.subspan(static_cast<std::size_t>(written));
+      m_at += static_cast<std::uint64_t>(written);
+    }
+  }
   return DGSTATUS_SUCCESS;
 }
 

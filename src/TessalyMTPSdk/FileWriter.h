@@ -11,8 +11,12 @@ namespace mtp {
 /// For one thread; it owns one of its own.
 class FileWriter {
 public:
+  /// Fewer bytes than this are written at once: a thread would cost more than they do.
+  static constexpr std::uint64_t Small = 64 * 1024;
+
   /// `file` is open for writing, empty, and stays the caller's. `durable`: the bytes are on the disk itself at the end.
-  FileWriter(int file, bool durable);
+  /// `likelySize`: how many bytes will come. Without a thread where they are Small and need not be durable.
+  FileWriter(int file, bool durable, std::uint64_t likelySize);
   /// Breaks off. Waits for the one call into the file system that is under way.
   ~FileWriter();
   FileWriter(const FileWriter&) = delete;
@@ -26,15 +30,18 @@ public:
   Status status() const;
 
 private:
+  bool putAtOnce(Bytes bytes);
   bool takeBuffer(const BufferRing::Waiting& waiting);
   void run();
   Status writeAll();
+  Status write(Bytes bytes);
 
   const int m_file;
   const bool m_durable;
   BufferRing m_ring;
   std::span<std::byte> m_filling;
   std::size_t m_fill = 0; // bytes in it
+  std::uint64_t m_at = 0; // bytes written; of the thread, where there is one
 
   mutable std::mutex m_mutex; // guards all below but the thread
   std::condition_variable m_changed;

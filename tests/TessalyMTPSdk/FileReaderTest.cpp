@@ -36,7 +36,7 @@ protected:
 } // namespace
 
 TEST_F(FileReaderTest, GivesTheFileInPiecesWithRoomBeforeTheFirst) {
-  for (const std::size_t size : {0u, 1u, (1u << 20) - 12, 1u << 20, 9u << 20}) {
+  for (const std::size_t size : {0u, 1u, 65535u, 65536u, (1u << 20) - 12, 1u << 20, 9u << 20}) {
     const mtp::OpenFile file = make(pattern(size));
     mtp::FileReader reader(file.get(), size, Room);
     EXPECT_EQ(readAll(reader), pattern(size)) << size;
@@ -54,17 +54,21 @@ TEST_F(FileReaderTest, AllPiecesButTheLastAreWholeBuffers) {
 }
 
 TEST_F(FileReaderTest, AFileThatIsShorterThanItWasIsAFailure) {
-  const mtp::OpenFile file = make(pattern(3000));
-  mtp::FileReader reader(file.get(), 3001, Room);
-  EXPECT_TRUE(readAll(reader).empty());
-  EXPECT_EQ(reader.status(), 0x11000004u);
+  for (const std::size_t size : {3000u, 300'000u}) {
+    const mtp::OpenFile file = make(pattern(size));
+    mtp::FileReader reader(file.get(), size + 1, Room);
+    EXPECT_TRUE(readAll(reader).empty());
+    EXPECT_EQ(reader.status(), 0x11000004u);
+  }
 }
 
 TEST_F(FileReaderTest, WhatWasAddedMeanwhileIsNotRead) {
-  const mtp::OpenFile file = make(pattern(3000));
-  mtp::FileReader reader(file.get(), 2000, Room);
-  EXPECT_EQ(readAll(reader), pattern(3000).substr(0, 2000));
-  EXPECT_EQ(reader.status(), 0u);
+  for (const std::size_t size : {2000u, 200'000u}) {
+    const mtp::OpenFile file = make(pattern(size + 1000));
+    mtp::FileReader reader(file.get(), size, Room);
+    EXPECT_TRUE(readAll(reader) == pattern(size + 1000).substr(0, size));
+    EXPECT_EQ(reader.status(), 0u);
+  }
 }
 
 TEST_F(FileReaderTest, AFileThatCannotBeReadIsAFailure) {
