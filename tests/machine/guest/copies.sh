@@ -56,6 +56,31 @@ check "… and nothing else" no_remains back/many
 check "… with its date" test "$(date -r back/many/file_7.dat '+%F %T')" = '2020-02-29 12:34:56'
 rm -rf back
 
+# -- to a stick -------------------------------------------------------------------------------------------------------
+# It keeps less: names without some characters, dates of two seconds, 40 MB in all.
+modprobe -a loop vfat nls_cp437 nls_ascii nls_utf8
+mkdir -p /stick "/phone/for the stick"
+truncate -s 40M stick.img
+mkfs.vfat -F 32 stick.img >/dev/null
+mount -o loop,utf8 stick.img /stick
+for name in plain.txt 'colon: question?' 'trailing dot.' "$(printf '\303\244%.0s' $(seq 120))" 写真.jpg; do
+  echo "$name" >"/phone/for the stick/$name"
+done
+touch -d '2020-02-29 12:34:57' "/phone/for the stick/plain.txt"
+run stick get "Phone/for the stick" /stick/come
+check "a stick takes what it can name" has '^copied	00000000	.*/plain.txt' stick
+check "… whole" cmp "/phone/for the stick/plain.txt" /stick/come/plain.txt
+check "… with its date, as near as it can" test "$(date -r /stick/come/plain.txt '+%F %T')" = '2020-02-29 12:34:56'
+check "… long and foreign names, too" test "$(grep -c '^copied	00000000' stick)" -ge 4
+check "… and tells of what it cannot" has '^copied	1[0-9a-f]{7}	.*/colon: question' stick
+check "… with nothing left behind" no_remains /stick/come
+head -c 60M /dev/urandom >"/phone/for the stick/large.bin"
+run full get "Phone/for the stick" /stick/come
+check "what is too large for a stick is told as that" has '^copied	1000000a	.*/large.bin' full
+check "… and leaves nothing behind" no_remains /stick/come
+umount /stick
+rm -r "/phone/for the stick" stick.img
+
 # -- more than 4 GiB --------------------------------------------------------------------------------------------------
 if [ -n "$huge" ]; then
   # Not all zero: something stands at the start, on both sides of 4 GiB and at the end.
