@@ -84,7 +84,7 @@ int measure(int files) {
     controller.connectDevice(QStringLiteral("14200000"));
     if (!waitForFolder(controller))
       return 1;
-    SOutlineView& outline = *controller.layout().outlineView;
+    SOutlineView& outline = *controller.layout()._outlineView;
     waitForPaint(*outline.viewport());
 
     const long before = residentBytes();

@@ -67,7 +67,7 @@ void measureScrolling(const char* what, SOutlineView& outline, const std::functi
 
 /// Opens the context menu over the first row, until it is painted.
 void measureContextMenu(const char* what, SBrowserWindowController& controller) {
-  SOutlineView& outline = *controller.layout().outlineView;
+  SOutlineView& outline = *controller.layout()._outlineView;
   QMenu& menu = *controller.layout().menus->contextMenu();
   outline.verticalScrollBar()->setValue(0);
   std::vector<double> openings;
@@ -111,7 +111,7 @@ void measureSelecting(const char* what, SOutlineView& outline, int firstFreeRow)
 }
 
 void measureSelections(const char* rows, SBrowserWindowController& controller) {
-  SOutlineView& outline = *controller.layout().outlineView;
+  SOutlineView& outline = *controller.layout()._outlineView;
   const auto line = [rows](const char* what) {
     static QByteArray text;
     text = QByteArray(rows) + ", " + what;
@@ -147,7 +147,7 @@ int measure() {
     controller.connectDevice(QStringLiteral("14200000"));
     if (!waitForFolder(controller))
       return 1;
-    SOutlineView& outline = *controller.layout().outlineView;
+    SOutlineView& outline = *controller.layout()._outlineView;
     waitForPaint(*outline.viewport());
     measureSelections("10,001 folders of the storage itself", controller);
 

@@ -10,7 +10,7 @@ std::optional<QList<MtpStorageInfo>> askForStorages(DeviceSession& session, int 
                                                     const DeviceConnection::Sleeper& sleep) {
   std::optional<QList<MtpStorageInfo>> storages;
   for (int attempt = 0; attempt < attempts && !storages && !session.ended; ++attempt) {
-    storages = session.mtp->storageInfoLists();
+    storages = session._mtpSDKWrapper->storageInfoLists();
     sleep(DeviceConnection::kPause);
   }
   return storages;
@@ -42,11 +42,12 @@ void DeviceConnection::connectDevice(const QString& locationID, int attempts, Co
           return;
         if (!storages) {
           MTPB_LOG("Get list storage fail!!!");
-          const ConnectCondition condition = session.mtp->connectCondition();
+          const ConnectCondition condition = session._mtpSDKWrapper->connectCondition();
           finish(attempt, [&] { failed(condition); });
           return;
         }
-        ConnectedDevice device{attempt, session.mtp->getMTPFriendlyName().value_or(QString()), std::move(*storages)};
+        ConnectedDevice device{attempt, session._mtpSDKWrapper->getMTPFriendlyName().value_or(QString()),
+                               std::move(*storages)};
         finish(attempt, [&] { connected(std::move(device)); });
       });
   if (begun)

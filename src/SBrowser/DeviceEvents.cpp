@@ -54,7 +54,7 @@ void DeviceEvents::registerMtpNotice(const std::shared_ptr<DeviceSession>& sessi
   if (!session)
     return;
   m_queue->perform("mtp-notice", session, [context = this](DeviceSession& current) {
-    MTPDextSDKWrapper& mtp = *current.mtp;
+    MTPDextSDKWrapper& mtp = *current._mtpSDKWrapper;
     mtp.registerMtpRequestEventNotifyEx(mtp.getCurrentDeviceNode(), NotifyCallbackEx, context);
   });
 }
@@ -73,13 +73,13 @@ void DeviceEvents::catchMTPEvent() {
 
 void DeviceEvents::dropTimer() {
   platform::assertMainThread();
-  m_updateTimer.reset();
+  _updateTimer.reset();
 }
 
 void DeviceEvents::startTimer() {
-  m_updateTimer.reset();
-  m_updateTimer = m_timers.oneShot(kQuietPeriod, [this] {
-    const std::unique_ptr<platform::Timer> fired = std::move(m_updateTimer);
+  _updateTimer.reset();
+  _updateTimer = m_timers.oneShot(kQuietPeriod, [this] {
+    const std::unique_ptr<platform::Timer> fired = std::move(_updateTimer);
     m_rebuild();
   });
 }

@@ -36,7 +36,7 @@ public:
   /// Forgets what has happened: no rebuild will come of it.
   void dropTimer();
   /// Whether a rebuild is going to come.
-  bool isRebuildPending() const { return m_updateTimer != nullptr; }
+  bool isRebuildPending() const { return _updateTimer != nullptr; }
 
   /// While a transfer runs, objects that come into being are its own. Any thread.
   std::atomic<bool> isTransferProcess{false}; // written by the main thread, read by the engine's event thread
@@ -47,6 +47,6 @@ private:
   const std::shared_ptr<DeviceQueue> m_queue;
   platform::Timers& m_timers;
   const std::function<void()> m_rebuild;
-  std::unique_ptr<platform::Timer> m_updateTimer;
+  std::unique_ptr<platform::Timer> _updateTimer;
   std::shared_ptr<char> m_alive = std::make_shared<char>();
 };

@@ -2,20 +2,20 @@
 
 void DeviceSession::bind(const QString& root) {
   if (root.isNull())
-    mtp->setLocationID(locationID);
+    _mtpSDKWrapper->setLocationID(locationID);
   else
-    mtp->setLocationID(locationID, root);
+    _mtpSDKWrapper->setLocationID(locationID, root);
   if (ended)
-    mtp->setIsDetached(true); // binding has cleared it
+    _mtpSDKWrapper->setIsDetached(true); // binding has cleared it
 }
 
 void DeviceSession::selectStorage(const QString& root) {
-  rootPath = root;
-  const bool known = mtp->nodeKind(currentStorageNode) == MTPDEXT_NODE_STORAGE;
-  if (known && root == mtp->getCurrentRootPath())
+  _rootPath = root;
+  const bool known = _mtpSDKWrapper->nodeKind(_currentStorageNode) == MTPDEXT_NODE_STORAGE;
+  if (known && root == _mtpSDKWrapper->getCurrentRootPath())
     return;
   bind(root);
-  mtp->initializeNodeInfo(nullptr, &currentStorageNode, &currentFolderNode);
+  _mtpSDKWrapper->initializeNodeInfo(nullptr, &_currentStorageNode, &_currentFolderNode);
 }
 
 /// A place in the line, from its making to its end, whichever thread it ends on and whether it was used or not.

@@ -14,16 +14,16 @@
 /// One connection to a phone. What the browser keeps beside the access object belongs to the job whose turn it is.
 struct DeviceSession {
   DeviceSession(std::shared_ptr<MTPDextSDKWrapper> accessObject, QString location)
-      : mtp(std::move(accessObject))
+      : _mtpSDKWrapper(std::move(accessObject))
       , locationID(std::move(location)) {}
 
-  const std::shared_ptr<MTPDextSDKWrapper> mtp; ///< any thread; blocking operations in a job only
-  const QString locationID;                     ///< hexadecimal text
+  const std::shared_ptr<MTPDextSDKWrapper> _mtpSDKWrapper; ///< any thread; blocking operations in a job only
+  const QString locationID;                                ///< hexadecimal text
 
   /// The phone is gone or the connection was given up: work stops as soon as it can. Any thread.
   void end() {
     ended = true;
-    mtp->setIsDetached(true);
+    _mtpSDKWrapper->setIsDetached(true);
   }
   std::atomic<bool> ended{false}; // written by the main thread, once; polled by jobs
 
@@ -33,10 +33,10 @@ struct DeviceSession {
   void selectStorage(const QString& root);
 
   // In a job only.
-  QString rootPath;                                ///< `_rootPath`, the storage in use
-  std::int32_t currentMemoryType = 0;              ///< `objectType` of the item last listed
-  _MTP_STORAGE_NODE* currentStorageNode = nullptr; ///< a name, never followed
-  _MTP_FOLDER_NODE* currentFolderNode = nullptr;   ///< the folder last listed; a name, never followed
+  QString _rootPath;                                ///< the storage in use
+  std::int32_t _currentMemoryType = 0;              ///< `objectType` of the item last listed
+  _MTP_STORAGE_NODE* _currentStorageNode = nullptr; ///< a name, never followed
+  _MTP_FOLDER_NODE* _currentFolderNode = nullptr;   ///< the folder last listed; a name, never followed
 };
 
 /// Hands out turns. Jobs of all sessions of a window stand in one line, so that one connection's last work is over

@@ -80,8 +80,8 @@ DownloadDrag::DownloadDrag(SBrowserWindowController& window, std::shared_ptr<Dev
     : m_window(window)
     , m_queue(std::move(queue))
     , m_timers(timers)
-    , m_dragSource(std::make_unique<QWidget>(window.layout().outlineView))
-    , m_trashTarget(std::make_unique<TrashTarget>(window.layout().contentView)) {
+    , m_dragSource(std::make_unique<QWidget>(window.layout()._outlineView))
+    , m_trashTarget(std::make_unique<TrashTarget>(window.layout()._contentView)) {
   platform::assertMainThread();
   m_dragSource->hide();
 }
@@ -128,7 +128,7 @@ void DownloadDrag::dropped(const platform::DragDestination& destination, const I
     break;
   case Kind::Trash:
     _dragItems = items; // another drag may have begun since
-    m_window.layout().outlineView->draggedImage(QCursor::pos(), SOutlineView::kDragOperationDelete);
+    m_window.layout()._outlineView->draggedImage(QCursor::pos(), SOutlineView::kDragOperationDelete);
     break;
   case Kind::NoneCame:
     explainDrop(items);
@@ -235,7 +235,7 @@ void DownloadDrag::drapItemsToTarget(const Items& items, const QString& destinat
 void DownloadDrag::copySelectionTo() {
   platform::assertMainThread();
   Items items;
-  for (const QModelIndex& index : m_window.layout().outlineView->selectedRowIndexes())
+  for (const QModelIndex& index : m_window.layout()._outlineView->selectedRowIndexes())
     items.push_back(m_window.outlineModel().itemAtIndex(index));
   if (!items.empty())
     chooseFolder(topmost(items));

@@ -105,8 +105,8 @@ bool DownloadRun::copyFile(const SItem& file) {
     return false;
   }
   std::uint32_t error = DGSTATUS_UNSUCCESSFUL;
-  const bool copied = m_session.mtp->uploadFileFromMTP(file.nodeID(), file.filePath(), file.desPath(), QString(),
-                                                       ProgressContentsCallback, &m_run, error);
+  const bool copied = m_session._mtpSDKWrapper->uploadFileFromMTP(file.nodeID(), file.filePath(), file.desPath(),
+                                                                  QString(), ProgressContentsCallback, &m_run, error);
   if (copied) {
     setModificationDate(file.desPath(), file.dateModified());
     record(file, TransferOutcome::Copied);

@@ -102,13 +102,13 @@ bool ItemMutations::begin(const char* name, std::function<void(const Run&)> work
 
 std::vector<ItemMutations::ItemPointer> ItemMutations::selectedItems() const {
   std::vector<ItemPointer> items;
-  for (const QModelIndex& index : m_window.layout().outlineView->selectedRowIndexes())
+  for (const QModelIndex& index : m_window.layout()._outlineView->selectedRowIndexes())
     items.push_back(m_window.outlineModel().itemAtIndex(index));
   return items;
 }
 
 ItemMutations::ItemPointer ItemMutations::itemForNewFolder() const {
-  const SOutlineView& outline = *m_window.layout().outlineView;
+  const SOutlineView& outline = *m_window.layout()._outlineView;
   ItemPointer item = m_window.outlineModel().itemAtIndex(outline.indexAtRow(outline.getSelectedRowIndex()));
   if (!item)
     item = m_window.currentFolderItem();
@@ -158,7 +158,7 @@ void ItemMutations::createItemProc() {
   if (!parent)
     return;
   m_window.setDisableCaptureEvent(true);
-  const bool begun = begin("mtp-ask-name", [ask = m_window.layout().fileNameView->asker(), parent](const Run& run) {
+  const bool begun = begin("mtp-ask-name", [ask = m_window.layout()._fileNameView->asker(), parent](const Run& run) {
     QVariant name;
     const bool isConfirmed = ask({}, &name) == ui::ModalQuestion::kConfirmed;
     run.onMain([&](ItemMutations& self) {
@@ -185,13 +185,13 @@ void ItemMutations::__onCreateItemActionOnBackgroundThread(const QString& name, 
 }
 
 void ItemMutations::create(DeviceSession& session, const QString& name, const Target& parent, Creation& creation) {
-  MTPDextSDKWrapper& mtp = *session.mtp;
+  MTPDextSDKWrapper& mtp = *session._mtpSDKWrapper;
   if (creation.lister)
     creation.listing = creation.lister(session);
   session.selectStorage(parent.rootPath);
   _MTP_COMMON_NODE* node = nullptr;
   if (parent.isStorage)
-    node = reinterpret_cast<_MTP_COMMON_NODE*>(session.currentStorageNode);
+    node = reinterpret_cast<_MTP_COMMON_NODE*>(session._currentStorageNode);
   else
     node = mtp.getCommonNodeFromNodeID(parent.nodeID);
   if (node == nullptr)
@@ -226,7 +226,7 @@ void ItemMutations::insertFolder(const ItemPointer& parent, const MtpItemInfo& f
   const int listed = firstWhere([&](const ItemPointer& child) { return child->nodeID() == folder.NodeID; });
   const bool isListed = listed < children->count(); // the phone's change brought it here first
   const ItemPointer item = isListed ? children->at(listed) : makeFolder(folder, parent);
-  SOutlineView& outline = *m_window.layout().outlineView;
+  SOutlineView& outline = *m_window.layout()._outlineView;
   OutlineState state(outline, m_window.outlineModel());
   if (!isListed)
     m_window.outlineModel().insertChild(
@@ -248,7 +248,7 @@ void ItemMutations::changeItemNameProc() {
   if (items.empty())
     return;
   m_window.setDisableCaptureEvent(true);
-  const bool begun = begin("mtp-rename", [ask = m_window.layout().fileNameView->asker(), items](const Run& run) {
+  const bool begun = begin("mtp-rename", [ask = m_window.layout()._fileNameView->asker(), items](const Run& run) {
     for (const ItemPointer& item : items)
       if (!rename(run, item, ask))
         return;
@@ -270,12 +270,12 @@ bool ItemMutations::rename(const Run& run, const ItemPointer& item, const Asker&
   Target target;
   const bool isThere = run.onMain([&](ItemMutations& self) {
     target = self.targetOf(item);
-    self.m_window.layout().outlineView->collapse(self.m_window.outlineModel().indexOfItem(*item));
+    self.m_window.layout()._outlineView->collapse(self.m_window.outlineModel().indexOfItem(*item));
   });
   bool isRenamed = false;
   const auto renameOnPhone = [&](DeviceSession& session) {
     session.selectStorage(target.rootPath);
-    MTPDextSDKWrapper& mtp = *session.mtp;
+    MTPDextSDKWrapper& mtp = *session._mtpSDKWrapper;
     std::uint32_t error = DGSTATUS_UNSUCCESSFUL;
     isRenamed =
         mtp.renameItemAtPath(mtp.getCurrentDeviceNode(), mtp.getCurrentStorageNode(), target.filePath, newName, error);
@@ -307,7 +307,7 @@ void ItemMutations::deleteItemsProc() {
 void ItemMutations::deleteDrapItemsProc(const std::vector<ItemPointer>& items) {
   if (!canBegin() || items.empty())
     return;
-  SNoticeView& notice = *m_window.layout().noticeView;
+  SNoticeView& notice = *m_window.layout()._noticeView;
   m_window.changeEventRecieverObject(&notice);
   const bool begun = begin("mtp-delete", [ask = notice.asker(), sleep = m_sleep, items](const Run& run) {
     if (isDeletionWanted(ask, sleep))
@@ -340,7 +340,8 @@ void ItemMutations::remove(const Run& run, const std::vector<ItemPointer>& items
   auto shown = std::chrono::steady_clock::now();
   qint64 firstRow = -1;
   run.onMain([&](ItemMutations& self) {
-    firstRow = self.m_window.layout().outlineView->rowOfIndex(self.m_window.outlineModel().indexOfItem(*items.front()));
+    firstRow =
+        self.m_window.layout()._outlineView->rowOfIndex(self.m_window.outlineModel().indexOfItem(*items.front()));
   });
   for (const ItemPointer& item : items) {
     Target target;
@@ -357,7 +358,7 @@ void ItemMutations::remove(const Run& run, const std::vector<ItemPointer>& items
     bool isDeleted = false;
     const auto deleteOnPhone = [&](DeviceSession& session) {
       session.selectStorage(target.rootPath);
-      MTPDextSDKWrapper& mtp = *session.mtp;
+      MTPDextSDKWrapper& mtp = *session._mtpSDKWrapper;
       std::uint32_t error = DGSTATUS_UNSUCCESSFUL;
       isDeleted = mtp.deleteItemAtPath(mtp.getCurrentDeviceNode(), mtp.getStorageHeadNode(), target.nodeID,
                                        target.filePath, error);
@@ -401,6 +402,6 @@ void ItemMutations::showDeletions(const std::vector<ItemPointer>& parents, qint6
   for (const ItemPointer& parent : parents)
     m_window.expandItem(parent);
   if (!parents.empty())
-    m_window.layout().outlineView->setCurrentRow(firstRow); // what follows the deleted rows
+    m_window.layout()._outlineView->setCurrentRow(firstRow); // what follows the deleted rows
   m_window.changeEventRecieverObject(nullptr);
 }

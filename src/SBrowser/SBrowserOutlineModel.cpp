@@ -24,29 +24,29 @@ SSortDescriptor::Key keyOfColumn(int column) {
 
 SBrowserOutlineModel::SBrowserOutlineModel(QObject* parent)
     : QAbstractItemModel(parent)
-    , m_itemSource(std::make_shared<SItemArray>()) {}
+    , _itemSource(std::make_shared<SItemArray>()) {}
 
 void SBrowserOutlineModel::reloadData(const ItemPointer& folder) {
   platform::assertMainThread();
   beginResetModel();
-  m_isReloadingData = true;
-  const auto before = m_itemSource; // whoever still looks finds its items until the reset is over
+  _isReloadingData = true;
+  const auto before = _itemSource; // whoever still looks finds its items until the reset is over
   if (folder) {
     m_folder = folder;
-    m_itemSource =
+    _itemSource =
         folder->childObjects() ? std::make_shared<SItemArray>(*folder->childObjects()) : std::make_shared<SItemArray>();
-    m_itemSource->contentsChanged(); // a name may have changed since the array was sorted
+    _itemSource->contentsChanged(); // a name may have changed since the array was sorted
   }
   endResetModel();
-  m_isReloadingData = false;
+  _isReloadingData = false;
 }
 
 void SBrowserOutlineModel::removeAll() {
   platform::assertMainThread();
   beginResetModel();
-  const auto before = m_itemSource;
+  const auto before = _itemSource;
   m_folder.reset();
-  m_itemSource = std::make_shared<SItemArray>();
+  _itemSource = std::make_shared<SItemArray>();
   endResetModel();
 }
 
@@ -111,7 +111,7 @@ void SBrowserOutlineModel::itemRenamed(const SItem& item) {
   platform::assertMainThread();
   const ItemPointer parent = item.parentItem();
   if (parent && parent == m_folder) {
-    m_itemSource->contentsChanged();
+    _itemSource->contentsChanged();
     if (parent->childObjects())
       parent->childObjects()->contentsChanged();
   }
@@ -164,7 +164,7 @@ int SBrowserOutlineModel::rowCount(const QModelIndex& parent) const {
   if (parent.column() > 0)
     return 0;
   const SItem* const item = this->item(parent);
-  const SItemArray* const rows = item != nullptr ? item->childObjects().get() : m_itemSource.get();
+  const SItemArray* const rows = item != nullptr ? item->childObjects().get() : _itemSource.get();
   return rows != nullptr ? rows->count() : 0;
 }
 
@@ -176,7 +176,7 @@ bool SBrowserOutlineModel::hasChildren(const QModelIndex& parent) const {
   if (parent.column() > 0)
     return false;
   const SItem* const item = this->item(parent);
-  return item != nullptr ? isExpandable(*item) : !m_itemSource->isEmpty();
+  return item != nullptr ? isExpandable(*item) : !_itemSource->isEmpty();
 }
 
 QString SBrowserOutlineModel::text(const SItem& item, int column) const {
@@ -241,7 +241,7 @@ Qt::ItemFlags SBrowserOutlineModel::flags(const QModelIndex& index) const {
   if (item == nullptr)
     return Qt::NoItemFlags;
   Qt::ItemFlags flags = Qt::ItemIsEnabled | Qt::ItemIsDragEnabled;
-  flags.setFlag(Qt::ItemIsSelectable, !m_isReloadingData);
+  flags.setFlag(Qt::ItemIsSelectable, !_isReloadingData);
   flags.setFlag(Qt::ItemNeverHasChildren, !isExpandable(*item));
   return flags;
 }
@@ -252,7 +252,7 @@ void SBrowserOutlineModel::sort(int column, Qt::SortOrder order) {
   Q_EMIT layoutAboutToBeChanged({}, QAbstractItemModel::VerticalSortHint);
   const QModelIndexList before = persistentIndexList();
   m_sortDescriptor = descriptor;
-  m_itemSource->sort(m_sortDescriptor);
+  _itemSource->sort(m_sortDescriptor);
   QModelIndexList after;
   after.reserve(before.size());
   for (const QModelIndex& index : before)
@@ -267,7 +267,7 @@ SItem* SBrowserOutlineModel::item(const QModelIndex& index) const {
 
 SItemArray* SBrowserOutlineModel::rowsBelow(SItem* parent) const {
   if (parent == nullptr)
-    return m_itemSource.get();
+    return _itemSource.get();
   SItemArray* const children = parent->childObjects().get();
   if (children != nullptr)
     children->sort(m_sortDescriptor);

@@ -54,7 +54,7 @@ public:
   /// What rows are sorted by.
   const SSortDescriptor& sortDescriptor() const { return m_sortDescriptor; }
   /// While true no row can be selected: the rows are being replaced.
-  bool isReloadingData() const { return m_isReloadingData; }
+  bool isReloadingData() const { return _isReloadingData; }
 
   QModelIndex index(int row, int column, const QModelIndex& parent = {}) const override;
   QModelIndex parent(const QModelIndex& child) const override;
@@ -74,7 +74,7 @@ private:
   QString text(const SItem& item, int column) const;
 
   ItemPointer m_folder;
-  std::shared_ptr<SItemArray> m_itemSource; // the top level
+  std::shared_ptr<SItemArray> _itemSource; // the top level
   SSortDescriptor m_sortDescriptor;
-  bool m_isReloadingData = false;
+  bool _isReloadingData = false;
 };

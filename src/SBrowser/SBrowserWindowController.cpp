@@ -75,7 +75,7 @@ SBrowserWindowController::SBrowserWindowController(SBrowserDependencies dependen
   windowDidLoad();
   m_downloads = std::make_unique<DownloadDrag>(*this, m_queue, *m_dependencies.timers);
   connectCommands();
-  m_memory = std::make_unique<WindowMemory>(*window(), *m_layout->outlineView);
+  m_memory = std::make_unique<WindowMemory>(*window(), *m_layout->_outlineView);
   m_uploads = std::make_unique<Uploads>(*this, m_queue, m_dependencies);
   setCommandHandler(WindowCommand::Upload, [this] { m_uploads->chooseFiles(); });
   setCommandHandler(WindowCommand::UploadFolder, [this] { m_uploads->chooseFolder(); });
@@ -88,10 +88,10 @@ SBrowserWindowController::~SBrowserWindowController() {
   // An open menu gives the keyboard back to the rows when it goes: now, not while the window is taken apart.
   for (QMenu* const menu : window()->findChildren<QMenu*>())
     menu->close();
-  m_layout->outlineView->setOwnerDelegate(nullptr);
-  m_layout->outlineView->selectionModel()->disconnect(this);
-  m_layout->outlineView->removeEventFilter(this);
-  m_layout->outlineView->viewport()->removeEventFilter(this);
+  m_layout->_outlineView->setOwnerDelegate(nullptr);
+  m_layout->_outlineView->selectionModel()->disconnect(this);
+  m_layout->_outlineView->removeEventFilter(this);
+  m_layout->_outlineView->viewport()->removeEventFilter(this);
   m_events.dropTimer();
   if (m_session)
     m_session->end();
@@ -110,7 +110,7 @@ SBrowserWindowController::~SBrowserWindowController() {
 
 void SBrowserWindowController::awakeFromNib() {
   platform::assertMainThread();
-  SOutlineView& outline = *m_layout->outlineView;
+  SOutlineView& outline = *m_layout->_outlineView;
   outline.header()->setSortIndicator(-1, Qt::AscendingOrder); // nobody has asked for an order yet
   outline.setModel(m_model.get());
   outline.setOwnerDelegate(this);
@@ -121,7 +121,7 @@ void SBrowserWindowController::awakeFromNib() {
     if (m_isExpanding)
       return;
     if (!shouldExpandItem(m_model->itemAtIndex(index)))
-      m_layout->outlineView->collapse(index);
+      m_layout->_outlineView->collapse(index);
   });
   connect(m_layout.get(), &WindowLayout::toolbarClicked, this, &SBrowserWindowController::btnToolbar_clicked);
   for (SBrowserChildViewDelegate* const panel : panels())
@@ -192,7 +192,7 @@ void SBrowserWindowController::connected(const ConnectedDevice& device) {
   m_foldersToReenter.clear();
   showStoragesInMenu();
   m_queue->perform("mtp-storage", m_session, [root = _internalRootName](DeviceSession& session) {
-    session.bind(root.isNull() ? session.rootPath : root);
+    session.bind(root.isNull() ? session._rootPath : root);
   });
   setSelectedStorage(kInternalStorage);
 }
@@ -226,8 +226,8 @@ void SBrowserWindowController::showStorageButtons() {
     if (shown && !MTPSDKUtil::macOS11AndLater())
       WindowLayout::sizeToTitle(button);
   };
-  show(*m_layout->btn_InternalStorage, 0);
-  show(*m_layout->btn_ExternalStorage, 1);
+  show(*m_layout->_btn_InternalStorage, 0);
+  show(*m_layout->_btn_ExternalStorage, 1);
 }
 
 void SBrowserWindowController::resetBrowsingState() {
@@ -254,8 +254,8 @@ void SBrowserWindowController::setSelectedStorage(int storage) {
   // Registered before the listing takes its turn: what changes meanwhile is heard of.
   registerMtpNotice();
   gotoNewFolder(root);
-  m_layout->btn_InternalStorage->setIsSelected(!external);
-  m_layout->btn_ExternalStorage->setIsSelected(external);
+  m_layout->_btn_InternalStorage->setIsSelected(!external);
+  m_layout->_btn_ExternalStorage->setIsSelected(external);
   _currentSelectedStorage = external ? kExternalStorage : kInternalStorage;
   showStoragesInMenu();
 }
@@ -283,12 +283,12 @@ void SBrowserWindowController::folderEntered(const ItemPointer& item) {
   reloadDataOfOutlineView(item); // in the phone's order: clicking a header sorts
   if (m_appliesSorting) {
     m_appliesSorting = false;
-    const QHeaderView& header = *m_layout->outlineView->header();
-    m_layout->outlineView->sortByColumn(header.sortIndicatorSection(), header.sortIndicatorOrder());
+    const QHeaderView& header = *m_layout->_outlineView->header();
+    m_layout->_outlineView->sortByColumn(header.sortIndicatorSection(), header.sortIndicatorOrder());
   }
   if (!isBlocked()) { // a deletion leaves these two disabled for the folder it was in
-    m_layout->btn_Previous->setEnabled(true);
-    m_layout->btn_Next->setEnabled(true);
+    m_layout->_btn_Previous->setEnabled(true);
+    m_layout->_btn_Next->setEnabled(true);
     enableCommands();
   }
   Q_EMIT folderShown();
@@ -301,7 +301,7 @@ void SBrowserWindowController::reloadDataOfOutlineView(const ItemPointer& item) 
 void SBrowserWindowController::__reloadDataOfOutlineViewOnMainThread(const ItemPointer& item) {
   _currentFolderItem = item;
   m_layout->closeContextMenu(); // the row it was opened on is forgotten
-  SOutlineView& outline = *m_layout->outlineView;
+  SOutlineView& outline = *m_layout->_outlineView;
   if (!item || item == m_model->folder()) {
     OutlineState state(outline, *m_model);
     m_model->reloadData(item);
@@ -363,8 +363,8 @@ void SBrowserWindowController::__expandItemOnMainThread(const ItemPointer& item)
   const QModelIndex index = m_model->indexOfItem(*item);
   if (!index.isValid())
     return;
-  m_layout->outlineView->collapse(index);
-  m_layout->outlineView->expand(index);
+  m_layout->_outlineView->collapse(index);
+  m_layout->_outlineView->expand(index);
 }
 
 void SBrowserWindowController::reloadItemWithChildren(const ItemPointer& item) {
@@ -387,7 +387,7 @@ void SBrowserWindowController::reloadItem(const ItemPointer& item, bool withChil
   const QModelIndex index = m_model->indexOfItem(*item);
   if (!index.isValid())
     return;
-  SOutlineView& outline = *m_layout->outlineView;
+  SOutlineView& outline = *m_layout->_outlineView;
   m_isExpanding = true;
   outline.collapse(index);
   m_model->reloadItem(*item, withChildren);
@@ -451,10 +451,10 @@ bool SBrowserWindowController::eventFilter(QObject* watched, QEvent* event) {
   case QEvent::KeyPress: {
     const auto& press = static_cast<const QKeyEvent&>(*event);
     const bool isEnter = press.key() == Qt::Key_Return || press.key() == Qt::Key_Enter;
-    if (watched == m_layout->outlineView && isEnter && (press.modifiers() & ~Qt::KeypadModifier) == 0) {
+    if (watched == m_layout->_outlineView && isEnter && (press.modifiers() & ~Qt::KeypadModifier) == 0) {
       // A key still held down from before, in a panel perhaps, means no row.
       if (!isCovered() && !press.isAutoRepeat())
-        outlineViewRowDoubleClicked(m_layout->outlineView->currentIndex());
+        outlineViewRowDoubleClicked(m_layout->_outlineView->currentIndex());
       return true;
     }
     break;
@@ -462,7 +462,7 @@ bool SBrowserWindowController::eventFilter(QObject* watched, QEvent* event) {
   case QEvent::MouseButtonPress:
   case QEvent::MouseButtonDblClick: { // a fast second press
     const Qt::MouseButton button = static_cast<const QMouseEvent&>(*event).button();
-    if (watched == m_layout->outlineView->viewport() && (button == Qt::BackButton || button == Qt::ForwardButton)) {
+    if (watched == m_layout->_outlineView->viewport() && (button == Qt::BackButton || button == Qt::ForwardButton)) {
       performCommand(button == Qt::BackButton ? WindowCommand::Back : WindowCommand::Next);
       return true;
     }
@@ -490,11 +490,11 @@ bool SBrowserWindowController::eventFilter(QObject* watched, QEvent* event) {
 // ---- Commands ----
 
 std::array<QWidget*, 3> SBrowserWindowController::covers() const {
-  return {m_layout->ghostView, m_layout->loadingViewController->view(), m_layout->progressView};
+  return {m_layout->_ghostView, m_layout->_loadingViewController->view(), m_layout->_progressView};
 }
 
 void SBrowserWindowController::connectCommands() {
-  const SOutlineView& outline = *m_layout->outlineView;
+  const SOutlineView& outline = *m_layout->_outlineView;
   const WindowMenus& menus = *m_layout->menus;
   connect(&menus, &WindowMenus::triggered, this, &SBrowserWindowController::performCommand);
   connect(menus.contextMenu(), &QMenu::triggered, this, [this](const QAction* entry) {
@@ -524,7 +524,7 @@ void SBrowserWindowController::connectCommands() {
 
 void SBrowserWindowController::restoreSorting() {
   if (const auto sorting = WindowMemory::sorting()) {
-    m_layout->outlineView->sortByColumn(sorting->column, sorting->order);
+    m_layout->_outlineView->sortByColumn(sorting->column, sorting->order);
     m_appliesSorting = true;
   }
 }
@@ -540,7 +540,7 @@ void SBrowserWindowController::setCommandHandler(WindowCommand command, std::fun
   const bool anyInContextMenu = m_commandHandlers.contains(WindowCommand::NewFolder) ||
                                 m_commandHandlers.contains(WindowCommand::Rename) ||
                                 m_commandHandlers.contains(WindowCommand::Delete);
-  m_layout->outlineView->setOwnerMenu(anyInContextMenu ? m_layout->menus->contextMenu() : nullptr);
+  m_layout->_outlineView->setOwnerMenu(anyInContextMenu ? m_layout->menus->contextMenu() : nullptr);
   if (command == WindowCommand::NewFolder)
     m_layout->setNewFolderButtonShown(offered);
   enableCommands();
@@ -594,7 +594,7 @@ void SBrowserWindowController::performCommand(WindowCommand command) {
   platform::assertMainThread();
   if (!possibleCommands().contains(command))
     return;
-  SOutlineView& outline = *m_layout->outlineView;
+  SOutlineView& outline = *m_layout->_outlineView;
   switch (command) {
   case WindowCommand::NewFolder:
     outline.setSelectedRowIndex(-1); // in the current folder, whatever was right-clicked before
@@ -608,7 +608,7 @@ void SBrowserWindowController::performCommand(WindowCommand command) {
     runCommandHandler(command);
     break;
   case WindowCommand::CancelTransfer:
-    m_layout->progressView->btnCancel_Clicked(nullptr);
+    m_layout->_progressView->btnCancel_Clicked(nullptr);
     break;
   case WindowCommand::Quit:
     closeAllWindows();
@@ -620,16 +620,16 @@ void SBrowserWindowController::performCommand(WindowCommand command) {
     outlineViewRowDoubleClicked(outline.currentIndex());
     break;
   case WindowCommand::Back:
-    btnToolbar_clicked(m_layout->btn_Previous);
+    btnToolbar_clicked(m_layout->_btn_Previous);
     break;
   case WindowCommand::Next:
-    btnToolbar_clicked(m_layout->btn_Next);
+    btnToolbar_clicked(m_layout->_btn_Next);
     break;
   case WindowCommand::InternalStorage:
-    btnToolbar_clicked(m_layout->btn_InternalStorage);
+    btnToolbar_clicked(m_layout->_btn_InternalStorage);
     break;
   case WindowCommand::ExternalStorage:
-    btnToolbar_clicked(m_layout->btn_ExternalStorage);
+    btnToolbar_clicked(m_layout->_btn_ExternalStorage);
     break;
   case WindowCommand::Reload:
     reloadCurrentFolder();
@@ -664,7 +664,7 @@ void SBrowserWindowController::performCommand(WindowCommand command) {
 }
 
 void SBrowserWindowController::sortBy(int column) {
-  SOutlineView& outline = *m_layout->outlineView;
+  SOutlineView& outline = *m_layout->_outlineView;
   const QHeaderView& header = *outline.header();
   const bool turnRound = header.sortIndicatorSection() == column && header.sortIndicatorOrder() == Qt::AscendingOrder;
   outline.sortByColumn(column, turnRound ? Qt::DescendingOrder : Qt::AscendingOrder);
@@ -680,7 +680,7 @@ void SBrowserWindowController::reloadCurrentFolder() {
   updateMTPChangeProcess(); // the only way to make the phone tell anew
   if (selected < _staticSource.size() && item == _staticSource[selected])
     m_foldersToReenter = names;
-  m_appliesSorting = m_layout->outlineView->header()->sortIndicatorSection() >= 0;
+  m_appliesSorting = m_layout->_outlineView->header()->sortIndicatorSection() >= 0;
 }
 
 bool SBrowserWindowController::continueReloading(const ItemPointer& entered) {
@@ -698,15 +698,15 @@ bool SBrowserWindowController::continueReloading(const ItemPointer& entered) {
 }
 
 bool SBrowserWindowController::isBlocked() const {
-  return !m_layout->ghostView->isHidden() || !m_layout->progressView->isHidden();
+  return !m_layout->_ghostView->isHidden() || !m_layout->_progressView->isHidden();
 }
 
 bool SBrowserWindowController::isCovered() const {
-  return isBlocked() || !m_layout->loadingViewController->view()->isHidden();
+  return isBlocked() || !m_layout->_loadingViewController->view()->isHidden();
 }
 
 bool SBrowserWindowController::isAnySelectedRowProtected() const {
-  for (const QItemSelectionRange& range : m_layout->outlineView->selectionModel()->selection()) {
+  for (const QItemSelectionRange& range : m_layout->_outlineView->selectionModel()->selection()) {
     const ItemPointer folder = range.parent().isValid() ? m_model->itemAtIndex(range.parent()) : m_model->folder();
     // Only a storage's own top level holds protected folders: no need to look at all rows of another.
     if (!folder || !folder->isStorageRoot())
@@ -720,14 +720,14 @@ bool SBrowserWindowController::isAnySelectedRowProtected() const {
 
 WindowCommandSet SBrowserWindowController::possibleCommands() const {
   platform::assertMainThread();
-  const SOutlineView& outline = *m_layout->outlineView;
+  const SOutlineView& outline = *m_layout->_outlineView;
   WindowState state;
   state.showsPhone = !m_layout->scrollViewBrowser->isHidden();
-  state.isLoading = !m_layout->loadingViewController->view()->isHidden();
+  state.isLoading = !m_layout->_loadingViewController->view()->isHidden();
   state.isBlocked = isBlocked();
   state.isTransferring = transferRun() && !transferRun()->isStopped();
-  state.storagesEnabled = m_layout->btn_InternalStorage->isEnabled();
-  state.backAndNextEnabled = m_layout->btn_Previous->isEnabled();
+  state.storagesEnabled = m_layout->_btn_InternalStorage->isEnabled();
+  state.backAndNextEnabled = m_layout->_btn_Previous->isEnabled();
   state.storages = _staticSource.size();
   state.hasParent = _currentFolderItem && _currentFolderItem->parentItem();
   state.hasNext = _nextStack.count() > 0;
@@ -812,8 +812,8 @@ void SBrowserWindowController::showLoadingView() {
 }
 
 void SBrowserWindowController::__showLoadingViewOnMainThread() {
-  m_layout->cover(*m_layout->loadingViewController->view());
-  m_layout->loadingViewController->startAnimation();
+  m_layout->cover(*m_layout->_loadingViewController->view());
+  m_layout->_loadingViewController->startAnimation();
 }
 
 void SBrowserWindowController::hideLoadingView() {
@@ -821,17 +821,17 @@ void SBrowserWindowController::hideLoadingView() {
 }
 
 void SBrowserWindowController::__hideLoadingViewOnMainThread() {
-  m_layout->loadingViewController->view()->hide();
-  m_layout->loadingViewController->stopAnimation();
+  m_layout->_loadingViewController->view()->hide();
+  m_layout->_loadingViewController->stopAnimation();
   m_layout->giveKeyboardBack();
 }
 
 void SBrowserWindowController::setToolbarEnabled(bool storages, bool backAndNext) {
-  m_layout->btn_AddNewFolder->setEnabled(storages && m_commandHandlers.contains(WindowCommand::NewFolder));
-  m_layout->btn_InternalStorage->setEnabled(storages);
-  m_layout->btn_ExternalStorage->setEnabled(storages);
-  m_layout->btn_Previous->setEnabled(backAndNext);
-  m_layout->btn_Next->setEnabled(backAndNext);
+  m_layout->_btn_AddNewFolder->setEnabled(storages && m_commandHandlers.contains(WindowCommand::NewFolder));
+  m_layout->_btn_InternalStorage->setEnabled(storages);
+  m_layout->_btn_ExternalStorage->setEnabled(storages);
+  m_layout->_btn_Previous->setEnabled(backAndNext);
+  m_layout->_btn_Next->setEnabled(backAndNext);
   enableCommands();
 }
 
@@ -841,11 +841,11 @@ void SBrowserWindowController::setDisableCaptureEvent(bool disable) {
 
 void SBrowserWindowController::__setDisableCaptureEventOnMainThread(bool disable) {
   setToolbarEnabled(!disable, !disable);
-  m_layout->ghostView->setOwnerDelegate(nullptr);
+  m_layout->_ghostView->setOwnerDelegate(nullptr);
   if (disable) {
-    m_layout->cover(*m_layout->ghostView);
+    m_layout->cover(*m_layout->_ghostView);
   } else {
-    m_layout->ghostView->hide();
+    m_layout->_ghostView->hide();
     m_layout->giveKeyboardBack();
   }
 }
@@ -856,11 +856,11 @@ void SBrowserWindowController::changeEventRecieverObject(QObject* view) {
 
 void SBrowserWindowController::__changeEventRecieverObjectOnMainThread(QObject* view) {
   setToolbarEnabled(view == nullptr, false);
-  m_layout->ghostView->setOwnerDelegate(view);
+  m_layout->_ghostView->setOwnerDelegate(view);
   if (view != nullptr) {
-    m_layout->cover(*m_layout->ghostView);
+    m_layout->cover(*m_layout->_ghostView);
   } else {
-    m_layout->ghostView->hide();
+    m_layout->_ghostView->hide();
     m_layout->giveKeyboardBack();
   }
 }
@@ -905,7 +905,7 @@ void SBrowserWindowController::abandonTransfer() {
   if (!m_transfers->run())
     return;
   m_transfers->detach();
-  m_layout->progressView->hide();
+  m_layout->_progressView->hide();
   setDisableCaptureEvent(false);
 }
 
@@ -926,8 +926,8 @@ void SBrowserWindowController::updateMTPChangeProcess() {
   if (!m_session || m_session->ended || _staticSource.empty())
     return;
   m_queue->perform("mtp-reset", m_session, [root = _staticSource.front()->rootPath()](DeviceSession& session) {
-    session.mtp->mtpReset();
-    session.rootPath = root;
+    session._mtpSDKWrapper->mtpReset();
+    session._rootPath = root;
   });
   registerMtpNotice();
   resetOutlineView();
@@ -952,19 +952,20 @@ void SBrowserWindowController::deviceDisconnected() {
   showStoragesInMenu();
   enableCommands();
   if (m_session)
-    m_queue->performLast("mtp-release", m_session, [](DeviceSession& session) { session.mtp->removeMtpBrowser(); });
+    m_queue->performLast("mtp-release", m_session,
+                         [](DeviceSession& session) { session._mtpSDKWrapper->removeMtpBrowser(); });
   MTPB_LOG("Exit");
 }
 
 std::array<SBrowserChildViewDelegate*, 3> SBrowserWindowController::panels() const {
-  return {m_layout->fileNameView, m_layout->noticeView, m_layout->progressView};
+  return {m_layout->_fileNameView, m_layout->_noticeView, m_layout->_progressView};
 }
 
 void SBrowserWindowController::endQuestions() {
   // Whoever asks something has nobody to ask any more.
-  m_layout->fileNameView->cancelQuestion();
-  m_layout->noticeView->cancelQuestion();
-  m_layout->progressView->hide();
+  m_layout->_fileNameView->cancelQuestion();
+  m_layout->_noticeView->cancelQuestion();
+  m_layout->_progressView->hide();
 }
 
 void SBrowserWindowController::closeAllWindows() {

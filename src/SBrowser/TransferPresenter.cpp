@@ -32,8 +32,8 @@ std::shared_ptr<TransferRun> TransferPresenter::begin(const std::shared_ptr<Devi
   m_inhibition = m_window.inhibitSuspend ? m_window.inhibitSuspend() : nullptr;
   m_window.setIsTransferProcess(true);
   m_window.setDisableCaptureEvent(true);
-  m_layout.progressView->animationHidden(false, {});
-  m_layout.progressView->show();
+  m_layout._progressView->animationHidden(false, {});
+  m_layout._progressView->show();
   m_title = m_layout.window()->windowTitle();
   return m_run;
 }
@@ -44,7 +44,7 @@ void TransferPresenter::cancel() {
     return;
   m_run->cancel();
   m_window.setIsTransferProcess(false);
-  m_layout.progressView->hide();
+  m_layout._progressView->hide();
 }
 
 void TransferPresenter::detach() {
@@ -61,7 +61,7 @@ void TransferPresenter::setProgressInfo(const TransferRun& run, const QString& t
   platform::assertMainThread();
   if (&run != m_run.get() || run.isStopped())
     return;
-  SProgressView& panel = *m_layout.progressView;
+  SProgressView& panel = *m_layout._progressView;
   panel.setFileStatus(text);
   const std::uint64_t before = run.currentTransferSize();
   panel.setProgressInfo(before + std::min(currPos, std::numeric_limits<std::uint64_t>::max() - before),
@@ -89,7 +89,7 @@ void TransferPresenter::transferEnded(TransferRun& run) {
     return;
   m_window.setIsTransferProcess(false); // a download never says that it is complete
   forgetRun();
-  m_layout.progressView->hide();
+  m_layout._progressView->hide();
   m_window.setDisableCaptureEvent(false);
 }
 

@@ -170,32 +170,32 @@ TreeLoader::Source TreeLoader::sourceOf(const SItem& item) {
 
 std::uint32_t TreeLoader::listingStatus(DeviceSession& session, _MTP_FOLDER_NODE* folder,
                                         const std::function<bool()>& isWanted) {
-  MTPDextSDKWrapper& mtp = *session.mtp;
+  MTPDextSDKWrapper& mtp = *session._mtpSDKWrapper;
   const mtpDextProgressCallback callback = isWanted ? askWhetherWanted : nullptr;
   void* const context = const_cast<std::function<bool()>*>(&isWanted); // which only calls it
   const auto isFailure = [](std::uint32_t status) {
     return status != DGSTATUS_SUCCESS && status != DGSTATUS_NO_MORE_DATA; // the latter where there is nothing
   };
   _MTP_FOLDER_NODE* child = nullptr;
-  const std::uint32_t status = mtp.getMTPFolderListHead(folder, session.currentStorageNode, &child, callback, context);
+  const std::uint32_t status = mtp.getMTPFolderListHead(folder, session._currentStorageNode, &child, callback, context);
   if (isFailure(status))
     return status;
   _MTP_FILE_NODE* file = nullptr;
   auto* const parent = folder != nullptr ? reinterpret_cast<_MTP_COMMON_NODE*>(folder)
-                                         : reinterpret_cast<_MTP_COMMON_NODE*>(session.currentStorageNode);
+                                         : reinterpret_cast<_MTP_COMMON_NODE*>(session._currentStorageNode);
   const std::uint32_t fileStatus = mtp.getMTPFileListHead(parent, &file, callback, context);
   return isFailure(fileStatus) ? fileStatus : DGSTATUS_SUCCESS;
 }
 
 TreeLoader::Listing TreeLoader::list(DeviceSession& session, const Source& source, const ItemPointer& parent,
                                      const std::function<bool()>& isWanted) {
-  session.currentMemoryType = source.objectType;
+  session._currentMemoryType = source.objectType;
   session.selectStorage(source.rootPath);
-  MTPDextSDKWrapper& mtp = *session.mtp;
+  MTPDextSDKWrapper& mtp = *session._mtpSDKWrapper;
   Listing listing;
   const bool isRoot =
       source.objectType == SObjectTypeInternalStorage || source.objectType == SObjectTypeExternalStorage;
-  void* node = isRoot ? static_cast<void*>(session.currentStorageNode)
+  void* node = isRoot ? static_cast<void*>(session._currentStorageNode)
                       : static_cast<void*>(mtp.getCommonNodeFromNodeID(source.nodeID));
   if (node == nullptr && !isRoot) // the tree was built anew since: the path still names it
     node = PathWalk::nodeAt(mtp, mtp.getCurrentDeviceNode(), mtp.knownStorageHead(), source.filePath);
@@ -209,11 +209,11 @@ TreeLoader::Listing TreeLoader::list(DeviceSession& session, const Source& sourc
   std::optional<QList<MtpItemInfo>> entries;
   if (kind == MTPDEXT_NODE_STORAGE || kind == MTPDEXT_NODE_FOLDER) {
     auto* const folder = kind == MTPDEXT_NODE_FOLDER ? static_cast<_MTP_FOLDER_NODE*>(node) : nullptr;
-    session.currentFolderNode = folder;
+    session._currentFolderNode = folder;
     listing.status = listingStatus(session, folder, isWanted);
     if (listing.status != DGSTATUS_SUCCESS)
       return listing;
-    entries = mtp.getFilesAtFolder(folder, session.currentStorageNode, source.filePath);
+    entries = mtp.getFilesAtFolder(folder, session._currentStorageNode, source.filePath);
   } else {
     entries.emplace();
     if (source.objectType == SObjectTypeFolder) // a file took its place
@@ -258,12 +258,12 @@ void TreeLoader::finish(const RequestPointer& request, Listing listing) {
   if (!listing.nodeID.isNull())
     request->item->setNodeID(listing.nodeID);
   if (request->kind == Request::Enter)
-    finishEntering(request, std::move(listing));
+    __gotoNewFolderProc(request, std::move(listing));
   else
     finishExpanding(request, std::move(listing));
 }
 
-void TreeLoader::finishEntering(const RequestPointer& request, Listing listing) {
+void TreeLoader::__gotoNewFolderProc(const RequestPointer& request, Listing listing) {
   const ItemPointer& item = request->item;
   if (request->overtaken && !listing.children)
     return;

@@ -77,7 +77,8 @@ private:
                       const std::function<bool()>& isWanted = {});
   void start(const RequestPointer& request);
   void finish(const RequestPointer& request, Listing listing);
-  void finishEntering(const RequestPointer& request, Listing listing);
+  /// `__gotoNewFolderProc:` Its end, on the main thread: what the worker listed becomes the folder that is shown.
+  void __gotoNewFolderProc(const RequestPointer& request, Listing listing);
   void finishExpanding(const RequestPointer& request, Listing listing);
   void overtakeAll();
   void end(const RequestPointer& request);

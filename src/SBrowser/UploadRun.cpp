@@ -81,13 +81,13 @@ void UploadRun::lookAtTarget() {
 void UploadRun::listTarget() {
   m_queue->performHere(m_run->session(), [this](DeviceSession& session) {
     session.selectStorage(m_rootPath);
-    MTPDextSDKWrapper& mtp = *session.mtp;
+    MTPDextSDKWrapper& mtp = *session._mtpSDKWrapper;
     if (targetNode(mtp) == nullptr)
       return;
     if (TreeLoader::listingStatus(session, targetFolder(mtp), [this] { return !m_run->isStopped(); }) ==
         DGSTATUS_IO_CANCEL)
       return;
-    const auto entries = mtp.getFilesAtFolder(targetFolder(mtp), session.currentStorageNode, m_drapAndDropPath);
+    const auto entries = mtp.getFilesAtFolder(targetFolder(mtp), session._currentStorageNode, m_drapAndDropPath);
     for (const MtpItemInfo& entry : entries.value_or(QList<MtpItemInfo>()))
       if (const QString name = entry.FileName.value_or(QString()); name != u"..")
         m_targetChildren.append({nullptr, name, entry.NodeID, entry.FilePath.value_or(QString()), entry.FileLength,
@@ -261,11 +261,11 @@ std::uint32_t UploadRun::replace(DeviceSession& session, const STransferItem& en
     return DGSTATUS_FILE_OPEN_FAILED;
   if (!hasRoom(session, entry, namesakes))
     return DGSTATUS_STORAGE_FULL;
-  if (session.currentStorageNode == nullptr) { // a phone that did not answer about its room
+  if (session._currentStorageNode == nullptr) { // a phone that did not answer about its room
     session.selectStorage(m_rootPath);
     return DGSTATUS_INTERNAL_DEVICE_NOT_RESPONSE;
   }
-  MTPDextSDKWrapper& mtp = *session.mtp;
+  MTPDextSDKWrapper& mtp = *session._mtpSDKWrapper;
   for (const Child& child : std::as_const(namesakes)) {
     if (m_run->isStopped())
       return DGSTATUS_IO_CANCEL;
@@ -307,15 +307,15 @@ bool UploadRun::hasRoom(DeviceSession& session, const STransferItem& entry, cons
   if (!free || suffices(*free))
     return true;
   for (const Child& child : replaced)
-    if (suffices(sizeBelow(*session.mtp, child, wanted - room)))
+    if (suffices(sizeBelow(*session._mtpSDKWrapper, child, wanted - room)))
       return true;
   return false;
 }
 
 std::optional<std::uint64_t> UploadRun::freeSpace(DeviceSession& session) const {
   // Listed anew: what is known of a storage is as old as its listing.
-  session.mtp->initializeNodeInfo(nullptr, &session.currentStorageNode, &session.currentFolderNode);
-  for (const MtpStorageInfo& storage : session.mtp->storageInfoLists().value_or(QList<MtpStorageInfo>()))
+  session._mtpSDKWrapper->initializeNodeInfo(nullptr, &session._currentStorageNode, &session._currentFolderNode);
+  for (const MtpStorageInfo& storage : session._mtpSDKWrapper->storageInfoLists().value_or(QList<MtpStorageInfo>()))
     if (storage.volumePath == m_rootPath && storage.TotalSpace > 0)
       return storage.UsedSize - kUsedSizeBeyondFreeSpace;
   return std::nullopt;
@@ -358,7 +358,7 @@ void UploadRun::forget(const Child& child) {
 }
 
 std::uint32_t UploadRun::sendFolder(DeviceSession& session, const STransferItem& entry) {
-  MTPDextSDKWrapper& mtp = *session.mtp;
+  MTPDextSDKWrapper& mtp = *session._mtpSDKWrapper;
   _MTP_COMMON_NODE* parent = makeTarget(mtp);
   // Without the target the storage's top level would be meant, and a namesake there is no folder of this upload.
   if (parent != nullptr && !entry.subFolderPath().isNull())
@@ -380,7 +380,7 @@ std::uint32_t UploadRun::sendFolder(DeviceSession& session, const STransferItem&
 }
 
 std::uint32_t UploadRun::sendFile(DeviceSession& session, const STransferItem& entry) {
-  MTPDextSDKWrapper& mtp = *session.mtp;
+  MTPDextSDKWrapper& mtp = *session._mtpSDKWrapper;
   const QString subFolder = entry.subFolderPath();
   std::uint32_t status = DGSTATUS_SUCCESS;
   QString nodeID;

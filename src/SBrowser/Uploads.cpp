@@ -43,7 +43,7 @@ Uploads::Uploads(SBrowserWindowController& window, std::shared_ptr<DeviceQueue> 
     : m_window(window)
     , m_queue(std::move(queue))
     , m_startWorker(dependencies.startWorker)
-    , m_drop(*window.layout().outlineView, *dependencies.timers, dropOwner())
+    , m_drop(*window.layout()._outlineView, *dependencies.timers, dropOwner())
     , m_timers(*dependencies.timers) {}
 
 Uploads::~Uploads() {
@@ -60,7 +60,7 @@ UploadDrop::Owner Uploads::dropOwner() {
   owner.isReady = [window] {
     const WindowLayout& layout = window->layout();
     return window->currentFolderItem() && !layout.scrollViewBrowser->isHidden() &&
-           layout.loadingViewController->view()->isHidden() && !window->isBlocked();
+           layout._loadingViewController->view()->isHidden() && !window->isBlocked();
   };
   owner.validateDrop = [this, itemAt](const QModelIndex& row, bool isFromTree) {
     return validateDrop(itemAt(row), -1, isFromTree).copies;
@@ -215,6 +215,6 @@ void Uploads::uploadCompleted() {
 
 void Uploads::expandDropped(const ItemPointer& item) {
   const QModelIndex row = m_window.outlineModel().indexOfItem(*item);
-  if (row.isValid() && item->isExpandable() && !m_window.layout().outlineView->isExpanded(row))
-    m_window.layout().outlineView->expand(row);
+  if (row.isValid() && item->isExpandable() && !m_window.layout()._outlineView->isExpanded(row))
+    m_window.layout()._outlineView->expand(row);
 }

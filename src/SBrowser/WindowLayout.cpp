@@ -99,7 +99,7 @@ WindowLayout::WindowLayout(platform::Timers& timers)
 }
 
 WindowLayout::~WindowLayout() {
-  contentView->removeEventFilter(this);
+  _contentView->removeEventFilter(this);
   menus.reset(); // before the window
 }
 
@@ -137,30 +137,30 @@ void WindowLayout::buildToolbar() {
   const bool mirrored = ui::isRTLLayout();
   const QString towardsStart = QStringLiteral("toolbar_back");
   const QString towardsEnd = QStringLiteral("toolbar_next");
-  btn_Previous = addNavigationButton(QStringLiteral("btn_back"), mirrored ? towardsEnd : towardsStart,
-                                     localized("accessible_back"), nullptr);
-  btn_Next = addNavigationButton(QStringLiteral("btn_next"), mirrored ? towardsStart : towardsEnd,
-                                 localized("accessible_next"), nullptr);
-  for (NavigationButton* const button : {btn_Previous, btn_Next})
+  _btn_Previous = addNavigationButton(QStringLiteral("btn_back"), mirrored ? towardsEnd : towardsStart,
+                                      localized("accessible_back"), nullptr);
+  _btn_Next = addNavigationButton(QStringLiteral("btn_next"), mirrored ? towardsStart : towardsEnd,
+                                  localized("accessible_next"), nullptr);
+  for (NavigationButton* const button : {_btn_Previous, _btn_Next})
     connect(button, &NavigationButton::hovered, this, &WindowLayout::navigationHovered);
   toolbar->addSeparator();
-  btn_InternalStorage =
-      addStorageButton(QStringLiteral("btn_InternalStorage"), QStringLiteral("Phone"), &m_internalItem);
-  btn_ExternalStorage =
-      addStorageButton(QStringLiteral("btn_ExternalStorage"), QStringLiteral("Card"), &m_externalItem);
+  _btn_InternalStorage =
+      addStorageButton(QStringLiteral("btn_InternalStorage"), QStringLiteral("Phone"), &_item_InternalStorage);
+  _btn_ExternalStorage =
+      addStorageButton(QStringLiteral("btn_ExternalStorage"), QStringLiteral("Card"), &_item_ExternalStorage);
   toolbar->addWidget(makeSpace(toolbar));
-  btn_AddNewFolder = addNavigationButton(QStringLiteral("btn_AddNewFolder"), QStringLiteral("toolbar_new_folder"),
-                                         localized("MNU_AddNewFolder"), &m_addNewFolderItem);
+  _btn_AddNewFolder = addNavigationButton(QStringLiteral("btn_AddNewFolder"), QStringLiteral("toolbar_new_folder"),
+                                          localized("MNU_AddNewFolder"), &m_addNewFolderItem);
   setNewFolderButtonShown(false);
 }
 
 void WindowLayout::buildContent(platform::Timers& timers) {
-  contentView = new QWidget(m_window.get());
-  auto* const column = new QVBoxLayout(contentView);
+  _contentView = new QWidget(m_window.get());
+  auto* const column = new QVBoxLayout(_contentView);
   column->setContentsMargins(0, 0, 0, 0);
   column->setSpacing(0);
 
-  paths = new PathField(contentView);
+  paths = new PathField(_contentView);
   paths->setReadOnly(true);
   paths->setFrame(false);
   paths->setFont(SFont::sharedInstance().fontWithPixelSize(12, false));
@@ -170,37 +170,37 @@ void WindowLayout::buildContent(platform::Timers& timers) {
   paths->setAccessibleName(localized("accessible_path"));
   column->addWidget(paths);
 
-  outlineView = new SOutlineView(contentView);
-  outlineView->awakeFromNib();
-  outlineView->setAccessibleName(localized("accessible_files"));
-  outlineView->header()->setAccessibleName(localized("accessible_columns"));
-  scrollViewBrowser = outlineView;
-  column->addWidget(outlineView, 1);
+  _outlineView = new SOutlineView(_contentView);
+  _outlineView->awakeFromNib();
+  _outlineView->setAccessibleName(localized("accessible_files"));
+  _outlineView->header()->setAccessibleName(localized("accessible_columns"));
+  scrollViewBrowser = _outlineView;
+  column->addWidget(_outlineView, 1);
 
   buildWelcome();
   column->addWidget(welcomeView, 1);
 
-  ghostView = new SGhostView(contentView);
-  ghostView->setAccessibleName(localized("accessible_waiting")); // for a copy, a question, a new folder
-  ghostView->hide();
-  loadingViewController = std::make_unique<SLoadingAniViewController>(contentView->rect(), contentView, timers);
-  loadingViewController->view()->hide();
-  loadingViewController->view()->setAccessibleName(localized("accessible_loading"));
-  fileNameView = new SFileNameView(contentView);
-  progressView = new SProgressView(contentView);
-  progressView->hide();
-  noticeView = new SNoticeView(contentView);
+  _ghostView = new SGhostView(_contentView);
+  _ghostView->setAccessibleName(localized("accessible_waiting")); // for a copy, a question, a new folder
+  _ghostView->hide();
+  _loadingViewController = std::make_unique<SLoadingAniViewController>(_contentView->rect(), _contentView, timers);
+  _loadingViewController->view()->hide();
+  _loadingViewController->view()->setAccessibleName(localized("accessible_loading"));
+  _fileNameView = new SFileNameView(_contentView);
+  _progressView = new SProgressView(_contentView);
+  _progressView->hide();
+  _noticeView = new SNoticeView(_contentView);
   // In the smallest window every panel is whole.
   QSize smallest(0, 0);
-  for (const QWidget* const panel : std::initializer_list<QWidget*>{fileNameView, progressView, noticeView})
+  for (const QWidget* const panel : std::initializer_list<QWidget*>{_fileNameView, _progressView, _noticeView})
     smallest = smallest.expandedTo(panel->size());
-  contentView->setMinimumSize(smallest + QSize(2 * kPanelMargin, kPanelMargin));
-  contentView->installEventFilter(this);
-  m_window->setCentralWidget(contentView);
+  _contentView->setMinimumSize(smallest + QSize(2 * kPanelMargin, kPanelMargin));
+  _contentView->installEventFilter(this);
+  m_window->setCentralWidget(_contentView);
 }
 
 void WindowLayout::buildWelcome() {
-  welcomeView = new QWidget(contentView);
+  welcomeView = new QWidget(_contentView);
   auto* const column = new QVBoxLayout(welcomeView);
   column->setContentsMargins(32, 32, 32, 32);
   column->addStretch(2);
@@ -254,36 +254,37 @@ void WindowLayout::setStorageButton(SToolbarButton& button, bool shown, const QS
   button.setToolTip(ui::singleLineText(title).toHtmlEscaped());
   button.setEnabled(shown);
   button.updateGeometry();
-  (&button == btn_InternalStorage ? m_internalItem : m_externalItem)->setVisible(shown);
+  (&button == _btn_InternalStorage ? _item_InternalStorage : _item_ExternalStorage)->setVisible(shown);
 }
 
 void WindowLayout::setNewFolderButtonShown(bool shown) {
   platform::assertMainThread();
-  btn_AddNewFolder->setEnabled(shown);
+  _btn_AddNewFolder->setEnabled(shown);
   m_addNewFolderItem->setVisible(shown);
 }
 
 void WindowLayout::cover(QWidget& overlay) {
   platform::assertMainThread();
-  overlay.setGeometry(contentView->rect());
+  overlay.setGeometry(_contentView->rect());
   overlay.show();
   overlay.raise();
   // A panel that is there already is used above the cover.
-  fileNameView->raise();
-  progressView->raise();
-  noticeView->raise();
+  _fileNameView->raise();
+  _progressView->raise();
+  _noticeView->raise();
   closeContextMenu();
   giveKeyboardBack();
 }
 
 QWidget* WindowLayout::frontmost() const {
-  for (ui::QuestionPanel* const panel : std::initializer_list<ui::QuestionPanel*>{noticeView, fileNameView})
+  for (ui::QuestionPanel* const panel : std::initializer_list<ui::QuestionPanel*>{_noticeView, _fileNameView})
     if (panel->isReachable())
       return panel;
-  for (QWidget* const cover : std::initializer_list<QWidget*>{progressView, loadingViewController->view(), ghostView})
+  for (QWidget* const cover :
+       std::initializer_list<QWidget*>{_progressView, _loadingViewController->view(), _ghostView})
     if (!cover->isHidden())
       return cover;
-  return outlineView;
+  return _outlineView;
 }
 
 void WindowLayout::giveKeyboardBack() {
@@ -291,21 +292,21 @@ void WindowLayout::giveKeyboardBack() {
   QWidget* const front = frontmost();
   if (front->isAncestorOf(m_window->focusWidget()))
     return; // a panel's control keeps it
-  if (front == fileNameView)
-    fileNameView->txtNewName()->setFocus();
+  if (front == _fileNameView)
+    _fileNameView->txtNewName()->setFocus();
   else
     front->setFocus();
 }
 
 void WindowLayout::closeContextMenu() {
   platform::assertMainThread();
-  outlineView->closeContextMenu();
+  _outlineView->closeContextMenu();
 }
 
 bool WindowLayout::eventFilter(QObject* watched, QEvent* event) {
-  if (watched == contentView && event->type() == QEvent::Resize) {
-    ghostView->setGeometry(contentView->rect());
-    loadingViewController->setLoadingFrame(contentView->rect());
+  if (watched == _contentView && event->type() == QEvent::Resize) {
+    _ghostView->setGeometry(_contentView->rect());
+    _loadingViewController->setLoadingFrame(_contentView->rect());
   }
   return QObject::eventFilter(watched, event);
 }

@@ -56,22 +56,22 @@ public:
 
   // Owned by the window.
   QToolBar* toolbar = nullptr;
-  NavigationButton* btn_Previous = nullptr;
-  NavigationButton* btn_Next = nullptr;
-  NavigationButton* btn_AddNewFolder = nullptr; ///< shown while a new folder can be made
-  SToolbarButton* btn_InternalStorage = nullptr;
-  SToolbarButton* btn_ExternalStorage = nullptr;
-  QWidget* contentView = nullptr;
+  NavigationButton* _btn_Previous = nullptr;
+  NavigationButton* _btn_Next = nullptr;
+  NavigationButton* _btn_AddNewFolder = nullptr; ///< shown while a new folder can be made
+  SToolbarButton* _btn_InternalStorage = nullptr;
+  SToolbarButton* _btn_ExternalStorage = nullptr;
+  QWidget* _contentView = nullptr;
   QWidget* welcomeView = nullptr;
   QLabel* welcomeTfield = nullptr;
   QLineEdit* paths = nullptr;
   QWidget* scrollViewBrowser = nullptr; ///< what encloses the tree
-  SOutlineView* outlineView = nullptr;
-  SGhostView* ghostView = nullptr;
-  SFileNameView* fileNameView = nullptr;
-  SNoticeView* noticeView = nullptr;
-  SProgressView* progressView = nullptr;
-  std::unique_ptr<SLoadingAniViewController> loadingViewController;
+  SOutlineView* _outlineView = nullptr;
+  SGhostView* _ghostView = nullptr;
+  SFileNameView* _fileNameView = nullptr;
+  SNoticeView* _noticeView = nullptr;
+  SProgressView* _progressView = nullptr;
+  std::unique_ptr<SLoadingAniViewController> _loadingViewController;
   std::unique_ptr<WindowMenus> menus;
 
 Q_SIGNALS:
@@ -93,7 +93,7 @@ private:
   SToolbarButton* addStorageButton(const QString& identifier, const QString& title, QAction** action);
 
   std::unique_ptr<QMainWindow> m_window;
-  QAction* m_internalItem = nullptr; // what shows or hides a widget of a toolbar
-  QAction* m_externalItem = nullptr;
+  QAction* _item_InternalStorage = nullptr; // what shows or hides a widget of a toolbar
+  QAction* _item_ExternalStorage = nullptr;
   QAction* m_addNewFolderItem = nullptr;
 };

@@ -122,7 +122,7 @@ protected:
   }
 
   SBrowserOutlineModel& model() const { return controller->outlineModel(); }
-  SOutlineView& outline() const { return *controller->layout().outlineView; }
+  SOutlineView& outline() const { return *controller->layout()._outlineView; }
   QStringList rows(const QModelIndex& parent = {}) const {
     QStringList names;
     for (int row = 0; row < model().rowCount(parent); ++row)

@@ -47,7 +47,7 @@ TEST_F(DeviceQueueTest, JobsOfASessionThatEndedDoNotRunButForItsLastOnes) {
   EXPECT_EQ(ran, 0);
   EXPECT_TRUE(last);
   EXPECT_TRUE(otherRan);
-  EXPECT_TRUE(session->mtp->isDetached());
+  EXPECT_TRUE(session->_mtpSDKWrapper->isDetached());
 }
 
 TEST_F(DeviceQueueTest, AJobThatGetsNoThreadDoesNotHoldUpTheOthers) {
@@ -78,7 +78,7 @@ TEST_F(DeviceQueueTest, AJobHereWaitsForThoseBeforeIt) {
 TEST_F(DeviceQueueTest, BindingASessionThatEndedLeavesItDetached) {
   session->end();
   session->bind();
-  EXPECT_TRUE(session->mtp->isDetached());
+  EXPECT_TRUE(session->_mtpSDKWrapper->isDetached());
 }
 
 } // namespace

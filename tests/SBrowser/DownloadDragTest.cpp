@@ -102,7 +102,7 @@ TEST_F(Dragging, TheTrashIsThereOnlyWhileRowsAreDragged) {
   downloads().writeItems({itemNamed(QStringLiteral("readme.txt"))});
   EXPECT_TRUE(downloads().trashTarget()->isHidden());
   downloads().trashTarget()->appear();
-  const QRect content = controller->layout().contentView->rect();
+  const QRect content = controller->layout()._contentView->rect();
   const QRect target = downloads().trashTarget()->geometry();
   EXPECT_TRUE(content.contains(target));
   EXPECT_LE(qAbs(content.center().x() - target.center().x()), 1);

@@ -96,7 +96,7 @@ protected:
       lines << outcome.name + u' ' + QLatin1StringView(kinds[outcome.kind]);
     return lines;
   }
-  bool isPanelShown() const { return !controller->layout().progressView->isHidden(); }
+  bool isPanelShown() const { return !controller->layout()._progressView->isHidden(); }
   bool isFree() const { return !controller->isBlocked() && !isPanelShown() && !controller->transferRun(); }
 
   QTemporaryDir folder;
@@ -223,7 +223,7 @@ TEST_F(Download, AFolderThatCouldNotBeListedWhenItWasEnteredIsCopiedWithAllItHol
 
 TEST_F(Download, CanceledWhileAFolderIsListedThePhoneIsAskedNoMore) {
   sdk->setHook(Operation::GetFolderListHead, [this] {
-    platform::runOnMainAndWait([this] { controller->onProgressActionCanceled(controller->layout().progressView); });
+    platform::runOnMainAndWait([this] { controller->onProgressActionCanceled(controller->layout()._progressView); });
   });
   const int asked = sdk->calls(Operation::GetFileListHead);
   ASSERT_TRUE(copy({QStringLiteral("DCIM")}));
@@ -604,7 +604,7 @@ protected:
 } // namespace
 
 TEST_P(DownloadStopped, ByTheCancelButton) {
-  copyUntil([this] { controller->onProgressActionCanceled(controller->layout().progressView); });
+  copyUntil([this] { controller->onProgressActionCanceled(controller->layout()._progressView); });
   expectOnlyWholeFiles();
   EXPECT_TRUE(isFree());
   EXPECT_EQ(lastTransfer().last(), QStringLiteral("readme.txt canceled"));
@@ -729,7 +729,7 @@ TEST_F(DownloadToTrash, TheDragsDeleteOperationDeletesWhatIsDragged) {
 
 TEST_F(DownloadToTrash, DeletingIsConfirmedUnlessTheUserWantedNoMoreOfThat) {
   platform::userDefaults::setValue(QStringLiteral("BTUI_Delet_Window_Close"), false);
-  SNoticeView& notice = *controller->layout().noticeView;
+  SNoticeView& notice = *controller->layout()._noticeView;
   for (const bool confirmed : {false, true}) {
     downloads().writeItems(items({QStringLiteral("readme.txt")}));
     downloads().performDragOperationDelete();

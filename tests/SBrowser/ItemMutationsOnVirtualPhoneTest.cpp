@@ -1,90 +1,28 @@
 // Creating, renaming and deleting in the window, with the real engine and a phone on a wire in memory.
-#include "MTPCore/MTPDextSDKWrapper.h"
-#include "MTPCore/TessalyMtpSdk.h"
-#include "Platform/UserDefaults.h"
-#include "Platform/Workers.h"
 #include "SBrowser/ItemMutations.h"
-#include "SBrowser/SBrowserOutlineModel.h"
-#include "SBrowser/SBrowserWindowController.h"
 #include "SBrowser/WindowLayout.h"
-#include "TessalyMTPSdk/Engine.h"
 #include "UI/Controls/SOutlineView.h"
 #include "UI/FileNameView/SFileNameView.h"
 #include "UI/NoticeView/SNoticeView.h"
-#include "VirtualPhone/VirtualPhone.h"
+#include "support/WindowOnVirtualPhone.h"
 
-#include <QDir>
-#include <QFile>
 #include <QLineEdit>
 #include <QPushButton>
-#include <QTemporaryDir>
-#include <QTest>
 
 #include <gtest/gtest.h>
 
-#include <memory>
-
 namespace {
 
-class ItemMutationsOnVirtualPhone : public testing::Test {
+class ItemMutationsOnVirtualPhone : public testing::Test, protected testsupport::WindowOnVirtualPhone {
 protected:
-  static constexpr int kPatience = 60'000; // ms
-
   void SetUp() override {
-    platform::userDefaults::useFile(defaults.filePath(QStringLiteral("defaults.conf")));
-    mtp::setLog([](mtp::LogLevel, const std::string&) {});
-    mtp::setUsbEnabled(false);
-    write(QStringLiteral("DCIM/Camera/one.jpg"));
-    write(QStringLiteral("DCIM/Camera/two.jpg"));
-    write(QStringLiteral("Papers/letter.txt"));
-    write(QStringLiteral("Papers/old/receipt.txt"));
-    write(QStringLiteral("note.txt"));
-    vphone::Options options;
-    options.model = "SM-X";
-    options.locationId = 0x14200000;
-    options.storages = {{.folder = folder.path().toStdString(), .description = "Phone"}};
-    phone = std::make_unique<vphone::VirtualPhone>(options);
-    phone->plug();
-    mtp::addProvider(phone->provider());
-    SBrowserDependencies dependencies = SBrowserDependencies::ofProgram();
-    dependencies.createAccessObject = [] {
-      return std::make_shared<MTPDextSDKWrapper>(std::make_shared<TessalyMtpSdk>());
-    };
-    controller = std::make_unique<SBrowserWindowController>(dependencies);
-    controller->showWindow();
-    controller->connectDevice(QStringLiteral("14200000"));
-    ASSERT_TRUE(QTest::qWaitFor([&] { return controller->outlineModel().rowCount() == 3; }, kPatience));
-    ASSERT_TRUE(settle());
+    for (const char* path :
+         {"DCIM/Camera/one.jpg", "DCIM/Camera/two.jpg", "Papers/letter.txt", "Papers/old/receipt.txt", "note.txt"})
+      write(onPhone, QString::fromLatin1(path), "content");
+    showPhone(3);
   }
-  void TearDown() override {
-    controller.reset();
-    EXPECT_TRUE(QTest::qWaitFor([] { return platform::runningWorkers() == 0; }, kPatience));
-    mtp::shutdown();
-    mtp::setUsbEnabled(true);
-    mtp::setLog({});
-    platform::userDefaults::useFile({});
-  }
-
-  void write(const QString& path) {
-    const QFileInfo info(folder.filePath(path));
-    ASSERT_TRUE(QDir().mkpath(info.path()));
-    QFile file(info.filePath());
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    ASSERT_EQ(file.write("content"), 7);
-  }
-  bool exists(const QString& path) const { return QFileInfo::exists(folder.filePath(path)); }
-  static bool settle() {
-    return QTest::qWaitFor([] { return platform::runningWorkers() == 0; }, kPatience);
-  }
-
-  SOutlineView& outline() const { return *controller->layout().outlineView; }
-  QModelIndex row(const QString& name, const QModelIndex& parent = {}) const {
-    const SBrowserOutlineModel& model = controller->outlineModel();
-    for (int row = 0; row < model.rowCount(parent); ++row)
-      if (const QModelIndex index = model.index(row, kFileName, parent); index.data() == name)
-        return index;
-    return {};
-  }
+  bool exists(const QString& path) const { return QFileInfo::exists(onPhone.filePath(path)); }
+  SOutlineView& outline() const { return *controller->layout()._outlineView; }
   void select(const QList<QModelIndex>& indexes) {
     outline().selectionModel()->clearSelection();
     for (const QModelIndex& index : indexes) {
@@ -97,7 +35,7 @@ protected:
     ASSERT_TRUE(settle());
   }
   void enterName(const QString& name) {
-    SFileNameView& panel = *controller->layout().fileNameView;
+    SFileNameView& panel = *controller->layout()._fileNameView;
     ASSERT_TRUE(QTest::qWaitFor([&] { return panel.isReachable() && panel.isAsking(); }, kPatience));
     panel.txtNewName()->selectAll();
     if (name.isEmpty())
@@ -110,16 +48,12 @@ protected:
   }
   void deleteSelected() {
     QTest::keyClick(&outline(), Qt::Key_Delete);
-    SNoticeView& panel = *controller->layout().noticeView;
+    SNoticeView& panel = *controller->layout()._noticeView;
     ASSERT_TRUE(QTest::qWaitFor([&] { return panel.isReachable() && panel.isAsking(); }, kPatience));
     QTest::mouseClick(panel.btnOK(), Qt::LeftButton);
     ASSERT_TRUE(settle());
     EXPECT_FALSE(controller->isBlocked());
   }
-
-  QTemporaryDir defaults, folder;
-  std::unique_ptr<vphone::VirtualPhone> phone;
-  std::unique_ptr<SBrowserWindowController> controller;
 };
 
 TEST_F(ItemMutationsOnVirtualPhone, AFolderIsMadeRenamedFilledAndDeleted) {
@@ -166,7 +100,7 @@ TEST_F(ItemMutationsOnVirtualPhone, AnEmptyNameMakesNothingAndRenamesNothing) {
   enterName(QString());
   EXPECT_TRUE(row(QStringLiteral("note.txt")).isValid());
   EXPECT_TRUE(exists(QStringLiteral("note.txt")));
-  EXPECT_EQ(QDir(folder.path()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot).size(), 3);
+  EXPECT_EQ(QDir(onPhone.path()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot).size(), 3);
 }
 
 TEST_F(ItemMutationsOnVirtualPhone, ANameThatExistsIsNotTakenTwice) {
@@ -193,7 +127,7 @@ TEST_F(ItemMutationsOnVirtualPhone, FoldersAreDeletedWithWhatTheyHoldAndNothingE
 TEST_F(ItemMutationsOnVirtualPhone, APhoneUnpluggedWhileAQuestionIsOpenLeavesTheWindowUsable) {
   select({row(QStringLiteral("note.txt"))});
   QTest::keyClick(&outline(), Qt::Key_Delete);
-  SNoticeView& panel = *controller->layout().noticeView;
+  SNoticeView& panel = *controller->layout()._noticeView;
   ASSERT_TRUE(QTest::qWaitFor([&] { return panel.isReachable() && panel.isAsking(); }, kPatience));
   phone->unplug();
   QTest::mouseClick(panel.btnOK(), Qt::LeftButton);

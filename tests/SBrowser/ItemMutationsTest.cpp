@@ -28,8 +28,8 @@ using testing::ElementsAre;
 class ItemMutationsTest : public BrowserFixture {
 protected:
   WindowLayout& layout() const { return controller->layout(); }
-  SFileNameView& namePanel() const { return *layout().fileNameView; }
-  SNoticeView& notice() const { return *layout().noticeView; }
+  SFileNameView& namePanel() const { return *layout()._fileNameView; }
+  SNoticeView& notice() const { return *layout()._noticeView; }
   std::vector<std::string> contents(FakeMtpSdk::Handle folder) const { return sdk->contents(folder); }
 
   void expand(const QString& name) {
@@ -169,7 +169,7 @@ TEST_F(ItemMutationsTest, AFolderMadeInACollapsedFolderIsShownInIt) {
 TEST_F(ItemMutationsTest, TheToolbarsButtonMakesAFolderInTheCurrentOneWhateverWasRightClicked) {
   connectPhone();
   outline().menuForEvent(outline().visualRect(row(QStringLiteral("DCIM"))).center());
-  QTest::mouseClick(layout().btn_AddNewFolder, Qt::LeftButton);
+  QTest::mouseClick(layout()._btn_AddNewFolder, Qt::LeftButton);
   makeFolder(QStringLiteral("top"));
   EXPECT_EQ(rows(), QStringList({"DCIM", "Empty", "top", "readme.txt"}));
 }
@@ -402,7 +402,7 @@ TEST_F(ItemMutationsTest, TheConfirmationIsAnsweredByKeysThatReachTheCover) {
   select({row(QStringLiteral("readme.txt"))});
   controller->performCommand(WindowCommand::Delete);
   ASSERT_NO_FATAL_FAILURE(awaitConfirmation());
-  QTest::keyClick(layout().ghostView, Qt::Key_Return);
+  QTest::keyClick(layout()._ghostView, Qt::Key_Return);
   ASSERT_TRUE(settle());
   EXPECT_EQ(rows(), QStringList({"DCIM", "Empty"}));
 }

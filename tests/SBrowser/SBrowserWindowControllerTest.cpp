@@ -26,7 +26,7 @@ class SBrowserWindowControllerTest : public BrowserFixture {
 protected:
   WindowLayout& layout() const { return controller->layout(); }
   QString title() const { return controller->window()->windowTitle(); }
-  QWidget& loadingView() const { return *layout().loadingViewController->view(); }
+  QWidget& loadingView() const { return *layout()._loadingViewController->view(); }
   void press(int key, Qt::KeyboardModifiers modifiers = {}) {
     QTest::keyClick(&outline(), static_cast<Qt::Key>(key), modifiers);
     ASSERT_TRUE(settle());
@@ -66,7 +66,7 @@ TEST_F(SBrowserWindowControllerTest, AConnectedPhoneShowsItsNameItsStorageAndIts
   EXPECT_TRUE(outline().isVisible());
   EXPECT_EQ(rows(), QStringList({"DCIM", "Empty", "readme.txt"}));
   EXPECT_EQ(layout().paths->text(), QStringLiteral("/M/Phone"));
-  EXPECT_TRUE(layout().btn_InternalStorage->isSelected());
+  EXPECT_TRUE(layout()._btn_InternalStorage->isSelected());
   EXPECT_EQ(controller->currentSelectedStorage(), 1);
 }
 
@@ -89,11 +89,11 @@ TEST_F(SBrowserWindowControllerTest, StorageRootsCarryPathKindAndTheStoragesNode
 
 TEST_F(SBrowserWindowControllerTest, APhoneWithOneStorageShowsOnlyTheInternalButton) {
   connectPhone();
-  EXPECT_TRUE(layout().btn_InternalStorage->isVisible());
-  EXPECT_TRUE(layout().btn_InternalStorage->isEnabled());
-  EXPECT_EQ(layout().btn_InternalStorage->text(), QStringLiteral("Phone"));
-  EXPECT_FALSE(layout().btn_ExternalStorage->isVisible());
-  EXPECT_FALSE(layout().btn_ExternalStorage->isEnabled());
+  EXPECT_TRUE(layout()._btn_InternalStorage->isVisible());
+  EXPECT_TRUE(layout()._btn_InternalStorage->isEnabled());
+  EXPECT_EQ(layout()._btn_InternalStorage->text(), QStringLiteral("Phone"));
+  EXPECT_FALSE(layout()._btn_ExternalStorage->isVisible());
+  EXPECT_FALSE(layout()._btn_ExternalStorage->isEnabled());
 }
 
 TEST_F(SBrowserWindowControllerTest, AThirdStorageGetsNoButton) {
@@ -102,9 +102,9 @@ TEST_F(SBrowserWindowControllerTest, AThirdStorageGetsNoButton) {
   sdk->addStorage(device, 0x00010002, QStringLiteral("Second"));
   connect();
   EXPECT_EQ(controller->staticSource().size(), 3U);
-  EXPECT_EQ(layout().btn_InternalStorage->text(), QStringLiteral("Phone"));
-  EXPECT_EQ(layout().btn_ExternalStorage->text(), QStringLiteral("Second"));
-  EXPECT_TRUE(layout().btn_ExternalStorage->isVisible());
+  EXPECT_EQ(layout()._btn_InternalStorage->text(), QStringLiteral("Phone"));
+  EXPECT_EQ(layout()._btn_ExternalStorage->text(), QStringLiteral("Second"));
+  EXPECT_TRUE(layout()._btn_ExternalStorage->isVisible());
 }
 
 TEST_F(SBrowserWindowControllerTest, APhoneWithOnlyACardShowsIt) {
@@ -112,7 +112,7 @@ TEST_F(SBrowserWindowControllerTest, APhoneWithOnlyACardShowsIt) {
   addCard();
   connect();
   EXPECT_EQ(rows(), QStringList({"Backup", "song.mp3"}));
-  EXPECT_EQ(layout().btn_InternalStorage->text(), QStringLiteral("Card"));
+  EXPECT_EQ(layout()._btn_InternalStorage->text(), QStringLiteral("Card"));
 }
 
 TEST_F(SBrowserWindowControllerTest, WithoutStoragesTenAttemptsAreMadeAndTheWindowStaysInTheWelcomeState) {
@@ -201,7 +201,7 @@ TEST_F(SBrowserWindowControllerTest, ADetachAtTheVeryEndOfConnectingEndsItToo) {
 TEST_F(SBrowserWindowControllerTest, ConnectingAgainStartsAnew) {
   connectPhone();
   enter(QStringLiteral("DCIM"));
-  click(layout().btn_Previous);
+  click(layout()._btn_Previous);
   EXPECT_EQ(controller->nextStack().count(), 1);
   connect();
   EXPECT_EQ(currentFolder(), QStringLiteral("Phone"));
@@ -215,7 +215,7 @@ TEST_F(SBrowserWindowControllerTest, AHostileDeviceNameStaysOnTheTitlesOneLine) 
   connect();
   EXPECT_FALSE(title().contains(u'\n'));
   EXPECT_LT(title().size(), 3000);
-  EXPECT_LT(layout().btn_InternalStorage->width(), 600);
+  EXPECT_LT(layout()._btn_InternalStorage->width(), 600);
 }
 
 // ---- Storages and folders ----
@@ -224,14 +224,14 @@ TEST_F(SBrowserWindowControllerTest, TheStorageButtonsSwitchBetweenTheStorages) 
   addPhone();
   addCard();
   connect();
-  click(layout().btn_ExternalStorage);
+  click(layout()._btn_ExternalStorage);
   EXPECT_EQ(rows(), QStringList({"Backup", "song.mp3"}));
-  EXPECT_TRUE(layout().btn_ExternalStorage->isSelected());
-  EXPECT_FALSE(layout().btn_InternalStorage->isSelected());
+  EXPECT_TRUE(layout()._btn_ExternalStorage->isSelected());
+  EXPECT_FALSE(layout()._btn_InternalStorage->isSelected());
   EXPECT_EQ(controller->currentSelectedStorage(), 2);
-  click(layout().btn_InternalStorage);
+  click(layout()._btn_InternalStorage);
   EXPECT_EQ(rows(), QStringList({"DCIM", "Empty", "readme.txt"}));
-  EXPECT_TRUE(layout().btn_InternalStorage->isSelected());
+  EXPECT_TRUE(layout()._btn_InternalStorage->isSelected());
   EXPECT_EQ(controller->currentSelectedStorage(), 1);
 }
 
@@ -239,7 +239,7 @@ TEST_F(SBrowserWindowControllerTest, TheStorageThatIsShownIsNotEnteredAgain) {
   connectPhone();
   const int listings = sdk->calls(Operation::GetFolderListHead);
   const int registrations = sdk->calls(Operation::RequestEventNotifyEx);
-  click(layout().btn_InternalStorage);
+  click(layout()._btn_InternalStorage);
   EXPECT_EQ(sdk->calls(Operation::GetFolderListHead), listings);
   EXPECT_EQ(sdk->calls(Operation::RequestEventNotifyEx), registrations);
 }
@@ -257,7 +257,7 @@ TEST_F(SBrowserWindowControllerTest, AFolderOfTheOtherStorageIsListedOnThatStora
   addCard();
   connect();
   const ItemPointer dcimItem = itemNamed(QStringLiteral("DCIM"));
-  click(layout().btn_ExternalStorage);
+  click(layout()._btn_ExternalStorage);
   controller->gotoNewFolder(dcimItem);
   ASSERT_TRUE(settle());
   EXPECT_EQ(rows(), QStringList({"Camera", "a.jpg", "b.jpg"}));
@@ -298,7 +298,7 @@ TEST_F(SBrowserWindowControllerTest, ADoubleClickOnEmptySpaceDoesNothing) {
 TEST_F(SBrowserWindowControllerTest, AListedFolderIsEnteredAgainWithoutAskingThePhone) {
   connectPhone();
   enter(QStringLiteral("DCIM"));
-  click(layout().btn_Previous);
+  click(layout()._btn_Previous);
   const int listings = sdk->calls(Operation::GetFolderListHead);
   enter(QStringLiteral("DCIM"));
   EXPECT_EQ(rows(), QStringList({"Camera", "a.jpg", "b.jpg"}));
@@ -402,15 +402,15 @@ TEST_F(SBrowserWindowControllerTest, BackAndNextWalkTheFoldersThatWereEntered) {
   connectPhone();
   enter(QStringLiteral("DCIM"));
   enter(QStringLiteral("Camera"));
-  click(layout().btn_Previous);
+  click(layout()._btn_Previous);
   EXPECT_EQ(currentFolder(), QStringLiteral("DCIM"));
-  click(layout().btn_Previous);
+  click(layout()._btn_Previous);
   EXPECT_EQ(currentFolder(), QStringLiteral("Phone"));
-  click(layout().btn_Next);
+  click(layout()._btn_Next);
   EXPECT_EQ(currentFolder(), QStringLiteral("DCIM"));
-  click(layout().btn_Next);
+  click(layout()._btn_Next);
   EXPECT_EQ(currentFolder(), QStringLiteral("Camera"));
-  click(layout().btn_Next);
+  click(layout()._btn_Next);
   EXPECT_EQ(currentFolder(), QStringLiteral("Camera"));
 }
 
@@ -421,43 +421,43 @@ TEST_F(SBrowserWindowControllerTest, EveryClickOnBackAndNextIsAStepHoweverFast) 
   const auto clickFast = [](const QWidget& button) {
     testsupport::click(button, button.rect().center(), Qt::LeftButton, testsupport::kFast);
   };
-  clickFast(*layout().btn_Previous);
-  clickFast(*layout().btn_Previous);
+  clickFast(*layout()._btn_Previous);
+  clickFast(*layout()._btn_Previous);
   EXPECT_EQ(currentFolder(), QStringLiteral("Phone"));
-  clickFast(*layout().btn_Next);
-  clickFast(*layout().btn_Next);
+  clickFast(*layout()._btn_Next);
+  clickFast(*layout()._btn_Next);
   EXPECT_EQ(currentFolder(), QStringLiteral("Camera"));
   ASSERT_TRUE(settle());
 }
 
 TEST_F(SBrowserWindowControllerTest, BackAndNextThatADeletionDisabledWorkAgainInTheNextFolder) {
   connectPhone();
-  controller->changeEventRecieverObject(layout().noticeView);
+  controller->changeEventRecieverObject(layout()._noticeView);
   controller->changeEventRecieverObject(nullptr);
-  EXPECT_FALSE(layout().btn_Previous->isEnabled());
-  EXPECT_FALSE(layout().btn_Next->isEnabled());
+  EXPECT_FALSE(layout()._btn_Previous->isEnabled());
+  EXPECT_FALSE(layout()._btn_Next->isEnabled());
   enter(QStringLiteral("DCIM"));
-  EXPECT_TRUE(layout().btn_Previous->isEnabled());
-  EXPECT_TRUE(layout().btn_Next->isEnabled());
+  EXPECT_TRUE(layout()._btn_Previous->isEnabled());
+  EXPECT_TRUE(layout()._btn_Next->isEnabled());
   EXPECT_TRUE(controller->possibleCommands().contains(WindowCommand::Back));
 }
 
 TEST_F(SBrowserWindowControllerTest, AFolderThatIsShownBelowAQuestionDoesNotEnableBackAndNext) {
   connectPhone();
-  controller->changeEventRecieverObject(layout().noticeView);
+  controller->changeEventRecieverObject(layout()._noticeView);
   controller->gotoNewFolder(itemNamed(QStringLiteral("DCIM")));
   ASSERT_TRUE(settle());
   ASSERT_EQ(currentFolder(), QStringLiteral("DCIM"));
-  EXPECT_FALSE(layout().btn_Previous->isEnabled());
-  EXPECT_FALSE(layout().btn_Next->isEnabled());
+  EXPECT_FALSE(layout()._btn_Previous->isEnabled());
+  EXPECT_FALSE(layout()._btn_Next->isEnabled());
 }
 
 TEST_F(SBrowserWindowControllerTest, BackAtAStorageRootDoesNothingAndLeavesTheHistoryUnchanged) {
   connectPhone();
   enter(QStringLiteral("DCIM"));
-  click(layout().btn_Previous);
+  click(layout()._btn_Previous);
   EXPECT_EQ(controller->nextStack().count(), 1);
-  click(layout().btn_Previous);
+  click(layout()._btn_Previous);
   EXPECT_EQ(currentFolder(), QStringLiteral("Phone"));
   EXPECT_EQ(controller->nextStack().count(), 1);
 }
@@ -465,7 +465,7 @@ TEST_F(SBrowserWindowControllerTest, BackAtAStorageRootDoesNothingAndLeavesTheHi
 TEST_F(SBrowserWindowControllerTest, ADoubleClickEmptiesTheHistory) {
   connectPhone();
   enter(QStringLiteral("DCIM"));
-  click(layout().btn_Previous);
+  click(layout()._btn_Previous);
   enter(QStringLiteral("readme.txt"));
   EXPECT_EQ(controller->nextStack().count(), 0);
 }
@@ -473,7 +473,7 @@ TEST_F(SBrowserWindowControllerTest, ADoubleClickEmptiesTheHistory) {
 TEST_F(SBrowserWindowControllerTest, FoldersThatLeftTheTreeLeaveTheHistory) {
   connectPhone();
   enter(QStringLiteral("DCIM"));
-  click(layout().btn_Previous);
+  click(layout()._btn_Previous);
   EXPECT_EQ(controller->nextStack().count(), 1);
   controller->resetOutlineView();
   ASSERT_TRUE(settle());
@@ -596,7 +596,7 @@ TEST_F(SBrowserWindowControllerTest, TheMousesBackButtonGoesBackHoweverFastItIsP
   ASSERT_TRUE(settle());
   doubleClick(QStringLiteral("Camera"));
   ASSERT_TRUE(settle());
-  QWidget* const rows = layout().outlineView->viewport();
+  QWidget* const rows = layout()._outlineView->viewport();
   QTest::mousePress(rows, Qt::BackButton);
   ASSERT_TRUE(settle());
   EXPECT_EQ(controller->currentFolderItem()->fileName(), QStringLiteral("DCIM"));
@@ -608,12 +608,12 @@ TEST_F(SBrowserWindowControllerTest, TheMousesBackButtonGoesBackHoweverFastItIsP
 TEST_F(SBrowserWindowControllerTest, LeavingTheBackButtonEndsTheDragHover) {
   controller->setIsDropOvering(true);
   QEvent leave(QEvent::Leave);
-  QCoreApplication::sendEvent(layout().btn_Previous, &leave);
+  QCoreApplication::sendEvent(layout()._btn_Previous, &leave);
   EXPECT_FALSE(controller->isDropOvering());
 }
 
 TEST_F(SBrowserWindowControllerTest, ThePointerOverBackAndNextShowsAPlateBehindThem) {
-  for (NavigationButton* const button : {layout().btn_Previous, layout().btn_Next}) {
+  for (NavigationButton* const button : {layout()._btn_Previous, layout()._btn_Next}) {
     QEnterEvent enterEvent({5, 5}, {5, 5}, {5, 5});
     QCoreApplication::sendEvent(button, &enterEvent);
     EXPECT_TRUE(button->isHighlighted());
@@ -632,7 +632,7 @@ TEST_F(SBrowserWindowControllerTest, TheLoadingViewCoversTheContentWhileAFolderI
   sdk->setHook(Operation::GetFolderListHead, [&] { gate.pass(); });
   doubleClick(QStringLiteral("DCIM"));
   EXPECT_TRUE(loadingView().isVisible());
-  EXPECT_EQ(loadingView().geometry(), layout().contentView->rect());
+  EXPECT_EQ(loadingView().geometry(), layout()._contentView->rect());
   EXPECT_EQ(rows(), QStringList({"DCIM", "Empty", "readme.txt"}));
   gate.open();
   ASSERT_TRUE(settle());
@@ -666,7 +666,7 @@ TEST_F(SBrowserWindowControllerTest, GoingBackDuringASlowListingIsNotUndoneByIt)
   sdk->setHook(Operation::GetFolderListHead, [&] { gate.pass(); });
   doubleClick(QStringLiteral("Camera"));
   ASSERT_TRUE(waitUntil([&] { return gate.waiting() == 1; }));
-  controller->btnToolbar_clicked(layout().btn_Previous);
+  controller->btnToolbar_clicked(layout()._btn_Previous);
   EXPECT_EQ(currentFolder(), QStringLiteral("Phone")); // at once: nothing is needed of the phone
   EXPECT_TRUE(loadingView().isHidden());
   gate.open();
@@ -686,7 +686,7 @@ TEST_F(SBrowserWindowControllerTest, SwitchingBackToAStorageDuringTheOthersListi
   gate.open();
   ASSERT_TRUE(settle());
   EXPECT_EQ(currentFolder(), QStringLiteral("Phone"));
-  EXPECT_TRUE(layout().btn_InternalStorage->isSelected());
+  EXPECT_TRUE(layout()._btn_InternalStorage->isSelected());
 }
 
 TEST_F(SBrowserWindowControllerTest, EnteringTheSameFolderTwiceListsItOnce) {
@@ -815,28 +815,28 @@ TEST_F(SBrowserWindowControllerTest, BlockingTheWindowDisablesTheButtonsAndShows
   connect();
   controller->setDisableCaptureEvent(true);
   for (QAbstractButton* const button : std::initializer_list<QAbstractButton*>{
-           layout().btn_InternalStorage, layout().btn_ExternalStorage, layout().btn_Previous, layout().btn_Next})
+           layout()._btn_InternalStorage, layout()._btn_ExternalStorage, layout()._btn_Previous, layout()._btn_Next})
     EXPECT_FALSE(button->isEnabled());
-  EXPECT_TRUE(layout().ghostView->isVisible());
-  EXPECT_EQ(layout().ghostView->geometry(), layout().contentView->rect());
+  EXPECT_TRUE(layout()._ghostView->isVisible());
+  EXPECT_EQ(layout()._ghostView->geometry(), layout()._contentView->rect());
   controller->setDisableCaptureEvent(false);
   for (QAbstractButton* const button : std::initializer_list<QAbstractButton*>{
-           layout().btn_InternalStorage, layout().btn_ExternalStorage, layout().btn_Previous, layout().btn_Next})
+           layout()._btn_InternalStorage, layout()._btn_ExternalStorage, layout()._btn_Previous, layout()._btn_Next})
     EXPECT_TRUE(button->isEnabled());
-  EXPECT_TRUE(layout().ghostView->isHidden());
+  EXPECT_TRUE(layout()._ghostView->isHidden());
 }
 
 TEST_F(SBrowserWindowControllerTest, GivingUpAnEventReceiverLeavesBackAndNextDisabled) {
   connectPhone();
   QObject receiver;
   controller->changeEventRecieverObject(&receiver);
-  EXPECT_TRUE(layout().ghostView->isVisible());
-  EXPECT_FALSE(layout().btn_InternalStorage->isEnabled());
+  EXPECT_TRUE(layout()._ghostView->isVisible());
+  EXPECT_FALSE(layout()._btn_InternalStorage->isEnabled());
   controller->changeEventRecieverObject(nullptr);
-  EXPECT_TRUE(layout().ghostView->isHidden());
-  EXPECT_TRUE(layout().btn_InternalStorage->isEnabled());
-  EXPECT_FALSE(layout().btn_Previous->isEnabled());
-  EXPECT_FALSE(layout().btn_Next->isEnabled());
+  EXPECT_TRUE(layout()._ghostView->isHidden());
+  EXPECT_TRUE(layout()._btn_InternalStorage->isEnabled());
+  EXPECT_FALSE(layout()._btn_Previous->isEnabled());
+  EXPECT_FALSE(layout()._btn_Next->isEnabled());
 }
 
 TEST_F(SBrowserWindowControllerTest, ExpandItemShowsTheCurrentFolderAnewAndOpensAnyOther) {
@@ -941,14 +941,14 @@ TEST_F(SBrowserWindowControllerTest, ARebuildKeepsTheExternalStorageThatIsShown)
   addPhone();
   addCard();
   connect();
-  click(layout().btn_ExternalStorage);
+  click(layout()._btn_ExternalStorage);
   sdk->addFile(card, QStringLiteral("zebra.mp3"));
   sdk->sendEvent(device, DeviceEvents::kObjectAdded);
   timers.advance(DeviceEvents::kQuietPeriod);
   ASSERT_TRUE(settle());
   EXPECT_EQ(currentFolder(), QStringLiteral("Card"));
   EXPECT_EQ(rows(), QStringList({"Backup", "song.mp3", "zebra.mp3"}));
-  EXPECT_TRUE(layout().btn_ExternalStorage->isSelected());
+  EXPECT_TRUE(layout()._btn_ExternalStorage->isSelected());
 }
 
 TEST_F(SBrowserWindowControllerTest, ARebuildFreesTheOldTree) {

@@ -42,7 +42,7 @@ protected:
     run->end();
     QCoreApplication::sendPostedEvents();
   }
-  bool isPanelShown() const { return layout.progressView->isVisible(); }
+  bool isPanelShown() const { return layout._progressView->isVisible(); }
   QString title() const { return layout.window()->windowTitle(); }
 
   platform::ManualTimers timers;

@@ -1,34 +1,24 @@
 // Uploads and downloads from the window, with the real engine and a phone on a wire in memory, to which something
 // happens at each of its operations in turn: whatever it is, no half file stays under its name on either side, nothing
 // is told as copied that is not there, and the window does the next transfer.
-#include "MTPCore/MTPDextSDKWrapper.h"
-#include "MTPCore/TessalyMtpSdk.h"
-#include "Platform/UserDefaults.h"
-#include "Platform/Workers.h"
 #include "SBrowser/DownloadDrag.h"
-#include "SBrowser/SBrowserOutlineModel.h"
-#include "SBrowser/SBrowserWindowController.h"
 #include "SBrowser/TransferPresenter.h"
 #include "SBrowser/Uploads.h"
 #include "SBrowser/WindowLayout.h"
-#include "TessalyMTPSdk/Engine.h"
-#include "VirtualPhone/VirtualPhone.h"
+#include "support/WindowOnVirtualPhone.h"
 
-#include <QDir>
 #include <QDirIterator>
-#include <QFile>
 #include <QMap>
 #include <QMessageBox>
 #include <QPushButton>
-#include <QTemporaryDir>
-#include <QTest>
 
 #include <gtest/gtest.h>
 
 #include <chrono>
-#include <memory>
 #include <optional>
 #include <ostream>
+
+using testsupport::pattern;
 
 namespace {
 
@@ -42,14 +32,7 @@ std::ostream& operator<<(std::ostream& out, Trouble trouble) {
 
 using Tree = QMap<QString, QByteArray>; // path and content; a folder's path ends with a slash
 
-QByteArray pattern(int size) {
-  QByteArray bytes(size, '\0');
-  for (int i = 0; i < size; ++i)
-    bytes[i] = char(unsigned(i) * 131 + unsigned(i) / 251);
-  return bytes;
-}
-
-void write(const QString& folder, const Tree& tree) {
+void writeTree(const QString& folder, const Tree& tree) {
   for (auto entry = tree.begin(); entry != tree.end(); ++entry) {
     const QFileInfo place(folder + u'/' + entry.key());
     ASSERT_TRUE(QDir().mkpath(place.path()));
@@ -61,7 +44,7 @@ void write(const QString& folder, const Tree& tree) {
   }
 }
 
-Tree read(const QString& folder) {
+Tree readTree(const QString& folder) {
   Tree tree;
   QDirIterator entries(folder, QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot, QDirIterator::Subdirectories);
   while (entries.hasNext()) {
@@ -78,10 +61,9 @@ Tree read(const QString& folder) {
   return tree;
 }
 
-class TransferSweep : public testing::TestWithParam<Trouble> {
+class TransferSweep : public testing::TestWithParam<Trouble>, protected testsupport::WindowOnVirtualPhone {
 protected:
-  static constexpr int kPatience = 60'000; // ms
-  static constexpr int kFolders = 40;      // on the phone, each for one transfer: more than it has operations
+  static constexpr int kFolders = 40; // on the phone, each for one transfer: more than it has operations
 
   // What is copied into a folder, or out of it; "note" is there already.
   const Tree copied{{"Tree/", {}},      {"Tree/a.txt", "letter a"},
@@ -89,55 +71,17 @@ protected:
                     {"Tree/void/", {}}, {"note", "the new note"}};
   const QByteArray oldNote = "old";
 
-  void SetUp() override {
-    platform::userDefaults::useFile(defaults.filePath(QStringLiteral("defaults.conf")));
-    mtp::setLog([](mtp::LogLevel, const std::string&) {});
-    mtp::setUsbEnabled(false);
-  }
-  void TearDown() override {
-    controller.reset();
-    EXPECT_TRUE(settle());
-    mtp::shutdown();
-    mtp::setUsbEnabled(true);
-    mtp::setLog({});
-    platform::userDefaults::useFile({});
-  }
   static QString folderName(int number) { return QStringLiteral("F%1").arg(number, 2, 10, QLatin1Char('0')); }
 
   /// A phone with kFolders folders holding `contents`, and a window that shows them.
   void connectPhone(const Tree& contents) {
     for (int i = 0; i < kFolders; ++i)
-      write(onPhone.filePath(folderName(i)), contents);
-    vphone::Options options;
-    options.model = "SM-X";
-    options.locationId = 0x14200000;
-    options.storages = {{.folder = onPhone.path().toStdString(), .description = "Phone"}};
-    phone = std::make_unique<vphone::VirtualPhone>(options);
-    phone->plug();
-    mtp::addProvider(phone->provider());
-    SBrowserDependencies dependencies = SBrowserDependencies::ofProgram();
-    dependencies.inhibitSuspend = nullptr;
-    dependencies.createAccessObject = [] {
-      return std::make_shared<MTPDextSDKWrapper>(std::make_shared<TessalyMtpSdk>());
-    };
-    controller = std::make_unique<SBrowserWindowController>(dependencies);
-    controller->showWindow();
-    connect();
-  }
-  void connect() {
-    controller->connectDevice(QStringLiteral("14200000"));
-    ASSERT_TRUE(QTest::qWaitFor([&] { return controller->outlineModel().rowCount() == kFolders; }, kPatience));
-    ASSERT_TRUE(settle());
-  }
-  static bool settle() {
-    return QTest::qWaitFor([] { return platform::runningWorkers() == 0; }, kPatience);
+      writeTree(onPhone.filePath(folderName(i)), contents);
+    showPhone(kFolders);
   }
   std::shared_ptr<SItem> item(int number) const {
-    const SBrowserOutlineModel& model = controller->outlineModel();
-    for (int row = 0; row < model.rowCount(); ++row)
-      if (const QModelIndex index = model.index(row, kFileName); index.data() == folderName(number))
-        return model.itemAtIndex(index);
-    return nullptr;
+    const QModelIndex index = row(folderName(number));
+    return index.isValid() ? controller->outlineModel().itemAtIndex(index) : nullptr;
   }
 
   /// The trouble comes in the operation of this number, counted from 0.
@@ -186,7 +130,7 @@ protected:
           if (!reacted && phone->faults().struck() > 0) {
             reacted = true;
             if (GetParam() == Trouble::Cancel)
-              controller->onProgressActionCanceled(controller->layout().progressView);
+              controller->onProgressActionCanceled(controller->layout()._progressView);
             else if (!phone->plugged())
               controller->deviceDisconnected();
           }
@@ -206,7 +150,7 @@ protected:
     if (phone->plugged())
       return;
     phone->plug();
-    connect();
+    connect(kFolders);
   }
   /// Whether a file of the transfer came to its end as copied, by what the list of the last transfer says.
   bool isToldAsCopied(const QString& path) const {
@@ -246,10 +190,6 @@ protected:
     }
     EXPECT_GE(struck, 5);
   }
-
-  QTemporaryDir defaults, onPhone, computer;
-  std::unique_ptr<vphone::VirtualPhone> phone;
-  std::unique_ptr<SBrowserWindowController> controller;
 };
 
 } // namespace
@@ -257,9 +197,9 @@ protected:
 TEST_P(TransferSweep, AnUploadLeavesWholeFilesOnThePhoneAndTheNextOneWorks) {
   const Tree before{{"note", oldNote}, {"mine", "stays"}};
   ASSERT_NO_FATAL_FAILURE(connectPhone(before));
-  write(computer.path(), copied);
-  write(computer.path(), {{"after", "the next one"}});
-  const Tree onComputer = read(computer.path());
+  writeTree(computer.path(), copied);
+  writeTree(computer.path(), {{"after", "the next one"}});
+  const Tree onComputer = readTree(computer.path());
   const auto path = [this](const char* name) { return computer.filePath(QString::fromLatin1(name)); };
   sweep(
       [&](int number) {
@@ -267,16 +207,16 @@ TEST_P(TransferSweep, AnUploadLeavesWholeFilesOnThePhoneAndTheNextOneWorks) {
       },
       [&](int number, bool isOver) {
         const QString folder = onPhone.filePath(folderName(number));
-        expectWhole(read(folder), before);
-        EXPECT_EQ(read(folder).value(QStringLiteral("mine")), "stays");
+        expectWhole(readTree(folder), before);
+        EXPECT_EQ(readTree(folder).value(QStringLiteral("mine")), "stays");
         if (isOver) {
-          EXPECT_EQ(read(folder).size(), copied.size() + 1);
+          EXPECT_EQ(readTree(folder).size(), copied.size() + 1);
         }
-        EXPECT_EQ(read(computer.path()), onComputer);
+        EXPECT_EQ(readTree(computer.path()), onComputer);
         ASSERT_NO_FATAL_FAILURE(recover());
         controller->uploads().upload({path("after")}, item(number));
         ASSERT_NO_FATAL_FAILURE(finish());
-        EXPECT_EQ(read(folder).value(QStringLiteral("after")), "the next one");
+        EXPECT_EQ(readTree(folder).value(QStringLiteral("after")), "the next one");
         EXPECT_TRUE(isToldAsCopied(QStringLiteral("after")));
       });
 }
@@ -300,7 +240,7 @@ TEST_P(TransferSweep, ADownloadLeavesWholeFilesOnTheComputerAndTheNextOneWorks) 
   };
   sweep(
       [&](int number) {
-        write(computer.filePath(folderName(number)), {{"note", oldNote}});
+        writeTree(computer.filePath(folderName(number)), {{"note", oldNote}});
         const auto folder = item(number);
         phone->faults().clear();
         controller->expandFolder(folder);
@@ -310,16 +250,16 @@ TEST_P(TransferSweep, ADownloadLeavesWholeFilesOnTheComputerAndTheNextOneWorks) 
       },
       [&](int number, bool isOver) {
         const QString folder = computer.filePath(folderName(number));
-        expectWhole(read(folder), {{"note", oldNote}});
-        EXPECT_TRUE(read(folder).contains(QStringLiteral("note"))); // the old one or the new one
+        expectWhole(readTree(folder), {{"note", oldNote}});
+        EXPECT_TRUE(readTree(folder).contains(QStringLiteral("note"))); // the old one or the new one
         if (isOver) {
-          EXPECT_EQ(read(folder), copied);
+          EXPECT_EQ(readTree(folder), copied);
         }
-        EXPECT_EQ(read(onPhone.filePath(folderName(number))), contents);
+        EXPECT_EQ(readTree(onPhone.filePath(folderName(number))), contents);
         ASSERT_NO_FATAL_FAILURE(recover());
         ASSERT_NO_FATAL_FAILURE(copy(number, {QStringLiteral("after")}));
         ASSERT_NO_FATAL_FAILURE(finish());
-        EXPECT_EQ(read(folder).value(QStringLiteral("after")), "the next one");
+        EXPECT_EQ(readTree(folder).value(QStringLiteral("after")), "the next one");
         EXPECT_TRUE(isToldAsCopied(QStringLiteral("after")));
       });
 }

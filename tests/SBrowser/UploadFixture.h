@@ -59,8 +59,8 @@ protected:
     ASSERT_TRUE(finish());
   }
   TransferPresenter& transfers() const { return controller->transfers(); }
-  SProgressView& panel() const { return *controller->layout().progressView; }
-  bool isBlocked() const { return controller->layout().ghostView->isVisible(); }
+  SProgressView& panel() const { return *controller->layout()._progressView; }
+  bool isBlocked() const { return controller->layout()._ghostView->isVisible(); }
 
   // ---- The clash question ----
 

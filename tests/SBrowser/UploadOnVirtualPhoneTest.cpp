@@ -1,108 +1,39 @@
 // Uploading from the window, with the real engine and a phone on a wire in memory.
-#include "MTPCore/MTPDextSDKWrapper.h"
 #include "MTPCore/MTPSDKUtil.h"
-#include "MTPCore/TessalyMtpSdk.h"
-#include "Platform/UserDefaults.h"
-#include "Platform/Workers.h"
-#include "SBrowser/SBrowserOutlineModel.h"
-#include "SBrowser/SBrowserWindowController.h"
 #include "SBrowser/TransferPresenter.h"
 #include "SBrowser/WindowLayout.h"
-#include "TessalyMTPSdk/Engine.h"
 #include "UI/Controls/SOutlineView.h"
 #include "UI/ProgressView/SProgressView.h"
-#include "VirtualPhone/VirtualPhone.h"
 #include "stringDefine/VornLocalStringDefine.h"
+#include "support/WindowOnVirtualPhone.h"
 
-#include <QDir>
-#include <QFile>
 #include <QMainWindow>
 #include <QMessageBox>
 #include <QMimeData>
-#include <QTemporaryDir>
-#include <QTest>
 #include <QUrl>
 
 #include <gtest/gtest.h>
 
-#include <memory>
+using testsupport::pattern;
 
 namespace {
 
-class UploadOnVirtualPhone : public testing::Test {
+class UploadOnVirtualPhone : public testing::Test, protected testsupport::WindowOnVirtualPhone {
 protected:
-  static constexpr int kPatience = 60'000; // ms
-
   void SetUp() override {
-    platform::userDefaults::useFile(defaults.filePath(QStringLiteral("defaults.conf")));
-    mtp::setLog([](mtp::LogLevel, const std::string&) {});
-    mtp::setUsbEnabled(false);
     write(onPhone, QStringLiteral("DCIM/old.jpg"), "old");
     write(onPhone, QStringLiteral("note.txt"), "note");
-    vphone::Options options;
-    options.model = "SM-X";
-    options.locationId = 0x14200000;
-    options.storages = {{.folder = onPhone.path().toStdString(), .description = "Phone"}};
-    phone = std::make_unique<vphone::VirtualPhone>(options);
-    phone->plug();
-    mtp::addProvider(phone->provider());
-    SBrowserDependencies dependencies = SBrowserDependencies::ofProgram();
-    dependencies.createAccessObject = [] {
-      return std::make_shared<MTPDextSDKWrapper>(std::make_shared<TessalyMtpSdk>());
-    };
-    controller = std::make_unique<SBrowserWindowController>(dependencies);
-    controller->showWindow();
-    controller->connectDevice(QStringLiteral("14200000"));
-    ASSERT_TRUE(QTest::qWaitFor([&] { return controller->outlineModel().rowCount() == 2; }, kPatience));
-    ASSERT_TRUE(settle());
+    showPhone(2);
   }
-  void TearDown() override {
-    controller.reset();
-    EXPECT_TRUE(settle());
-    mtp::shutdown();
-    mtp::setUsbEnabled(true);
-    mtp::setLog({});
-    platform::userDefaults::useFile({});
-  }
-
-  static QString write(const QTemporaryDir& place, const QString& path, const QByteArray& content) {
-    const QFileInfo info(place.filePath(path));
-    EXPECT_TRUE(QDir().mkpath(info.path()));
-    QFile file(info.filePath());
-    EXPECT_TRUE(file.open(QIODevice::WriteOnly));
-    EXPECT_EQ(file.write(content), content.size());
-    return info.filePath();
-  }
-  QByteArray phoneHas(const QString& path) const {
-    QFile file(onPhone.filePath(path));
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("absent");
-  }
-  /// The phone takes no more of the next file's data after its first mebibyte, until the transfer is given up.
-  void stopInMidFile() {
-    phone->faults().add({.kind = vphone::FaultKind::Silence,
-                         .phase = vphone::FaultPhase::Data,
-                         .transaction = std::nullopt,
-                         .operation = 0x100D, // SendObject
-                         .atByte = 1 << 20});
-  }
-  static bool settle() {
-    return QTest::qWaitFor([] { return platform::runningWorkers() == 0; }, kPatience);
-  }
+  QByteArray phoneHas(const QString& path) const { return read(onPhone, path); }
   void drop(const QStringList& paths, const QString& rowName = {}) {
     QMimeData info;
     QList<QUrl> urls;
     for (const QString& path : paths)
       urls.append(QUrl::fromLocalFile(path));
     info.setUrls(urls);
-    const SBrowserOutlineModel& model = controller->outlineModel();
-    std::shared_ptr<SItem> item;
-    for (int row = 0; row < model.rowCount(); ++row)
-      if (const QModelIndex index = model.index(row, kFileName); index.data() == rowName)
-        item = model.itemAtIndex(index);
-    controller->acceptDrop(info, item, -1);
-  }
-  bool finish() {
-    return QTest::qWaitFor([this] { return !controller->transferRun(); }, kPatience) && settle();
+    const QModelIndex target = row(rowName);
+    controller->acceptDrop(info, target.isValid() ? controller->outlineModel().itemAtIndex(target) : nullptr, -1);
   }
   QStringList rows() const {
     const SBrowserOutlineModel& model = controller->outlineModel();
@@ -121,18 +52,7 @@ protected:
       }
     FAIL() << key;
   }
-
-  QTemporaryDir defaults, onPhone, computer;
-  std::unique_ptr<vphone::VirtualPhone> phone;
-  std::unique_ptr<SBrowserWindowController> controller;
 };
-
-QByteArray pattern(int size) {
-  QByteArray bytes(size, '\0');
-  for (int i = 0; i < size; ++i)
-    bytes[i] = char(unsigned(i) * 131 + unsigned(i) / 251);
-  return bytes;
-}
 
 } // namespace
 
@@ -178,17 +98,17 @@ TEST_F(UploadOnVirtualPhone, ReplaceAndSkipDoWhatTheySay) {
 }
 
 TEST_F(UploadOnVirtualPhone, CanceledInMidFileNothingOfItStaysAndTheNextUploadWorks) {
-  stopInMidFile();
+  stopInMidFile(kSendObject);
   const QString large = write(computer, QStringLiteral("large.bin"), pattern(24 * 1024 * 1024));
   drop({large});
-  const SProgressView& panel = *controller->layout().progressView;
+  const SProgressView& panel = *controller->layout()._progressView;
   ASSERT_TRUE(QTest::qWaitFor(
       [&] {
         return panel.progressIndicator() != nullptr && controller->transferRun() &&
                !panel.lbFileName()->text().isEmpty();
       },
       kPatience));
-  controller->onProgressActionCanceled(controller->layout().progressView);
+  controller->onProgressActionCanceled(controller->layout()._progressView);
   ASSERT_TRUE(finish());
   EXPECT_FALSE(QFileInfo::exists(onPhone.filePath(QStringLiteral("large.bin"))));
   drop({write(computer, QStringLiteral("after.txt"), "after")});
@@ -197,7 +117,7 @@ TEST_F(UploadOnVirtualPhone, CanceledInMidFileNothingOfItStaysAndTheNextUploadWo
 }
 
 TEST_F(UploadOnVirtualPhone, TheWindowClosedInMidFileNothingOfItStaysOnThePhone) {
-  stopInMidFile();
+  stopInMidFile(kSendObject);
   drop({write(computer, QStringLiteral("large.bin"), pattern(24 * 1024 * 1024)),
         write(computer, QStringLiteral("second.bin"), "second")});
   ASSERT_TRUE(QTest::qWaitFor([&] { return phone->faults().struck() > 0; }, kPatience));
@@ -242,10 +162,10 @@ TEST_F(UploadOnVirtualPhone, WithoutRoomOnThePhoneTheOldFileStays) {
 }
 
 TEST_F(UploadOnVirtualPhone, UnpluggedInMidFileTheWindowWelcomesAgain) {
-  stopInMidFile();
+  stopInMidFile(kSendObject);
   drop({write(computer, QStringLiteral("large.bin"), pattern(24 * 1024 * 1024)),
         write(computer, QStringLiteral("second.bin"), "second")});
-  const SProgressView& panel = *controller->layout().progressView;
+  const SProgressView& panel = *controller->layout()._progressView;
   ASSERT_TRUE(QTest::qWaitFor([&] { return !panel.lbFileName()->text().isEmpty(); }, kPatience));
   phone->unplug();
   controller->deviceDisconnected();

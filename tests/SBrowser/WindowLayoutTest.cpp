@@ -34,22 +34,22 @@ TEST_F(WindowLayoutTest, AtFirstOnlyTheWelcomeIsShown) {
   EXPECT_FALSE(layout.toolbar->isVisible());
   EXPECT_FALSE(layout.scrollViewBrowser->isVisible());
   EXPECT_FALSE(layout.paths->isVisible());
-  EXPECT_FALSE(layout.ghostView->isVisible());
-  EXPECT_FALSE(layout.loadingViewController->view()->isVisible());
+  EXPECT_FALSE(layout._ghostView->isVisible());
+  EXPECT_FALSE(layout._loadingViewController->view()->isVisible());
 }
 
 TEST_F(WindowLayoutTest, TheToolbarsButtonsAreKnownByTheirIdentifiers) {
-  EXPECT_EQ(layout.btn_InternalStorage->objectName(), QStringLiteral("btn_InternalStorage"));
-  EXPECT_EQ(layout.btn_ExternalStorage->objectName(), QStringLiteral("btn_ExternalStorage"));
-  EXPECT_EQ(layout.btn_Previous->objectName(), QStringLiteral("btn_back"));
-  EXPECT_EQ(layout.btn_Next->objectName(), QStringLiteral("btn_next"));
-  EXPECT_EQ(layout.btn_AddNewFolder->objectName(), QStringLiteral("btn_AddNewFolder"));
+  EXPECT_EQ(layout._btn_InternalStorage->objectName(), QStringLiteral("btn_InternalStorage"));
+  EXPECT_EQ(layout._btn_ExternalStorage->objectName(), QStringLiteral("btn_ExternalStorage"));
+  EXPECT_EQ(layout._btn_Previous->objectName(), QStringLiteral("btn_back"));
+  EXPECT_EQ(layout._btn_Next->objectName(), QStringLiteral("btn_next"));
+  EXPECT_EQ(layout._btn_AddNewFolder->objectName(), QStringLiteral("btn_AddNewFolder"));
 }
 
 TEST_F(WindowLayoutTest, EveryButtonOfTheToolbarReportsItsClick) {
   QSignalSpy clicked(&layout, &WindowLayout::toolbarClicked);
   for (QAbstractButton* const button : std::initializer_list<QAbstractButton*>{
-           layout.btn_InternalStorage, layout.btn_ExternalStorage, layout.btn_Previous, layout.btn_Next}) {
+           layout._btn_InternalStorage, layout._btn_ExternalStorage, layout._btn_Previous, layout._btn_Next}) {
     clicked.clear();
     button->click();
     ASSERT_EQ(clicked.count(), 1);
@@ -58,18 +58,18 @@ TEST_F(WindowLayoutTest, EveryButtonOfTheToolbarReportsItsClick) {
 }
 
 TEST_F(WindowLayoutTest, TheStorageButtonsAreTitledPhoneAndCardAtFirst) {
-  EXPECT_EQ(layout.btn_InternalStorage->text(), QStringLiteral("Phone"));
-  EXPECT_EQ(layout.btn_ExternalStorage->text(), QStringLiteral("Card"));
+  EXPECT_EQ(layout._btn_InternalStorage->text(), QStringLiteral("Phone"));
+  EXPECT_EQ(layout._btn_ExternalStorage->text(), QStringLiteral("Card"));
 }
 
 TEST_F(WindowLayoutTest, AButtonSizedToItsTitleIsFifteenWiderThanItInTheBoldFaceOf13) {
   const QFontMetrics metrics(SFont::sharedInstance().fontWithPixelSize(13, true));
   for (const char* title : {"Phone", "Card", "A much longer storage name"}) {
-    layout.btn_InternalStorage->setText(QString::fromLatin1(title));
-    WindowLayout::sizeToTitle(*layout.btn_InternalStorage);
+    layout._btn_InternalStorage->setText(QString::fromLatin1(title));
+    WindowLayout::sizeToTitle(*layout._btn_InternalStorage);
     const int width = metrics.horizontalAdvance(QString::fromLatin1(title)) + 15;
-    EXPECT_EQ(layout.btn_InternalStorage->minimumWidth(), width);
-    EXPECT_EQ(layout.btn_InternalStorage->maximumWidth(), width);
+    EXPECT_EQ(layout._btn_InternalStorage->minimumWidth(), width);
+    EXPECT_EQ(layout._btn_InternalStorage->maximumWidth(), width);
   }
 }
 
@@ -82,10 +82,10 @@ TEST_F(WindowLayoutTest, APathOfAnyContentStaysOnOneLineAndShowsItsBeginning) {
 TEST_F(WindowLayoutTest, TheCoversFollowTheSizeOfTheWindow) {
   layout.showBrowser(QStringLiteral("Pat's phone"));
   layout.window()->show();
-  layout.cover(*layout.ghostView);
-  layout.cover(*layout.loadingViewController->view());
+  layout.cover(*layout._ghostView);
+  layout.cover(*layout._loadingViewController->view());
   layout.window()->resize(900, 700);
   QCoreApplication::processEvents();
-  EXPECT_EQ(layout.ghostView->geometry(), layout.contentView->rect());
-  EXPECT_EQ(layout.loadingViewController->view()->geometry(), layout.contentView->rect());
+  EXPECT_EQ(layout._ghostView->geometry(), layout._contentView->rect());
+  EXPECT_EQ(layout._loadingViewController->view()->geometry(), layout._contentView->rect());
 }

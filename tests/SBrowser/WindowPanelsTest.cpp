@@ -55,7 +55,7 @@ protected:
     meanwhile();
     gate.open();
     ASSERT_TRUE(waitUntil([&] { return shown.count() > 0; }));
-    ASSERT_TRUE(waitUntil([this] { return layout().loadingViewController->view()->isHidden(); }));
+    ASSERT_TRUE(waitUntil([this] { return layout()._loadingViewController->view()->isHidden(); }));
     sdk->setHook(Operation::GetFolderListHead, nullptr);
   }
   QMenu& openContextMenuOf(const QString& name) const {
@@ -67,25 +67,25 @@ protected:
 };
 
 TEST_F(WindowPanelsTest, TheQuestionsWaitAboveTheUpperEdgeAndTheProgressIsHidden) {
-  for (const QWidget* const panel : {static_cast<QWidget*>(layout().fileNameView), //
-                                     static_cast<QWidget*>(layout().noticeView)}) {
-    EXPECT_EQ(panel->parentWidget(), layout().contentView);
+  for (const QWidget* const panel : {static_cast<QWidget*>(layout()._fileNameView), //
+                                     static_cast<QWidget*>(layout()._noticeView)}) {
+    EXPECT_EQ(panel->parentWidget(), layout()._contentView);
     EXPECT_TRUE(panel->isVisible());
     EXPECT_LE(panel->geometry().bottom(), 0);
-    EXPECT_NEAR(panel->geometry().center().x(), layout().contentView->rect().center().x(), 1);
+    EXPECT_NEAR(panel->geometry().center().x(), layout()._contentView->rect().center().x(), 1);
   }
-  EXPECT_TRUE(layout().progressView->isHidden());
-  EXPECT_EQ(layout().progressView->y(), 0);
-  EXPECT_NEAR(layout().progressView->geometry().center().x(), layout().contentView->rect().center().x(), 1);
-  EXPECT_TRUE(layout().ghostView->isHidden());
+  EXPECT_TRUE(layout()._progressView->isHidden());
+  EXPECT_EQ(layout()._progressView->y(), 0);
+  EXPECT_NEAR(layout()._progressView->geometry().center().x(), layout()._contentView->rect().center().x(), 1);
+  EXPECT_TRUE(layout()._ghostView->isHidden());
 }
 
 TEST_F(WindowPanelsTest, NothingOfAPanelThatIsAwayCanBeSeen) {
   connectPhone();
-  const QRect content = layout().contentView->rect();
-  for (const QObject* const child : layout().contentView->children()) {
+  const QRect content = layout()._contentView->rect();
+  for (const QObject* const child : layout()._contentView->children()) {
     const auto* const widget = qobject_cast<const QWidget*>(child);
-    if (widget == nullptr || widget == layout().paths || widget == layout().outlineView)
+    if (widget == nullptr || widget == layout().paths || widget == layout()._outlineView)
       continue;
     EXPECT_FALSE(widget->isVisible() && widget->geometry().intersects(content))
         << qPrintable(QDebug::toString(widget)) << qPrintable(QDebug::toString(widget->geometry()));
@@ -95,10 +95,10 @@ TEST_F(WindowPanelsTest, NothingOfAPanelThatIsAwayCanBeSeen) {
 TEST_F(WindowPanelsTest, ThePanelsCanBeUsedAboveTheCover) {
   connectPhone();
   controller->setDisableCaptureEvent(true);
-  layout().progressView->show();
-  const QPoint button = layout().progressView->btnCancel()->mapTo(layout().contentView,
-                                                                  layout().progressView->btnCancel()->rect().center());
-  EXPECT_EQ(layout().contentView->childAt(button), layout().progressView->btnCancel());
+  layout()._progressView->show();
+  const QPoint button = layout()._progressView->btnCancel()->mapTo(
+      layout()._contentView, layout()._progressView->btnCancel()->rect().center());
+  EXPECT_EQ(layout()._contentView->childAt(button), layout()._progressView->btnCancel());
 }
 
 TEST_F(WindowPanelsTest, CancelingATransferHidesTheProgressAndIsToldToTheTransfer) {
@@ -106,9 +106,9 @@ TEST_F(WindowPanelsTest, CancelingATransferHidesTheProgressAndIsToldToTheTransfe
   controller->setIsTransferProcess(true);
   controller->setIsDropOvering(true);
   controller->setDisableCaptureEvent(true);
-  layout().progressView->show();
-  QTest::mouseClick(layout().progressView->btnCancel(), Qt::LeftButton);
-  EXPECT_TRUE(layout().progressView->isHidden());
+  layout()._progressView->show();
+  QTest::mouseClick(layout()._progressView->btnCancel(), Qt::LeftButton);
+  EXPECT_TRUE(layout()._progressView->isHidden());
   EXPECT_TRUE(controller->isCanceled());
   EXPECT_FALSE(controller->isTransferProcess());
   EXPECT_FALSE(controller->isDropOvering());
@@ -124,7 +124,7 @@ TEST_F(WindowPanelsTest, WhileTheWindowIsBlockedItsCommandsCannotBeGiven) {
   controller->setDisableCaptureEvent(false);
   EXPECT_FALSE(controller->isBlocked());
   EXPECT_TRUE(reload->isEnabled());
-  layout().progressView->show();
+  layout()._progressView->show();
   EXPECT_FALSE(reload->isEnabled());
 }
 
@@ -132,12 +132,12 @@ TEST_F(WindowPanelsTest, ARebuildLeavesTheKeyboardWithTheNameThatIsBeingTyped) {
   connectPhone();
   outline().setCurrentIndex(row(QStringLiteral("DCIM")));
   controller->setDisableCaptureEvent(true);
-  const auto name = ask(*layout().fileNameView);
-  QLineEdit* const field = layout().fileNameView->txtNewName();
+  const auto name = ask(*layout()._fileNameView);
+  QLineEdit* const field = layout()._fileNameView->txtNewName();
   QTest::keyClicks(field, QStringLiteral("Hol"));
   rebuild([&] {
     EXPECT_EQ(QApplication::focusWidget(), field);
-    QTest::mouseClick(layout().loadingViewController->view(), Qt::LeftButton);
+    QTest::mouseClick(layout()._loadingViewController->view(), Qt::LeftButton);
     EXPECT_EQ(QApplication::focusWidget(), field);
     QTest::keyClicks(QApplication::focusWidget(), QStringLiteral("iday"));
   });
@@ -152,14 +152,14 @@ TEST_F(WindowPanelsTest, ARebuildLeavesTheKeyboardWithTheNameThatIsBeingTyped) {
 TEST_F(WindowPanelsTest, AfterARebuildReturnAnswersTheQuestionThatIsAsked) {
   connectPhone();
   outline().setCurrentIndex(row(QStringLiteral("DCIM")));
-  controller->changeEventRecieverObject(layout().noticeView);
-  const auto deletion = ask(*layout().noticeView);
+  controller->changeEventRecieverObject(layout()._noticeView);
+  const auto deletion = ask(*layout()._noticeView);
   press(Qt::Key_Tab);
   QWidget* const chosen = QApplication::focusWidget();
   rebuild();
   EXPECT_EQ(QApplication::focusWidget(), chosen) << "the panel's control that had the keyboard";
   outline().setCurrentIndex(row(QStringLiteral("DCIM")));
-  layout().noticeView->setFocus();
+  layout()._noticeView->setFocus();
   press(Qt::Key_Return);
   ASSERT_TRUE(settle());
   EXPECT_EQ(deletion->code, 0);
@@ -170,21 +170,21 @@ TEST_F(WindowPanelsTest, AfterARebuildEscapeEndsTheTransfer) {
   connectPhone();
   controller->setIsTransferProcess(true);
   controller->setDisableCaptureEvent(true);
-  layout().progressView->show();
+  layout()._progressView->show();
   rebuild();
   press(Qt::Key_Escape);
   EXPECT_TRUE(controller->isCanceled());
-  EXPECT_TRUE(layout().progressView->isHidden());
+  EXPECT_TRUE(layout()._progressView->isHidden());
 }
 
 TEST_F(WindowPanelsTest, UntilACanceledTransferHasEndedNoKeyReachesTheRows) {
   connectPhone();
   outline().setCurrentIndex(row(QStringLiteral("DCIM")));
   controller->setDisableCaptureEvent(true);
-  layout().progressView->show();
+  layout()._progressView->show();
   press(Qt::Key_Escape);
-  ASSERT_TRUE(layout().progressView->isHidden());
-  EXPECT_EQ(QApplication::focusWidget(), layout().ghostView);
+  ASSERT_TRUE(layout()._progressView->isHidden());
+  EXPECT_EQ(QApplication::focusWidget(), layout()._ghostView);
   for (const Qt::Key key : {Qt::Key_Right, Qt::Key_Tab, Qt::Key_Return})
     press(key);
   ASSERT_TRUE(settle());
@@ -247,34 +247,34 @@ TEST_F(WindowPanelsTest, TheWindowMayGoWithAnOpenMenu) {
 
 TEST_F(WindowPanelsTest, ADetachAnswersWhatIsAskedByCanceled) {
   connectPhone();
-  const auto name = ask(*layout().fileNameView);
-  const auto deletion = ask(*layout().noticeView);
-  layout().progressView->show();
+  const auto name = ask(*layout()._fileNameView);
+  const auto deletion = ask(*layout()._noticeView);
+  layout()._progressView->show();
   controller->deviceDisconnected();
   ASSERT_TRUE(settle());
   EXPECT_EQ(name->code, 1);
   EXPECT_EQ(deletion->code, 1);
-  EXPECT_TRUE(layout().progressView->isHidden());
+  EXPECT_TRUE(layout()._progressView->isHidden());
   EXPECT_FALSE(controller->isBlocked());
 }
 
 TEST_F(WindowPanelsTest, ClosingAnswersWhatIsAskedByCanceled) {
   connectPhone();
-  const auto name = ask(*layout().fileNameView);
-  const auto deletion = ask(*layout().noticeView);
-  layout().progressView->show();
+  const auto name = ask(*layout()._fileNameView);
+  const auto deletion = ask(*layout()._noticeView);
+  layout()._progressView->show();
   controller->window()->close(); // as the user does
   ASSERT_TRUE(settle());
   EXPECT_EQ(name->code, 1);
   EXPECT_EQ(deletion->code, 1);
-  EXPECT_TRUE(layout().progressView->isHidden());
+  EXPECT_TRUE(layout()._progressView->isHidden());
   EXPECT_TRUE(controller->isCanceled());
 }
 
 TEST_F(WindowPanelsTest, AnotherPhoneEndsWhatWasAskedAboutTheFormerOne) {
   connectPhone();
   controller->setDisableCaptureEvent(true);
-  const auto name = ask(*layout().fileNameView);
+  const auto name = ask(*layout()._fileNameView);
   controller->connectDevice(QStringLiteral("14200000"));
   ASSERT_TRUE(settle());
   EXPECT_EQ(name->code, 1);
@@ -283,7 +283,7 @@ TEST_F(WindowPanelsTest, AnotherPhoneEndsWhatWasAskedAboutTheFormerOne) {
 
 TEST_F(WindowPanelsTest, TheWindowMayGoWhileItAsks) {
   connectPhone();
-  const auto name = ask(*layout().fileNameView);
+  const auto name = ask(*layout()._fileNameView);
   controller.reset();
   ASSERT_TRUE(settle());
   EXPECT_EQ(name->code, 1);

@@ -91,10 +91,10 @@ TEST_P(WindowInALanguage, HoldsAWholePanelHoweverSmallItIsMade) {
   layout.window()->show();
   layout.window()->resize(1, 1);
   QCoreApplication::processEvents();
-  const QSize room = layout.contentView->size();
+  const QSize room = layout._contentView->size();
   EXPECT_LT(room.width(), 600);
   for (QWidget* const panel :
-       std::initializer_list<QWidget*>{layout.fileNameView, layout.noticeView, layout.progressView}) {
+       std::initializer_list<QWidget*>{layout._fileNameView, layout._noticeView, layout._progressView}) {
     EXPECT_GT(panel->x(), 0) << panel->metaObject()->className();
     EXPECT_LT(panel->geometry().right(), room.width()) << panel->metaObject()->className();
     EXPECT_LT(panel->height(), room.height()) << panel->metaObject()->className();
@@ -154,13 +154,13 @@ TEST_P(WindowInALanguage, CutsNothingOffInTheListOfKeysNorInTheAbout) {
 
 TEST_P(WindowInALanguage, NamesItsPartsInThatLanguage) {
   WindowLayout layout(platform::Timers::mainThread());
-  EXPECT_EQ(layout.btn_Previous->accessibleName(), shown("accessible_back"));
-  EXPECT_EQ(layout.btn_Previous->toolTip(), shown("accessible_back"));
-  EXPECT_EQ(layout.btn_Next->accessibleName(), shown("accessible_next"));
-  EXPECT_EQ(layout.btn_AddNewFolder->accessibleName(), shown("MNU_AddNewFolder"));
+  EXPECT_EQ(layout._btn_Previous->accessibleName(), shown("accessible_back"));
+  EXPECT_EQ(layout._btn_Previous->toolTip(), shown("accessible_back"));
+  EXPECT_EQ(layout._btn_Next->accessibleName(), shown("accessible_next"));
+  EXPECT_EQ(layout._btn_AddNewFolder->accessibleName(), shown("MNU_AddNewFolder"));
   EXPECT_EQ(layout.toolbar->accessibleName(), shown("accessible_toolbar"));
   EXPECT_EQ(layout.paths->accessibleName(), shown("accessible_path"));
-  EXPECT_EQ(layout.outlineView->accessibleName(), shown("accessible_files"));
+  EXPECT_EQ(layout._outlineView->accessibleName(), shown("accessible_files"));
 }
 
 TEST_P(WindowInALanguage, RunsInTheLanguagesDirectionUnlessTheUserSaysOtherwise) {
@@ -170,7 +170,7 @@ TEST_P(WindowInALanguage, RunsInTheLanguagesDirectionUnlessTheUserSaysOtherwise)
   platform::userDefaults::setValue(QStringLiteral("RTLLayout"), own == Qt::LeftToRight);
   WindowLayout other(platform::Timers::mainThread());
   EXPECT_NE(other.window()->layoutDirection(), own);
-  EXPECT_NE(other.outlineView->layoutDirection(), own);
+  EXPECT_NE(other._outlineView->layoutDirection(), own);
   EXPECT_NE(other.toolbar->layoutDirection(), own);
   EXPECT_TRUE(other.paths->alignment().testFlag(own == Qt::LeftToRight ? Qt::AlignRight : Qt::AlignLeft));
 }

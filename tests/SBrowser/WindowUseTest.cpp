@@ -162,7 +162,7 @@ TEST_F(WindowUseTest, TheToolbarsButtonsAreButtonsThatCanBePressed) {
   ASSERT_TRUE(settle());
   EXPECT_EQ(accessible(layout().toolbar)->role(), QAccessible::ToolBar);
   EXPECT_EQ(nameOf(layout().toolbar), localized("accessible_toolbar"));
-  QAccessibleInterface* const back = accessible(layout().btn_Previous);
+  QAccessibleInterface* const back = accessible(layout()._btn_Previous);
   EXPECT_EQ(back->role(), QAccessible::Button);
   EXPECT_EQ(back->text(QAccessible::Name), localized("accessible_back"));
   EXPECT_TRUE(back->state().focusable);
@@ -177,8 +177,8 @@ TEST_F(WindowUseTest, TheToolbarsButtonsAreButtonsThatCanBePressed) {
 
 TEST_F(WindowUseTest, OfTheStoragesTheChosenOneIsToldAsSuch) {
   connectTwoStorages();
-  QAccessibleInterface* const internal = accessible(layout().btn_InternalStorage);
-  QAccessibleInterface* const external = accessible(layout().btn_ExternalStorage);
+  QAccessibleInterface* const internal = accessible(layout()._btn_InternalStorage);
+  QAccessibleInterface* const external = accessible(layout()._btn_ExternalStorage);
   EXPECT_EQ(internal->role(), QAccessible::RadioButton);
   EXPECT_EQ(internal->text(QAccessible::Name), QStringLiteral("Phone"));
   EXPECT_TRUE(internal->state().checked);
@@ -236,7 +236,7 @@ TEST_F(WindowUseTest, ALoadingFolderIsToldWhereTheKeyboardIs) {
   Gate gate;
   sdk->setHook(Operation::GetFolderListHead, [&] { gate.pass(); });
   doubleClick(QStringLiteral("DCIM"));
-  EXPECT_EQ(QApplication::focusWidget(), layout().loadingViewController->view());
+  EXPECT_EQ(QApplication::focusWidget(), layout()._loadingViewController->view());
   EXPECT_EQ(nameOf(QApplication::focusWidget()), localized("accessible_loading"));
   gate.open();
   ASSERT_TRUE(settle());
@@ -245,7 +245,7 @@ TEST_F(WindowUseTest, ALoadingFolderIsToldWhereTheKeyboardIs) {
 
 TEST_F(WindowUseTest, APanelThatWaitsAboveTheWindowIsNotThereForAScreenReader) {
   for (QWidget* const panel :
-       {static_cast<QWidget*>(layout().fileNameView), static_cast<QWidget*>(layout().noticeView)}) {
+       {static_cast<QWidget*>(layout()._fileNameView), static_cast<QWidget*>(layout()._noticeView)}) {
     ASSERT_FALSE(panel->isHidden());
     EXPECT_TRUE(accessible(panel)->state().invisible);
     panel->move(0, 0);
@@ -256,12 +256,12 @@ TEST_F(WindowUseTest, APanelThatWaitsAboveTheWindowIsNotThereForAScreenReader) {
 TEST_F(WindowUseTest, TheCoverSaysWhatGoesOnOrWhomItsKeysGoTo) {
   connectPhone();
   controller->setDisableCaptureEvent(true);
-  EXPECT_EQ(nameOf(layout().ghostView), localized("accessible_waiting"));
-  layout().noticeView->setAccessibleName(QStringLiteral("Delete"));
-  controller->changeEventRecieverObject(layout().noticeView);
-  EXPECT_EQ(nameOf(layout().ghostView), QStringLiteral("Delete"));
+  EXPECT_EQ(nameOf(layout()._ghostView), localized("accessible_waiting"));
+  layout()._noticeView->setAccessibleName(QStringLiteral("Delete"));
+  controller->changeEventRecieverObject(layout()._noticeView);
+  EXPECT_EQ(nameOf(layout()._ghostView), QStringLiteral("Delete"));
   controller->changeEventRecieverObject(nullptr);
-  EXPECT_EQ(nameOf(layout().ghostView), localized("accessible_waiting"));
+  EXPECT_EQ(nameOf(layout()._ghostView), localized("accessible_waiting"));
 }
 
 TEST_F(WindowUseTest, TheMenusEntriesTellTheirKeysAndWhetherTheyCanBeUsed) {
@@ -284,8 +284,8 @@ TEST_F(WindowUseTest, TabReachesEverythingAndComesBack) {
   connectTwoStorages();
   handleCommands();
   const QSet<QWidget*> wanted{
-      layout().btn_Previous,     layout().btn_Next, layout().btn_InternalStorage,     layout().btn_ExternalStorage,
-      layout().btn_AddNewFolder, layout().paths,    static_cast<QWidget*>(&outline())};
+      layout()._btn_Previous,     layout()._btn_Next, layout()._btn_InternalStorage,    layout()._btn_ExternalStorage,
+      layout()._btn_AddNewFolder, layout().paths,     static_cast<QWidget*>(&outline())};
   for (const Qt::Key key : {Qt::Key_Tab, Qt::Key_Backtab}) {
     outline().setFocus();
     QSet<QWidget*> reached;
@@ -303,11 +303,11 @@ TEST_F(WindowUseTest, TabReachesEverythingAndComesBack) {
 TEST_F(WindowUseTest, WhereTheKeyboardIsCanBeSeen) {
   connectTwoStorages();
   handleCommands();
-  ASSERT_TRUE(waitUntil([this] { return layout().btn_AddNewFolder->isVisible(); }));
+  ASSERT_TRUE(waitUntil([this] { return layout()._btn_AddNewFolder->isVisible(); }));
   select({QStringLiteral("DCIM")});
   for (QWidget* const widget : std::initializer_list<QWidget*>{
-           layout().btn_Previous, layout().btn_AddNewFolder, layout().btn_InternalStorage, layout().btn_ExternalStorage,
-           layout().paths, static_cast<QWidget*>(&outline())}) {
+           layout()._btn_Previous, layout()._btn_AddNewFolder, layout()._btn_InternalStorage,
+           layout()._btn_ExternalStorage, layout().paths, static_cast<QWidget*>(&outline())}) {
     window().setFocus();
     const QImage without = widget->grab().toImage();
     widget->setFocus(Qt::TabFocusReason);
@@ -318,7 +318,7 @@ TEST_F(WindowUseTest, WhereTheKeyboardIsCanBeSeen) {
 
 TEST_F(WindowUseTest, SpacePressesTheButtonTheKeyboardIsOn) {
   connectTwoStorages();
-  layout().btn_ExternalStorage->setFocus();
+  layout()._btn_ExternalStorage->setFocus();
   press(Qt::Key_Space);
   EXPECT_EQ(currentFolder(), QStringLiteral("Card"));
 }
@@ -385,7 +385,7 @@ TEST_F(WindowUseTest, ReloadOfAFolderThatIsGoneEndsAtTheNearestOneAbove) {
   sdk->remove(camera);
   press(Qt::CTRL | Qt::Key_R);
   EXPECT_EQ(currentFolder(), QStringLiteral("DCIM"));
-  EXPECT_TRUE(layout().loadingViewController->view()->isHidden());
+  EXPECT_TRUE(layout()._loadingViewController->view()->isHidden());
 }
 
 TEST_F(WindowUseTest, ReloadKeepsTheSortingTheHeaderShows) {
@@ -424,11 +424,11 @@ TEST_F(WindowUseTest, WhatNobodyCarriesOutIsNotOffered) {
   connectPhone();
   for (const Command command : kHandledCommands)
     controller->setCommandHandler(command, nullptr);
-  ASSERT_TRUE(waitUntil([this] { return !layout().btn_AddNewFolder->isVisible(); }));
+  ASSERT_TRUE(waitUntil([this] { return !layout()._btn_AddNewFolder->isVisible(); }));
   select({QStringLiteral("readme.txt")});
   for (const Command command : kHandledCommands)
     EXPECT_FALSE(action(command).isVisible());
-  EXPECT_FALSE(layout().btn_AddNewFolder->isVisible());
+  EXPECT_FALSE(layout()._btn_AddNewFolder->isVisible());
   EXPECT_EQ(outline().ownerMenu(), nullptr);
   for (const QKeySequence& key :
        {QKeySequence(Qt::Key_F2), QKeySequence(Qt::Key_Delete), QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_N)})
@@ -445,10 +445,10 @@ TEST_F(WindowUseTest, ACommandIsOfferedAsLongAsSomebodyCarriesItOut) {
   press(Qt::CTRL | Qt::Key_U);
   press(Qt::CTRL | Qt::SHIFT | Qt::Key_C);
   EXPECT_EQ(handled, QList<Command>({Command::Rename, Command::Delete, Command::Upload, Command::CopyTo}));
-  EXPECT_TRUE(waitUntil([this] { return layout().btn_AddNewFolder->isVisible(); }));
+  EXPECT_TRUE(waitUntil([this] { return layout()._btn_AddNewFolder->isVisible(); }));
   EXPECT_NE(outline().ownerMenu(), nullptr);
   controller->setCommandHandler(Command::NewFolder, nullptr);
-  EXPECT_TRUE(waitUntil([this] { return !layout().btn_AddNewFolder->isVisible(); }));
+  EXPECT_TRUE(waitUntil([this] { return !layout()._btn_AddNewFolder->isVisible(); }));
   controller->setCommandHandler(Command::Rename, nullptr);
   controller->setCommandHandler(Command::Delete, nullptr);
   EXPECT_EQ(outline().ownerMenu(), nullptr);
@@ -461,7 +461,7 @@ TEST_F(WindowUseTest, ANewFolderOfKeyOrButtonGoesIntoTheCurrentFolderWhateverWas
   press(Qt::CTRL | Qt::SHIFT | Qt::Key_N);
   EXPECT_EQ(outline().getSelectedRowIndex(), -1);
   outline().setSelectedRowIndex(1);
-  layout().btn_AddNewFolder->click();
+  layout()._btn_AddNewFolder->click();
   EXPECT_EQ(outline().getSelectedRowIndex(), -1);
   outline().setSelectedRowIndex(1);
   layout().menus->contextMenu()->actions()[0]->trigger();
@@ -547,7 +547,7 @@ TEST_F(WindowUseTest, AWindowWhoseEventsAPanelGetsIsBlockedToo) {
   connectPhone();
   handleCommands();
   select({QStringLiteral("readme.txt")});
-  controller->changeEventRecieverObject(layout().fileNameView);
+  controller->changeEventRecieverObject(layout()._fileNameView);
   press(Qt::Key_F2);
   press(Qt::Key_Delete);
   press(Qt::Key_F5);
@@ -578,7 +578,7 @@ TEST_F(WindowUseTest, WhileAFolderLoadsItsRowsAreOutOfReach) {
   }
   for (const Qt::Key key : {Qt::Key_Backspace, Qt::Key_Return, Qt::Key_Tab, Qt::Key_Down})
     QTest::keyClick(QApplication::focusWidget(), key);
-  EXPECT_EQ(QApplication::focusWidget(), layout().loadingViewController->view());
+  EXPECT_EQ(QApplication::focusWidget(), layout()._loadingViewController->view());
   EXPECT_EQ(handled, QList<Command>());
   EXPECT_EQ(outline().numberOfSelectedRows(), 1);
   gate.open();
@@ -630,8 +630,8 @@ protected:
 } // namespace
 
 TEST_P(WindowDirection, TheToolbarBeginsWithBackAndEndsWithTheNewFolder) {
-  expectInOrder({place(layout().btn_Previous), place(layout().btn_Next), place(layout().btn_InternalStorage),
-                 place(layout().btn_ExternalStorage), place(layout().btn_AddNewFolder)});
+  expectInOrder({place(layout()._btn_Previous), place(layout()._btn_Next), place(layout()._btn_InternalStorage),
+                 place(layout()._btn_ExternalStorage), place(layout()._btn_AddNewFolder)});
 }
 
 TEST_P(WindowDirection, BackPointsToWhereALineBegins) {
@@ -641,9 +641,9 @@ TEST_P(WindowDirection, BackPointsToWhereALineBegins) {
     button->setEnabled(true);
     return button->grab().toImage().convertToFormat(QImage::Format_RGB32);
   };
-  EXPECT_EQ(picture(layout().btn_Previous), picture(other.btn_Next));
-  EXPECT_EQ(picture(layout().btn_Next), picture(other.btn_Previous));
-  EXPECT_NE(picture(layout().btn_Previous), picture(layout().btn_Next));
+  EXPECT_EQ(picture(layout()._btn_Previous), picture(other._btn_Next));
+  EXPECT_EQ(picture(layout()._btn_Next), picture(other._btn_Previous));
+  EXPECT_NE(picture(layout()._btn_Previous), picture(layout()._btn_Next));
 }
 
 TEST_P(WindowDirection, TheMenusStandInTheLinesOrder) {
@@ -737,8 +737,8 @@ TEST_F(WindowUseTest, NoTimerRunsWhileAFolderIsShownWhereverTheKeyboardIs) {
   handleCommands();
   EXPECT_EQ(timers.pending(), 0);
   for (QWidget* const widget :
-       std::initializer_list<QWidget*>{&outline(), layout().paths, layout().btn_Previous, layout().btn_AddNewFolder,
-                                       layout().btn_InternalStorage}) {
+       std::initializer_list<QWidget*>{&outline(), layout().paths, layout()._btn_Previous, layout()._btn_AddNewFolder,
+                                       layout()._btn_InternalStorage}) {
     widget->setFocus(Qt::TabFocusReason);
     EXPECT_TRUE(waitUntil([] { return runningTimers().isEmpty(); })) << runningTimers().join(u'\n').toStdString();
   }

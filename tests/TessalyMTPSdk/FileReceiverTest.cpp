@@ -269,15 +269,7 @@ TEST_F(FileReceiver, EventsReachTheCallbackDuringATransfer) {
   useHastyClock();
   start();
   _MTP_FILE_NODE* file = only();
-  Signal told;
-  ASSERT_EQ(mtpDextRequestEventNotifyEx(
-                device(),
-                [](int32_t, uint64_t, uint64_t, void* context) {
-                  static_cast<Signal*>(context)->raise();
-                  return uint32_t{0};
-                },
-                &told),
-            0u);
+  startListening();
   Progress progress;
   bool changed = false;
   progress.answer = [&](std::uint64_t current) {

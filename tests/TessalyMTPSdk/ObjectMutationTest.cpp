@@ -71,20 +71,12 @@ TEST_F(ObjectMutation, ThePhonesOwnListingAgreesWithWhatWasTakenOver) {
   ASSERT_EQ(create(top, u"two", &created), 0u);
   ASSERT_EQ(remove(foldersIn(top).at(0)), 0u);
   ASSERT_EQ(rename(created, u"three"), 0u);
-  Signal told;
-  ASSERT_EQ(mtpDextRequestEventNotifyEx(
-                device(),
-                [](int32_t, uint64_t, uint64_t, void* context) {
-                  static_cast<Signal*>(context)->raise();
-                  return uint32_t{0};
-                },
-                &told),
-            0u);
+  startListening();
   storage.folder("four"); // the phone's own change: everything is listed anew
   ASSERT_TRUE(told.waitFor(1));
   EXPECT_EQ(namesOf(foldersIn(top)), (Strings{"four", "three"}));
   EXPECT_EQ(kindOf(created), 0u) << "the record outlives the listing";
-  EXPECT_EQ(mtpDextRequestEventNotifyEx(device(), nullptr, nullptr), 0u);
+  stopListening();
 }
 
 TEST_F(ObjectMutation, AFolderWhoseNameExistsIsRefusedBeforeAnythingIsSent) {

@@ -396,7 +396,7 @@ public:
     doubleClick(QStringLiteral("DCIM"));
     EXPECT_TRUE(waitUntil([&] { return gate.waiting() == 1; }));
     timers.advance(SLoadingAniViewController::kFrameTime * frame);
-    EXPECT_EQ(layout().loadingViewController->currentIndex(), frame);
+    EXPECT_EQ(layout()._loadingViewController->currentIndex(), frame);
     const QImage picture = grab();
     gate.open();
     EXPECT_TRUE(settle());
@@ -430,10 +430,10 @@ public:
   QImage drawProgress() {
     connectFilledPhone();
     controller->setDisableCaptureEvent(true);
-    layout().progressView->animationHidden(false, {});
-    layout().progressView->setFileStatus(fileLine());
-    layout().progressView->setProgressInfo(1'572'864, 3'145'728);
-    layout().progressView->show();
+    layout()._progressView->animationHidden(false, {});
+    layout()._progressView->setFileStatus(fileLine());
+    layout()._progressView->setProgressInfo(1'572'864, 3'145'728);
+    layout()._progressView->show();
     return grab();
   }
   QImage drawContextMenu() {
@@ -462,10 +462,12 @@ constexpr State kStates[] = {
     {"tree", [](WindowPictures& test) { return test.drawTree(); }},
     {"expanded", [](WindowPictures& test) { return test.drawExpanded(); }},
     {"selection", [](WindowPictures& test) { return test.drawSelection(); }},
-    {"question", [](WindowPictures& test) { return test.drawAsking(WindowCommand::Delete, *test.views().noticeView); }},
+    {"question",
+     [](WindowPictures& test) { return test.drawAsking(WindowCommand::Delete, *test.views()._noticeView); }},
     {"new_folder",
-     [](WindowPictures& test) { return test.drawAsking(WindowCommand::NewFolder, *test.views().fileNameView); }},
-    {"rename", [](WindowPictures& test) { return test.drawAsking(WindowCommand::Rename, *test.views().fileNameView); }},
+     [](WindowPictures& test) { return test.drawAsking(WindowCommand::NewFolder, *test.views()._fileNameView); }},
+    {"rename",
+     [](WindowPictures& test) { return test.drawAsking(WindowCommand::Rename, *test.views()._fileNameView); }},
     {"progress", [](WindowPictures& test) { return test.drawProgress(); }},
     {"context_menu", [](WindowPictures& test) { return test.drawContextMenu(); }},
     {"menu_file", [](WindowPictures& test) { return test.drawMenu(0); }},

@@ -11,7 +11,7 @@ namespace ui {
 namespace {
 
 constexpr double kUnit = 1024.0;
-constexpr std::array<const char*, 9> kUnitStrings = {"Byte", "KB", "MB", "GB", "TB", "PB", "EB", "ZB", "YB"};
+constexpr std::array<const char*, 9> _unit_strings = {"Byte", "KB", "MB", "GB", "TB", "PB", "EB", "ZB", "YB"};
 
 // printf's "%.2f" without the locale's decimal sign.
 QString twoDecimals(double value) {
@@ -22,7 +22,7 @@ QString twoDecimals(double value) {
 
 struct Scaled {
   double value;
-  int unit; // index into kUnitStrings, or beyond
+  int unit; // index into _unit_strings, or beyond
 };
 
 // Divides at least once: what is below 1024 comes out below 1.
@@ -37,7 +37,7 @@ Scaled scaled(double value) {
 }
 
 QString withUnit(const Scaled& number) {
-  return twoDecimals(number.value) + QLatin1String(kUnitStrings[size_t(number.unit)]);
+  return twoDecimals(number.value) + QLatin1String(_unit_strings[size_t(number.unit)]);
 }
 
 // The decimal digits at the start of `text`, read as a signed 64-bit number and limited to its range.
@@ -100,7 +100,7 @@ QString stringFromating(quint64 bytes) {
   if (number.unit > 8)
     return QStringLiteral("UC");
   if (number.value < 1.0)
-    return QString::number(bytes) + QLatin1String(kUnitStrings[0]);
+    return QString::number(bytes) + QLatin1String(_unit_strings[0]);
   return withUnit(number);
 }
 
@@ -112,7 +112,7 @@ QString stringFromating(const QString& text) {
   if (number.value < 1.0) {
     const qint64 shown =
         std::clamp<qint64>(bytes, std::numeric_limits<qint32>::min(), std::numeric_limits<qint32>::max());
-    return QString::number(shown) + QLatin1String(kUnitStrings[0]);
+    return QString::number(shown) + QLatin1String(_unit_strings[0]);
   }
   return withUnit(number);
 }
