@@ -313,8 +313,10 @@ TEST_F(Outline, AFastRightClickAfterTheMenuWasClosedOpensItAgain) {
   rightClick(pointOf(m_file), testsupport::slow());
   QTest::keyClick(&m_menu, Qt::Key_Escape);
   ASSERT_FALSE(m_menu.isVisible());
+  QSignalSpy opened(&m_menu, &QMenu::aboutToShow);
   rightClick(pointOf(m_file), testsupport::kFast);
   EXPECT_TRUE(m_menu.isVisible());
+  EXPECT_EQ(opened.count(), 1); // the double click that the press is told as does not reopen it
 }
 
 TEST_F(Outline, ARightClickBesideTheOpenMenuOpensItForTheRowThere) {
