@@ -5,6 +5,7 @@
 #include "Platform/ThreadSafety.h"
 
 #include <set>
+#include <utility>
 
 namespace {
 
@@ -29,10 +30,10 @@ std::uint32_t NotifyCallbackEx(std::int32_t code, std::uint64_t, std::uint64_t, 
   if (!living().contexts.contains(context))
     return 0;
   auto& events = *static_cast<DeviceEvents*>(context);
-  const bool counts =
-      code == DeviceEvents::kObjectRemoved || (code == DeviceEvents::kObjectAdded && !events.isTransferProcess.load());
-  if (counts)
+  if (code == DeviceEvents::kObjectRemoved || (code == DeviceEvents::kObjectAdded && !events.isTransferProcess()))
     events.catchMTPEvent();
+  else if (code == DeviceEvents::kObjectAdded)
+    events.catchMTPEventLater();
   return 0;
 }
 
@@ -60,20 +61,43 @@ void DeviceEvents::registerMtpNotice(const std::shared_ptr<DeviceSession>& sessi
 }
 
 void DeviceEvents::catchMTPEvent() {
-  if (platform::isMainThread()) {
+  onMainThread(&DeviceEvents::startTimer);
+}
+
+void DeviceEvents::catchMTPEventLater() {
+  onMainThread(&DeviceEvents::startTimerLater);
+}
+
+void DeviceEvents::setIsTransferProcess(bool isTransferProcess) {
+  platform::assertMainThread();
+  _isTransferProcess = isTransferProcess;
+  if (!isTransferProcess && std::exchange(m_hasMissedEvent, false))
     startTimer();
-    return;
-  }
-  // Never waits for the main thread: the phone's event thread must go on, and the main thread may be waiting for it.
-  platform::runOnMain([this, alive = std::weak_ptr<char>(m_alive)] {
-    if (!alive.expired())
-      startTimer();
-  });
 }
 
 void DeviceEvents::dropTimer() {
   platform::assertMainThread();
   _updateTimer.reset();
+  m_hasMissedEvent = false;
+}
+
+void DeviceEvents::onMainThread(void (DeviceEvents::*work)()) {
+  if (platform::isMainThread()) {
+    (this->*work)();
+    return;
+  }
+  // Never waits for the main thread: the phone's event thread must go on, and the main thread may be waiting for it.
+  platform::runOnMain([this, work, alive = std::weak_ptr<char>(m_alive)] {
+    if (!alive.expired())
+      (this->*work)();
+  });
+}
+
+void DeviceEvents::startTimerLater() {
+  if (_isTransferProcess)
+    m_hasMissedEvent = true;
+  else
+    startTimer(); // it has ended since
 }
 
 void DeviceEvents::startTimer() {

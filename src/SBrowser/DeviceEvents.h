@@ -11,8 +11,8 @@
 
 /// `NotifyCallbackEx` The callback the phone's events come to, on a thread of the engine. `context` is the DeviceEvents
 /// it was registered with; null, or one that is gone: nothing happens. Acts on ObjectRemoved always and on ObjectAdded
-/// unless a transfer runs (MTP 1.1, G.3 and G.2); other codes and both parameters do not count. Returns 0. Any thread;
-/// does not block.
+/// unless a transfer runs, then when it has ended (MTP 1.1, G.3 and G.2); other codes and both parameters do not count.
+/// Returns 0. Any thread; does not block.
 std::uint32_t NotifyCallbackEx(std::int32_t code, std::uint64_t parameter1, std::uint64_t parameter2, void* context);
 
 /// Main thread, except where stated.
@@ -35,18 +35,27 @@ public:
   void catchMTPEvent();
   /// Forgets what has happened: no rebuild will come of it.
   void dropTimer();
-  /// Whether a rebuild is going to come.
+  /// Whether a rebuild is going to come when the quiet period is over.
   bool isRebuildPending() const { return _updateTimer != nullptr; }
 
-  /// While a transfer runs, objects that come into being are its own. Any thread.
-  std::atomic<bool> isTransferProcess{false}; // written by the main thread, read by the engine's event thread
+  /// Whether the window's transfer runs: from its beginning until it has completed, been canceled or ended, whichever
+  /// comes first. Objects that come into being meanwhile cause no rebuild until then. Any thread.
+  bool isTransferProcess() const { return _isTransferProcess; }
+  void setIsTransferProcess(bool isTransferProcess);
+  /// An object has come into being while a transfer ran: the quiet period starts when that is over. Any thread; does
+  /// not block.
+  void catchMTPEventLater();
 
 private:
+  void onMainThread(void (DeviceEvents::*work)());
   void startTimer();
+  void startTimerLater();
 
   const std::shared_ptr<DeviceQueue> m_queue;
   platform::Timers& m_timers;
   const std::function<void()> m_rebuild;
   std::unique_ptr<platform::Timer> _updateTimer;
+  std::atomic<bool> _isTransferProcess{false}; // written by the main thread, read by the engine's event thread
+  bool m_hasMissedEvent = false;               // an object came into being during the transfer
   std::shared_ptr<char> m_alive = std::make_shared<char>();
 };

@@ -225,6 +225,8 @@ void DownloadDrag::drapItemsToTarget(const Items& items, const QString& destinat
     ending->names.append(item->fileName());
   const auto publish = [this](const ItemPointer& folder, std::shared_ptr<SItemArray> children) {
     m_window.publishChildren(folder, std::move(children)); // on the main thread, while the window is there
+    if (folder == m_window.currentFolderItem())
+      m_window.reloadDataOfOutlineView(folder);
   };
   m_queue->perform("mtp-download", run->session(), [run, ending, items, destination, publish](DeviceSession& session) {
     ending->names.clear();

@@ -37,6 +37,23 @@ bool isSame(const std::vector<DownloadPlanner::Entry>& shown, const SItemArray& 
   return std::all_of(shown.begin(), shown.end(), [&](const auto& entry) { return keys.contains(key(*entry.item)); });
 }
 
+/// Puts folders that the tree has already, perhaps with what they hold, where the phone tells of the same ones.
+void keepKnown(const SItemArray& known, SItemArray& listed) {
+  QHash<QString, std::shared_ptr<SItem>> folders;
+  for (const auto& item : known)
+    if (isFolder(*item))
+      folders.insert(item->fileName(), item);
+  for (int place = 0; place < listed.count(); ++place) {
+    const auto item = listed.at(place);
+    const auto before = isFolder(*item) ? folders.take(item->fileName()) : nullptr;
+    if (!before)
+      continue;
+    before->setNodeID(item->nodeID());
+    listed.removeAt(place);
+    listed.insert(place, before);
+  }
+}
+
 std::shared_ptr<SItem> entryFor(const SItem& item) {
   auto entry = std::static_pointer_cast<SItem>(item.mutableCopyWithZone());
   entry->setObjectType(item.objectType());
@@ -162,6 +179,8 @@ std::optional<std::vector<DownloadPlanner::Entry>> DownloadPlanner::contentsOf(c
   if (!entries || failure != DGSTATUS_SUCCESS || (isShown && isSame(*entries, *listing.children)))
     return entries; // of one that could not be listed: whoever opens it later may have more luck
   const auto publish = [&] {
+    if (folder->childObjects())
+      keepKnown(*folder->childObjects(), *listing.children);
     shown.assign(listing.children->begin(), listing.children->end());
     folder->setIsListed(true);
     m_publish(folder, std::move(listing.children));

@@ -207,7 +207,7 @@ void ItemMutations::create(DeviceSession& session, const QString& name, const Ta
 void ItemMutations::folderCreated(const ItemPointer& wanted, const Creation& creation) {
   const ItemPointer parent = itemInTree(wanted);
   if (parent == wanted && creation.listing && !parent->isListed()) {
-    parent->setIsListed(true);
+    parent->setIsListed(creation.listing->isListed());
     if (creation.listing->children)
       m_window.publishChildren(parent, creation.listing->children);
   }

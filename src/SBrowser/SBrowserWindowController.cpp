@@ -9,6 +9,7 @@
 #include "SBrowser/LastTransferDialog.h"
 #include "SBrowser/NavigationButton.h"
 #include "SBrowser/OutlineState.h"
+#include "SBrowser/ProtectedFolders.h"
 #include "SBrowser/SBrowserOutlineModel.h"
 #include "SBrowser/TransferPresenter.h"
 #include "SBrowser/Uploads.h"
@@ -44,15 +45,6 @@ constexpr int kExternalStorage = 2;
 
 QString welcomeText() {
   return VornLocalStringDefine::QX_LocalizedStringWithKey(QStringLiteral("MSG_WelcomToVBX2"));
-}
-
-/// The phone's own top-level folders, which can neither be renamed nor deleted.
-const QStringList& protectedFolderNames() {
-  static const QStringList names{QStringLiteral("Android"),   QStringLiteral("Music"),    QStringLiteral("Podcast"),
-                                 QStringLiteral("Ringtones"), QStringLiteral("Alarms"),   QStringLiteral("Pictures"),
-                                 QStringLiteral("Movies"),    QStringLiteral("Download"), QStringLiteral("DCIM"),
-                                 QStringLiteral("Playlists")};
-  return names;
 }
 
 } // namespace
@@ -800,7 +792,7 @@ int SBrowserWindowController::menuTypeForItem(const ItemPointer& item) const {
   const bool isFolder = item->objectType() == SObjectTypeFolder || item->objectType() == SObjectTypeFolderKind;
   // By the item's own storage: the phone may be busy with the other one just now.
   if (isFolder && devicePath::withoutLastComponent(item->filePath()) == item->rootPath() &&
-      ui::isExistInArray(item->fileName(), protectedFolderNames()))
+      isProtectedFolderName(item->fileName()))
     return kMenuTypeProtected;
   return kMenuTypeFolder;
 }

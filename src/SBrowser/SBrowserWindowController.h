@@ -177,8 +177,9 @@ public:
   /// `windowWillClose:` Nothing.
   void windowWillClose() {}
   /// `isTransferProcess` Whether a transfer runs. Any thread.
-  bool isTransferProcess() const { return m_events.isTransferProcess; }
-  void setIsTransferProcess(bool running) { m_events.isTransferProcess = running; }
+  bool isTransferProcess() const { return m_events.isTransferProcess(); }
+  /// `setIsTransferProcess:` Main thread.
+  void setIsTransferProcess(bool running) { m_events.setIsTransferProcess(running); }
 
   // ---- Sizes and dates as shown; any thread ----
 

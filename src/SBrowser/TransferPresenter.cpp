@@ -29,6 +29,7 @@ std::shared_ptr<TransferRun> TransferPresenter::begin(const std::shared_ptr<Devi
     return nullptr;
   m_question = std::make_shared<ClashQuestion>(*m_layout.window());
   m_run = std::make_shared<TransferRun>(weak_from_this(), session, m_question);
+  m_latestRun = m_run;
   m_inhibition = m_window.inhibitSuspend ? m_window.inhibitSuspend() : nullptr;
   m_window.setIsTransferProcess(true);
   m_window.setDisableCaptureEvent(true);
@@ -82,9 +83,11 @@ void TransferPresenter::transferCompleted(TransferRun& run) {
 
 void TransferPresenter::transferEnded(TransferRun& run) {
   platform::assertMainThread();
-  m_lastTransfer = run.takeOutcomes();
-  if (m_lastTransferHandler)
-    m_lastTransferHandler();
+  if (&run == m_latestRun.lock().get()) { // an older one's list may be another phone's
+    m_lastTransfer = run.takeOutcomes();
+    if (m_lastTransferHandler)
+      m_lastTransferHandler();
+  }
   if (&run != m_run.get())
     return;
   m_window.setIsTransferProcess(false); // a download never says that it is complete

@@ -18,7 +18,7 @@ public:
   /// What the window does for it.
   struct Window {
     std::function<void(bool)> setDisableCaptureEvent;
-    /// Whether objects that come into being on the phone are a transfer's own.
+    /// Whether a transfer runs: objects that come into being on the phone do not count then.
     std::function<void(bool)> setIsTransferProcess;
     /// Keeps the computer from suspending as long as what it returns lives; may return null.
     std::function<std::shared_ptr<void>()> inhibitSuspend;
@@ -43,7 +43,7 @@ public:
 
   /// The alert about a taken name while it is open, else null.
   QMessageBox* isExistsAlert() const { return m_question ? m_question->alert() : nullptr; }
-  /// What the entries of the transfer that ended last came to.
+  /// What the entries of the transfer that began last came to; of the one before until that has ended.
   const std::vector<TransferOutcome>& lastTransfer() const { return m_lastTransfer; }
   /// Called when lastTransfer() has changed.
   void setLastTransferHandler(std::function<void()> handler) { m_lastTransferHandler = std::move(handler); }
@@ -61,6 +61,7 @@ private:
   WindowLayout& m_layout;
   const Window m_window;
   std::shared_ptr<TransferRun> m_run;
+  std::weak_ptr<TransferRun> m_latestRun;    // also when it is the window's no more
   std::shared_ptr<ClashQuestion> m_question; // of m_run alone: what ends another run never ends what this one asks
   std::shared_ptr<void> m_inhibition;
   QString m_title; // the window's, without percentage; null while none is shown

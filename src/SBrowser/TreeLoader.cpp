@@ -168,6 +168,11 @@ TreeLoader::Source TreeLoader::sourceOf(const SItem& item) {
   return {item.objectType(), item.rootPath(), item.filePath(), item.nodeID()};
 }
 
+bool TreeLoader::Listing::isListed() const {
+  // Where the path leads nowhere there is nothing to ask again.
+  return status == DGSTATUS_SUCCESS || status == DGSTATUS_NODE_IS_NOT_EXISTED;
+}
+
 std::uint32_t TreeLoader::listingStatus(DeviceSession& session, _MTP_FOLDER_NODE* folder,
                                         const std::function<bool()>& isWanted) {
   MTPDextSDKWrapper& mtp = *session._mtpSDKWrapper;
@@ -267,7 +272,7 @@ void TreeLoader::__gotoNewFolderProc(const RequestPointer& request, Listing list
   const ItemPointer& item = request->item;
   if (request->overtaken && !listing.children)
     return;
-  item->setIsListed(true); // also when the listing failed
+  item->setIsListed(listing.isListed());
   if (listing.children)
     m_owner.publishChildren(item, std::move(listing.children));
   if (request->overtaken)

@@ -56,6 +56,8 @@ public:
     ArrayPointer children;    ///< null: the phone does not know the item, or could not list it
     QString nodeID;           ///< of a storage root that was resolved; else null
     std::uint32_t status = 0; ///< of the SDK: not 0 when what the item holds is not known
+    /// Whether the item counts as listed. One that could not be listed does not: whoever opens it again asks again.
+    bool isListed() const;
   };
   /// What lists the item, as getContentsOfItem() does, in a job of the queue. Blocks there; `isWanted` is asked
   /// meanwhile on that thread, and ends it with DGSTATUS_IO_CANCEL.

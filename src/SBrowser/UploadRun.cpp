@@ -4,6 +4,7 @@
 #include "MTPCore/MtpItemInfo.h"
 #include "MTPCore/PathWalk.h"
 #include "SBrowser/DownloadNames.h"
+#include "SBrowser/ProtectedFolders.h"
 #include "SBrowser/SItemArray.h"
 #include "SBrowser/TreeLoader.h"
 #include "UI/Common/NSStringPredicate.h"
@@ -74,7 +75,7 @@ void UploadRun::lookAtTarget() {
     return;
   m_targetChildren.reserve(children->count());
   for (const ItemPointer& child : *children)
-    m_targetChildren.append({child, child->fileName(), {}, {}});
+    m_targetChildren.append({child, child->fileName(), {}, {}, 0, child->objectType() == SObjectTypeFolder});
 }
 
 /// A folder that nobody has opened yet has its names, too: without them a taken one would go unasked.
@@ -108,11 +109,16 @@ bool UploadRun::isTaken(const QString& name) const {
   return m_children.contains(comparable) || m_plannedNames.contains(comparable);
 }
 
+/// Whether it is a folder of the phone's own, which is never deleted.
+bool UploadRun::isProtected(const Child& child) const {
+  return m_isStorage && child.isFolder && isProtectedFolderName(child.name);
+}
+
 /// Whether replacing what bears this name costs the phone a folder with all that is in it.
-bool UploadRun::deletesFolder(const QString& name) {
-  Children namesakes = m_children.values(comparableName(name));
+bool UploadRun::deletesFolder(const QString& name) const {
+  const Children namesakes = m_children.values(comparableName(name));
   return std::any_of(namesakes.begin(), namesakes.end(),
-                     [this](Child& child) { return lookAt(child) && child.isFolder && !child.isProtected; });
+                     [this](const Child& child) { return child.isFolder && !isProtected(child); });
 }
 
 // ---- Planning ----
@@ -209,6 +215,9 @@ void UploadRun::transfer(DeviceSession& session) {
 
 bool UploadRun::transferEntry(DeviceSession& session, const STransferItem& entry) {
   m_run->beginEntry(entry);
+  session.selectStorage(m_rootPath); // which a question that went unanswered may have undone
+  if (entry.subFolderPath().isNull())
+    m_isMerging = false;
   std::uint32_t status = replace(session, entry);
   if (status == DGSTATUS_SUCCESS && !m_run->isDetached())
     status = entry.objectType() == SObjectTypeFolder ? sendFolder(session, entry) : sendFile(session, entry);
@@ -241,7 +250,7 @@ bool UploadRun::comesWhole(const STransferItem& entry) const {
 }
 
 /// The old object goes right before the new one is sent, and not at all when that one cannot come. A folder of the
-/// phone's own stays; what is in the dropped one still goes into it.
+/// phone's own stays; what is in the dropped one goes into it.
 std::uint32_t UploadRun::replace(DeviceSession& session, const STransferItem& entry) {
   if (!entry.subFolderPath().isNull())
     return DGSTATUS_SUCCESS; // what is below a folder has nothing to replace: the folder went whole
@@ -252,19 +261,17 @@ std::uint32_t UploadRun::replace(DeviceSession& session, const STransferItem& en
   const auto isOther = [&](const Child& child) { return composed(child.name) != composed(entry.fileName()); };
   if (std::any_of(namesakes.begin(), namesakes.end(), isOther) && namesakes.size() > 1)
     return DGSTATUS_NODE_FILE_DUPNAME_EXISTED; // with one of them gone the others would still be in the way
+  const auto own =
+      std::find_if(namesakes.begin(), namesakes.end(), [this](const Child& child) { return isProtected(child); });
+  if (own != namesakes.end())
+    return mergeInto(*own, entry);
   for (Child& child : namesakes)
     if (!lookAt(child))
       return DGSTATUS_IO_CANCEL;
-  if (std::any_of(namesakes.begin(), namesakes.end(), [](const Child& child) { return child.isProtected; }))
-    return DGSTATUS_NODE_FOLDER_DUPNAME_EXISTED;
   if (!comesWhole(entry))
     return DGSTATUS_FILE_OPEN_FAILED;
-  if (!hasRoom(session, entry, namesakes))
-    return DGSTATUS_STORAGE_FULL;
-  if (session._currentStorageNode == nullptr) { // a phone that did not answer about its room
-    session.selectStorage(m_rootPath);
-    return DGSTATUS_INTERNAL_DEVICE_NOT_RESPONSE;
-  }
+  if (const std::uint32_t status = lookForRoom(session, entry, namesakes); status != DGSTATUS_SUCCESS)
+    return status;
   MTPDextSDKWrapper& mtp = *session._mtpSDKWrapper;
   for (const Child& child : std::as_const(namesakes)) {
     if (m_run->isStopped())
@@ -280,20 +287,30 @@ std::uint32_t UploadRun::replace(DeviceSession& session, const STransferItem& en
   return DGSTATUS_SUCCESS; // what could not be deleted is in the way, and sending will say so
 }
 
+/// Whether what is in the dropped entry can go into the folder.
+std::uint32_t UploadRun::mergeInto(const Child& folder, const STransferItem& entry) {
+  if (entry.objectType() != SObjectTypeFolder)
+    return DGSTATUS_NODE_FOLDER_DUPNAME_EXISTED;
+  if (!QFileInfo(entry.srcPath()).isDir())
+    return DGSTATUS_FILE_OPEN_FAILED;
+  m_isMerging = true;
+  if (folder.item)
+    m_merged.push_back(folder.item);
+  return DGSTATUS_SUCCESS;
+}
+
 /// False when the window is gone.
 bool UploadRun::lookAt(Child& child) {
   return !child.item || m_run->onMainThread([&] {
     child.nodeID = child.item->nodeID();
     child.path = child.item->filePath();
     child.size = child.item->fileSize();
-    child.isFolder = child.item->objectType() == SObjectTypeFolder;
-    child.isProtected = m_tree.isProtected(child.item);
   });
 }
 
-/// Whether the new object finds room where the old ones are: these must not go for one that cannot come. Also true when
-/// the phone does not tell, which sending will find out. What does not grow costs no question.
-bool UploadRun::hasRoom(DeviceSession& session, const STransferItem& entry, const Children& replaced) {
+/// Success when the new object finds room where the old ones are: these must not go for one that cannot come. Also when
+/// the phone does not know its room, which sending will find out. What does not grow costs no question.
+std::uint32_t UploadRun::lookForRoom(DeviceSession& session, const STransferItem& entry, const Children& replaced) {
   const std::uint64_t wanted = m_sizes.value(&entry);
   std::uint64_t room = 0;
   const auto suffices = [&](std::uint64_t more) {
@@ -302,23 +319,29 @@ bool UploadRun::hasRoom(DeviceSession& session, const STransferItem& entry, cons
   };
   for (const Child& child : replaced)
     if (suffices(child.size))
-      return true;
-  const auto free = freeSpace(session);
-  if (!free || suffices(*free))
-    return true;
+      return DGSTATUS_SUCCESS;
+  std::optional<std::uint64_t> freeSpace;
+  if (const std::uint32_t status = askForRoom(session, freeSpace); status != DGSTATUS_SUCCESS)
+    return status;
+  if (!freeSpace || suffices(*freeSpace))
+    return DGSTATUS_SUCCESS;
   for (const Child& child : replaced)
     if (suffices(sizeBelow(*session._mtpSDKWrapper, child, wanted - room)))
-      return true;
-  return false;
+      return DGSTATUS_SUCCESS;
+  return DGSTATUS_STORAGE_FULL;
 }
 
-std::optional<std::uint64_t> UploadRun::freeSpace(DeviceSession& session) const {
+/// Not successful when there is no answer; `freeSpace` stays empty when the phone's answer does not tell.
+std::uint32_t UploadRun::askForRoom(DeviceSession& session, std::optional<std::uint64_t>& freeSpace) const {
   // Listed anew: what is known of a storage is as old as its listing.
   session._mtpSDKWrapper->initializeNodeInfo(nullptr, &session._currentStorageNode, &session._currentFolderNode);
   for (const MtpStorageInfo& storage : session._mtpSDKWrapper->storageInfoLists().value_or(QList<MtpStorageInfo>()))
-    if (storage.volumePath == m_rootPath && storage.TotalSpace > 0)
-      return storage.UsedSize - kUsedSizeBeyondFreeSpace;
-  return std::nullopt;
+    if (storage.volumePath == m_rootPath && session._currentStorageNode != nullptr) {
+      if (storage.TotalSpace > 0)
+        freeSpace = storage.UsedSize - kUsedSizeBeyondFreeSpace;
+      return DGSTATUS_SUCCESS;
+    }
+  return DGSTATUS_INTERNAL_DEVICE_NOT_RESPONSE;
 }
 
 /// The bytes of the files below a folder of the phone, as far as `enough`. A phone whose folders lead round in circles
@@ -358,6 +381,8 @@ void UploadRun::forget(const Child& child) {
 }
 
 std::uint32_t UploadRun::sendFolder(DeviceSession& session, const STransferItem& entry) {
+  if (m_isMerging && entry.subFolderPath().isNull())
+    return DGSTATUS_SUCCESS; // it is there
   MTPDextSDKWrapper& mtp = *session._mtpSDKWrapper;
   _MTP_COMMON_NODE* parent = makeTarget(mtp);
   // Without the target the storage's top level would be meant, and a namesake there is no folder of this upload.
@@ -368,6 +393,8 @@ std::uint32_t UploadRun::sendFolder(DeviceSession& session, const STransferItem&
     return DGSTATUS_NODE_IS_NOT_EXISTED;
   std::uint32_t status = DGSTATUS_SUCCESS;
   _MTP_FOLDER_NODE* const folder = mtp.createFolder(parent, entry.fileName(), status);
+  if (m_isMerging && status == DGSTATUS_NODE_FOLDER_DUPNAME_EXISTED)
+    return DGSTATUS_SUCCESS; // its contents go into that one likewise
   if (status != DGSTATUS_SUCCESS || !entry.subFolderPath().isNull())
     return status;
   const ItemPointer item = newItem(entry);
@@ -413,7 +440,8 @@ UploadRun::ItemPointer UploadRun::newItem(const STransferItem& entry) const {
 }
 
 void UploadRun::added(const ItemPointer& item) {
-  m_children.insert(comparableName(item->fileName()), {item, item->fileName(), {}, {}});
+  m_children.insert(comparableName(item->fileName()),
+                    {item, item->fileName(), {}, {}, 0, item->objectType() == SObjectTypeFolder});
   m_added.push_back(item);
 }
 
@@ -447,6 +475,8 @@ _MTP_FOLDER_NODE* UploadRun::targetFolder(MTPDextSDKWrapper& mtp) {
 }
 
 void UploadRun::showAdded() {
+  for (const ItemPointer& folder : m_merged)
+    m_run->onMainThread([&] { m_tree.mergedInto(folder); });
   if (!m_added.empty() || m_hasReplaced)
     m_run->onMainThread(
         [this] { m_tree.addUploaded(m_drop.target, m_added, !m_added.empty() && !m_run->isCanceled()); });

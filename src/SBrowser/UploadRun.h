@@ -20,8 +20,6 @@
 class UploadTree {
 public:
   virtual ~UploadTree() = default;
-  /// Whether the item is a folder of the phone's own, which is never deleted.
-  virtual bool isProtected(const std::shared_ptr<SItem>& item) const = 0;
   /// Takes the item, which the phone has no more, from its parent's children. Its row may go somewhat later, but goes
   /// before addUploaded() has returned.
   virtual void removeReplaced(const std::shared_ptr<SItem>& item) = 0;
@@ -30,6 +28,9 @@ public:
   /// that came one by one would have the whole folder shown anew each time.
   virtual void addUploaded(const std::shared_ptr<SItem>& target, const std::vector<std::shared_ptr<SItem>>& items,
                            bool expands) = 0;
+  /// Something went into the folder, a child of the target that stayed where a dropped folder has its name: it is to be
+  /// listed anew when it is opened.
+  virtual void mergedInto(const std::shared_ptr<SItem>& folder) = 0;
   /// The upload has come to its regular end.
   virtual void uploadCompleted() = 0;
   /// Opens the row that was dropped on.
@@ -64,7 +65,6 @@ private:
     QString path;
     std::uint64_t size = 0; // bytes; 0 for a folder
     bool isFolder = false;
-    bool isProtected = false; // asked of the tree likewise
   };
   using Children = QList<Child>;
 
@@ -72,7 +72,8 @@ private:
   void listTarget();
   void indexTarget();
   bool isTaken(const QString& name) const;
-  bool deletesFolder(const QString& name);
+  bool isProtected(const Child& child) const;
+  bool deletesFolder(const QString& name) const;
   void plan();
   void planPath(const QString& path);
   void planFolder(const QString& path, const QString& name);
@@ -83,8 +84,9 @@ private:
   std::uint32_t replace(DeviceSession& session, const STransferItem& entry);
   bool comesWhole(const STransferItem& entry) const;
   bool lookAt(Child& child);
-  bool hasRoom(DeviceSession& session, const STransferItem& entry, const Children& replaced);
-  std::optional<std::uint64_t> freeSpace(DeviceSession& session) const;
+  std::uint32_t mergeInto(const Child& folder, const STransferItem& entry);
+  std::uint32_t lookForRoom(DeviceSession& session, const STransferItem& entry, const Children& replaced);
+  std::uint32_t askForRoom(DeviceSession& session, std::optional<std::uint64_t>& freeSpace) const;
   std::uint64_t sizeBelow(MTPDextSDKWrapper& mtp, const Child& folder, std::uint64_t enough) const;
   void forget(const Child& child);
   std::uint32_t sendFolder(DeviceSession& session, const STransferItem& entry);
@@ -116,6 +118,8 @@ private:
   QSet<const STransferItem*> m_incomplete;            // dropped folders of which something was left out
   QStringList m_unplanned;                            // names of what was not reached when the run was stopped
   _MTP_COMMON_NODE* m_targetNode = nullptr;           // a name, never followed
+  bool m_isMerging = false; // what is below the dropped folder goes into one that the phone has
   std::vector<ItemPointer> m_added;
-  bool m_hasReplaced = false; // some row was taken from the tree
+  std::vector<ItemPointer> m_merged; // folders of the tree that got something without being replaced
+  bool m_hasReplaced = false;        // some row was taken from the tree
 };

@@ -162,10 +162,6 @@ void Uploads::closeDialog() {
 
 // ---- The tree ----
 
-bool Uploads::isProtected(const ItemPointer& item) const {
-  return m_window.menuTypeForItem(item) == kMenuTypeProtected;
-}
-
 void Uploads::removeReplaced(const ItemPointer& item) {
   m_window.outlineModel().removeItem(item);
   if (item->parentItem() == m_window.currentFolderItem() && !m_reloadTimer)
@@ -205,6 +201,12 @@ void Uploads::insert(const ItemPointer& target, const std::vector<ItemPointer>& 
     else
       children->insert(firstFile++, item);
   m_window.outlineModel().setChildren(target, children);
+}
+
+void Uploads::mergedInto(const ItemPointer& folder) {
+  m_window.layout()._outlineView->collapse(m_window.outlineModel().indexOfItem(*folder));
+  folder->setIsListed(false);
+  m_window.publishChildren(folder, nullptr);
 }
 
 void Uploads::uploadCompleted() {

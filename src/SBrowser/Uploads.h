@@ -63,9 +63,9 @@ private:
   void insert(const ItemPointer& target, const std::vector<ItemPointer>& items);
 
   // UploadTree
-  bool isProtected(const ItemPointer& item) const override;
   void removeReplaced(const ItemPointer& item) override;
   void addUploaded(const ItemPointer& target, const std::vector<ItemPointer>& items, bool expands) override;
+  void mergedInto(const ItemPointer& folder) override;
   void uploadCompleted() override;
   void expandDropped(const ItemPointer& item) override;
 

@@ -31,11 +31,43 @@ TEST_F(DeviceEventsTest, ObjectsAddedAndRemovedLeadToARebuildOtherEventsDoNot) {
 }
 
 TEST_F(DeviceEventsTest, ObjectsAddedDuringATransferDoNotCountRemovedOnesAlwaysDo) {
-  events.isTransferProcess = true;
+  events.setIsTransferProcess(true);
   send(DeviceEvents::kObjectAdded);
   EXPECT_FALSE(events.isRebuildPending());
   send(DeviceEvents::kObjectRemoved);
   EXPECT_TRUE(events.isRebuildPending());
+}
+
+TEST_F(DeviceEventsTest, ObjectsAddedDuringATransferStartTheQuietPeriodWhenItIsOver) {
+  events.setIsTransferProcess(true);
+  send(DeviceEvents::kObjectAdded);
+  std::thread([this] { send(DeviceEvents::kObjectAdded); }).join();
+  QCoreApplication::processEvents();
+  timers.advance(std::chrono::minutes(1));
+  EXPECT_EQ(rebuilds, 0);
+  events.setIsTransferProcess(false);
+  EXPECT_TRUE(events.isRebuildPending());
+  timers.advance(DeviceEvents::kQuietPeriod);
+  EXPECT_EQ(rebuilds, 1);
+  events.setIsTransferProcess(true);
+  events.setIsTransferProcess(false);
+  EXPECT_FALSE(events.isRebuildPending());
+}
+
+TEST_F(DeviceEventsTest, AnObjectAddedWhoseTransferIsOverWhenTheMainThreadHearsOfItCounts) {
+  events.setIsTransferProcess(true);
+  std::thread([this] { send(DeviceEvents::kObjectAdded); }).join();
+  events.setIsTransferProcess(false);
+  EXPECT_FALSE(events.isRebuildPending());
+  ASSERT_TRUE(QTest::qWaitFor([this] { return events.isRebuildPending(); }, 60'000));
+}
+
+TEST_F(DeviceEventsTest, WhatWasMissedDuringATransferIsForgottenWithTheTimer) {
+  events.setIsTransferProcess(true);
+  send(DeviceEvents::kObjectAdded);
+  events.dropTimer();
+  events.setIsTransferProcess(false);
+  EXPECT_FALSE(events.isRebuildPending());
 }
 
 TEST_F(DeviceEventsTest, EveryEventStartsTheQuietPeriodAnew) {

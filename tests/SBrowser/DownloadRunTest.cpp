@@ -255,6 +255,53 @@ TEST_F(Download, WhatComesIntoBeingOnThePhoneCountsAgainAfterADownload) {
   EXPECT_TRUE(waitUntil([this] { return controller->isRebuildPending(); }));
 }
 
+TEST_F(Download, WhatCameIntoAListedFolderSinceIsCopiedAndShown) {
+  outline().expand(row(QStringLiteral("DCIM")));
+  ASSERT_TRUE(settle());
+  outline().expand(row(QStringLiteral("Camera"), row(QStringLiteral("DCIM"))));
+  ASSERT_TRUE(settle());
+  const ItemPointer before = model().itemAtIndex(row(QStringLiteral("Camera"), row(QStringLiteral("DCIM"))));
+  sdk->setContent(sdk->addFile(dcim, QStringLiteral("new.jpg")), "new");
+  sdk->setContent(sdk->addFile(camera, QStringLiteral("newer.jpg")), "newer");
+  sdk->remove(sdk->child(dcim, QStringLiteral("b.jpg")));
+  ASSERT_TRUE(copy({QStringLiteral("DCIM")}));
+  EXPECT_EQ(copied(), QStringList({"DCIM/", "DCIM/Camera/", "DCIM/Camera/newer.jpg", "DCIM/a.jpg", "DCIM/new.jpg"}));
+  EXPECT_EQ(content("DCIM/Camera/newer.jpg"), "newer");
+  EXPECT_EQ(rows(row(QStringLiteral("DCIM"))), QStringList({"Camera", "a.jpg", "new.jpg"}));
+  EXPECT_EQ(model().itemAtIndex(row(QStringLiteral("Camera"), row(QStringLiteral("DCIM")))), before);
+  EXPECT_EQ(rows(row(QStringLiteral("Camera"), row(QStringLiteral("DCIM")))), QStringList{QStringLiteral("newer.jpg")});
+}
+
+TEST_F(Download, AFolderOpenedAndChosenBeforeTheTreeWasBuiltAnewIsCopiedAsItIsNow) {
+  outline().expand(row(QStringLiteral("DCIM")));
+  ASSERT_TRUE(settle());
+  const Items before = items({QStringLiteral("DCIM")});
+  sdk->setContent(sdk->addFile(dcim, QStringLiteral("new.jpg")), "new");
+  controller->updateMTPChangeProcess();
+  ASSERT_TRUE(settle());
+  downloads().namesOfPromisedFilesDroppedAtDestination(target(), before);
+  ASSERT_TRUE(settle());
+  EXPECT_EQ(content("DCIM/new.jpg"), "new");
+  EXPECT_EQ(content("DCIM/a.jpg"), "aaaa");
+}
+
+TEST_F(Download, WhatComesIntoBeingDuringADownloadIsShownWhenItHasEnded) {
+  Gate gate;
+  sdk->setHook(Operation::GetFileEx, [&] { gate.pass(); });
+  drop({QStringLiteral("readme.txt")});
+  ASSERT_TRUE(waitUntil([&] { return gate.waiting() == 1; }));
+  sdk->addFile(phone, QStringLiteral("new.txt"));
+  EXPECT_TRUE(sdk->sendEvent(device, DeviceEvents::kObjectAdded));
+  EXPECT_FALSE(controller->isRebuildPending());
+  gate.open();
+  ASSERT_TRUE(settle());
+  EXPECT_TRUE(controller->isRebuildPending());
+  timers.advance(DeviceEvents::kQuietPeriod);
+  ASSERT_TRUE(settle());
+  EXPECT_TRUE(rows().contains(QStringLiteral("new.txt")));
+  sdk->setHook(Operation::GetFileEx, [] {});
+}
+
 TEST_F(Download, AFolderChosenBeforeTheTreeWasBuiltAnewIsCopiedWithAllItHolds) {
   const Items before = items({QStringLiteral("DCIM"), QStringLiteral("readme.txt")});
   controller->updateMTPChangeProcess();

@@ -569,6 +569,24 @@ TEST_F(SBrowserWindowControllerTest, AFailedExpansionLeavesTheFolderUnlistedForA
   EXPECT_EQ(rows(row(QStringLiteral("DCIM"))).size(), 3);
 }
 
+TEST_F(SBrowserWindowControllerTest, AFolderThatCouldNotBeListedIsAskedForAgainWhenItIsOpenedAgain) {
+  connectPhone();
+  const ItemPointer item = itemNamed(QStringLiteral("DCIM"));
+  for (const Operation operation : {Operation::GetFolderListHead, Operation::GetFileListHead}) {
+    sdk->setStatus(operation, 0x1310000C);
+    controller->gotoNewFolder(item);
+    ASSERT_TRUE(settle());
+    EXPECT_EQ(currentFolder(), QStringLiteral("DCIM"));
+    EXPECT_FALSE(item->isListed());
+    EXPECT_EQ(item->childObjects(), nullptr);
+    sdk->setStatus(operation, std::nullopt);
+  }
+  controller->gotoNewFolder(item);
+  ASSERT_TRUE(settle());
+  EXPECT_EQ(rows(), QStringList({"Camera", "a.jpg", "b.jpg"}));
+  EXPECT_TRUE(item->isListed());
+}
+
 TEST_F(SBrowserWindowControllerTest, AFolderWhoseNodeThePhoneForgotIsFoundByItsPath) {
   connectPhone();
   const ItemPointer item = itemNamed(QStringLiteral("DCIM"));

@@ -77,6 +77,25 @@ TEST_F(TransferPresenterTest, WhenTheTransferHasEndedAllOfThatIsOver) {
   EXPECT_EQ(inhibitions, 0);
 }
 
+TEST_F(TransferPresenterTest, ATransferThatEndsWithoutCompletingIsNoneForTheWindow) {
+  const auto run = presenter->begin(session);
+  end(run); // as every download does
+  EXPECT_FALSE(isTransferProcess);
+  EXPECT_TRUE(run->isTransferProcess());
+}
+
+TEST_F(TransferPresenterTest, ADetachedRunThatEndsLateDoesNotPutItsListOverALaterOnes) {
+  const auto run = presenter->begin(session);
+  run->record(QStringLiteral("old"), TransferOutcome::Copied);
+  presenter->detach();
+  const auto next = presenter->begin(newSession());
+  next->record(QStringLiteral("new"), TransferOutcome::Copied);
+  end(next);
+  end(run);
+  ASSERT_EQ(presenter->lastTransfer().size(), 1U);
+  EXPECT_EQ(presenter->lastTransfer()[0].name, QStringLiteral("new"));
+}
+
 TEST_F(TransferPresenterTest, CanceledThePanelGoesAtOnceAndTheRestWhenTheRunHasEnded) {
   const auto run = presenter->begin(session);
   presenter->cancel();

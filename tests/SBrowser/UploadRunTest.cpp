@@ -289,17 +289,46 @@ TEST_F(UploadRunTest, OfAFolderTheQuestionSaysThatAllInItGoes) {
   ASSERT_TRUE(finish());
 }
 
-TEST_F(UploadRunTest, AFolderOfThePhonesOwnIsNeverDeletedForAReplacement) {
-  write(QStringLiteral("DCIM/new.jpg"), "new");
+TEST_F(UploadRunTest, AFolderOfThePhonesOwnIsNeverDeletedTheNewContentsGoIntoIt) {
+  expand(QStringLiteral("DCIM"));
   write(QStringLiteral("DCIM/a.jpg"), "other");
-  const QByteArray before = sdk->content(sdk->child(dcim, QStringLiteral("a.jpg")));
+  write(QStringLiteral("DCIM/new.jpg"), "new");
+  write(QStringLiteral("DCIM/Camera/c.jpg"), "c");
+  write(QStringLiteral("DCIM/Else/e.jpg"), "e");
   drop({computer.filePath(QStringLiteral("DCIM"))});
   answer("MNU_Replace");
   ASSERT_TRUE(finish());
   EXPECT_EQ(sdk->calls(Operation::DeleteNode), 0);
-  EXPECT_EQ(onPhone(dcim), Contents({"Camera/", "a.jpg", "b.jpg", "new.jpg"})) << "what is new goes into it";
-  EXPECT_EQ(sdk->content(sdk->child(dcim, QStringLiteral("a.jpg"))), before);
-  EXPECT_EQ(outcomes(), QStringList({"failed DCIM 10000006", "failed DCIM/a.jpg 10000005", "copied DCIM/new.jpg"}));
+  EXPECT_EQ(onPhone(dcim), Contents({"Camera/", "Else/", "a.jpg", "b.jpg", "new.jpg"}));
+  EXPECT_EQ(onPhone(camera), Contents({"c.jpg"}));
+  EXPECT_EQ(sdk->content(sdk->child(dcim, QStringLiteral("a.jpg"))), QByteArray());
+  EXPECT_EQ(outcomes(),
+            QStringList({"copied DCIM", "copied DCIM/Camera", "copied DCIM/Camera/c.jpg", "copied DCIM/Else",
+                         "copied DCIM/Else/e.jpg", "failed DCIM/a.jpg 10000005", "copied DCIM/new.jpg"}));
+  EXPECT_EQ(rows(), QStringList({"DCIM", "Empty", "readme.txt"}));
+  expand(QStringLiteral("DCIM"));
+  EXPECT_EQ(rows(row(QStringLiteral("DCIM"))), QStringList({"Camera", "Else", "a.jpg", "b.jpg", "new.jpg"}));
+}
+
+TEST_F(UploadRunTest, AFolderOfThePhonesOwnIsNotDeletedEitherWhenTheStorageIsNotListed) {
+  root()->setIsListed(false);
+  write(QStringLiteral("DCIM/new.jpg"), "new");
+  drop({computer.filePath(QStringLiteral("DCIM"))}, root());
+  answer("MNU_Replace");
+  ASSERT_TRUE(finish());
+  EXPECT_EQ(sdk->calls(Operation::DeleteNode), 0);
+  EXPECT_EQ(onPhone(dcim), Contents({"Camera/", "a.jpg", "b.jpg", "new.jpg"}));
+}
+
+TEST_F(UploadRunTest, AFolderDeeperDownMayHaveANameOfThePhonesOwnAndIsReplaced) {
+  sdk->addFile(sdk->addFolder(camera, QStringLiteral("Music")), QStringLiteral("old"));
+  doubleClick(QStringLiteral("DCIM"));
+  ASSERT_TRUE(settle());
+  write(QStringLiteral("Music/new"));
+  drop({computer.filePath(QStringLiteral("Music"))}, itemNamed(QStringLiteral("Camera")));
+  answer("MNU_Replace");
+  ASSERT_TRUE(finish());
+  EXPECT_EQ(onPhone(sdk->child(camera, QStringLiteral("Music"))), Contents({"new"}));
 }
 
 TEST_F(UploadRunTest, AFileDoesNotTakeThePlaceOfAFolderOfThePhonesOwn) {
@@ -502,6 +531,30 @@ TEST_F(UploadToFullCard, APhoneThatDoesNotAnswerAboutItsRoomKeepsTheOldFile) {
   drop({write(QStringLiteral("song"), QByteArray(300, 'n')), write(QStringLiteral("other"))});
   EXPECT_NE(waitForAlert(), nullptr);
   sdk->setStatusAt(Operation::GetStorageListHead, 1, DGSTATUS_INTERNAL_DEVICE_NOT_RESPONSE);
+  answer("MNU_Replace");
+  ASSERT_TRUE(finish());
+  EXPECT_EQ(sdk->calls(Operation::DeleteNode), 0);
+  EXPECT_EQ(outcomes(), QStringList({"failed song 13000008", "copied other"}));
+}
+
+TEST_F(UploadToFullCard, AfterAQuestionForTheRoomThatWentUnansweredFoldersStillFindTheirPlace) {
+  write(QStringLiteral("new/sub/x"));
+  makeFolder(QStringLiteral("new/empty"));
+  drop({write(QStringLiteral("song"), QByteArray(300, 'n')), computer.filePath(QStringLiteral("new"))});
+  EXPECT_NE(waitForAlert(), nullptr);
+  sdk->setStatusAt(Operation::GetStorageListHead, 1, DGSTATUS_INTERNAL_DEVICE_NOT_RESPONSE);
+  sdk->setStatusAt(Operation::GetStorageListHead, 2, DGSTATUS_INTERNAL_DEVICE_NOT_RESPONSE);
+  answer("MNU_Replace");
+  ASSERT_TRUE(finish());
+  EXPECT_EQ(sdk->calls(Operation::DeleteNode), 0);
+  EXPECT_EQ(outcomes(), QStringList({"failed song 13000008", "copied new", "copied new/empty", "copied new/sub",
+                                     "copied new/sub/x"}));
+}
+
+TEST_F(UploadToFullCard, APhoneThatAnswersOnlyHalfAboutItsRoomKeepsTheOldFile) {
+  drop({write(QStringLiteral("song"), QByteArray(300, 'n')), write(QStringLiteral("other"))});
+  EXPECT_NE(waitForAlert(), nullptr);
+  sdk->setStatusAt(Operation::GetNextStorageNode, 2, DGSTATUS_INTERNAL_DEVICE_NOT_RESPONSE); // the card is missing
   answer("MNU_Replace");
   ASSERT_TRUE(finish());
   EXPECT_EQ(sdk->calls(Operation::DeleteNode), 0);
