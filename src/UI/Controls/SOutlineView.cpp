@@ -334,7 +334,7 @@ void SOutlineView::closeContextMenu() {
 
 bool SOutlineView::eventFilter(QObject* watched, QEvent* event) {
   const bool isPress = event->type() == QEvent::MouseButtonPress || event->type() == QEvent::MouseButtonDblClick;
-  if (watched != _ownerMenu || !isPress) {
+  if (!isPress || watched != _ownerMenu) { // asked in this order: a menu that is ending is no menu any more
     return QTreeView::eventFilter(watched, event);
   }
   // The open menu gets all presses, those on the rows, too. The right button means a menu for them then, also where
