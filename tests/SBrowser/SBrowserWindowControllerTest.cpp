@@ -24,6 +24,16 @@ namespace {
 
 class SBrowserWindowControllerTest : public BrowserFixture {
 protected:
+  /// The phone's own storage is shown, at once because it was listed before, while the card's listing waits at `gate`.
+  void switchBackDuringTheCardsListing(Gate& gate) {
+    addPhone();
+    addCard();
+    connect();
+    sdk->setHook(Operation::GetFolderListHead, [&gate] { gate.pass(); });
+    controller->setSelectedStorage(2);
+    ASSERT_TRUE(waitUntil([&] { return gate.waiting() == 1; }));
+    controller->setSelectedStorage(1);
+  }
   WindowLayout& layout() const { return controller->layout(); }
   QString title() const { return controller->window()->windowTitle(); }
   QWidget& loadingView() const { return *layout()._loadingViewController->view(); }
@@ -693,14 +703,8 @@ TEST_F(SBrowserWindowControllerTest, GoingBackDuringASlowListingIsNotUndoneByIt)
 }
 
 TEST_F(SBrowserWindowControllerTest, SwitchingBackToAStorageDuringTheOthersListingStaysThere) {
-  addPhone();
-  addCard();
-  connect();
   Gate gate;
-  sdk->setHook(Operation::GetFolderListHead, [&] { gate.pass(); });
-  controller->setSelectedStorage(2);
-  ASSERT_TRUE(waitUntil([&] { return gate.waiting() == 1; }));
-  controller->setSelectedStorage(1);
+  ASSERT_NO_FATAL_FAILURE(switchBackDuringTheCardsListing(gate));
   gate.open();
   ASSERT_TRUE(settle());
   EXPECT_EQ(currentFolder(), QStringLiteral("Phone"));
@@ -890,14 +894,8 @@ TEST_F(SBrowserWindowControllerTest, ThePhonesStandardTopLevelFoldersAreProtecte
 }
 
 TEST_F(SBrowserWindowControllerTest, TheStandardFoldersStayProtectedWhileThePhoneIsBusyWithTheOtherStorage) {
-  addPhone();
-  addCard();
-  connect();
   Gate gate;
-  sdk->setHook(Operation::GetFolderListHead, [&] { gate.pass(); });
-  controller->setSelectedStorage(2);
-  ASSERT_TRUE(waitUntil([&] { return gate.waiting() == 1; }));
-  controller->setSelectedStorage(1); // listed before: shown at once
+  ASSERT_NO_FATAL_FAILURE(switchBackDuringTheCardsListing(gate));
   ASSERT_EQ(currentFolder(), QStringLiteral("Phone"));
   EXPECT_EQ(controller->menuTypeForItem(itemNamed(QStringLiteral("DCIM"))), kMenuTypeProtected);
   outline().setCurrentIndex(row(QStringLiteral("DCIM")));
