@@ -13,7 +13,7 @@ windows() { xdotool search --onlyvisible --name "$1" >/tmp/window 2>/dev/null &&
 alive() { kill -0 "$browser" 2>/dev/null; }
 ended() { ! alive; }
 
-Xvfb :7 -screen 0 1024x768x24 >/dev/null 2>&1 &
+Xvfb :7 -noreset -screen 0 1024x768x24 >/dev/null 2>&1 &
 display_up() { xdotool getdisplaygeometry >/dev/null 2>&1; }
 check "a display is there" within 30 display_up
 
