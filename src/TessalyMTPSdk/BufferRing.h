@@ -14,7 +14,7 @@ namespace mtp {
 /// One thread fills, one empties; close() may be called by any.
 class BufferRing {
 public:
-  static constexpr std::size_t BufferSize = std::size_t{1} << 20; // one large bulk transfer
+  static constexpr std::size_t BufferSize = std::size_t{2} << 20; // a few large bulk transfers
   static constexpr std::size_t Buffers = 4;
   static constexpr std::chrono::milliseconds AskInterval{50};
 

@@ -146,6 +146,7 @@ Device::~Device() {
 }
 
 Status Device::connect() {
+  tzset(); // the computer may have travelled since the last phone came
   m_session.onReopened([this] {
     log(LogLevel::Info, "the phone started a new session; everything is listed anew");
     const std::lock_guard lock(m_registry.mutex);

@@ -1,9 +1,7 @@
 #include "TessalyMTPSdk/FileReceiver.h"
 
-#include "TessalyMTPSdk/FileWriter.h"
 #include "TessalyMTPSdk/Logging.h"
 #include "TessalyMTPSdk/ObjectDates.h"
-#include "TessalyMTPSdk/PartialFile.h"
 
 namespace mtp {
 
@@ -21,27 +19,38 @@ FileReceiver::FileReceiver(Device& device, Subject subject, FileFacts facts, Tra
     , m_facts(std::move(facts))
     , m_progress(std::move(progress)) {}
 
+bool FileReceiver::isSmall() const {
+  return m_facts.size < SmallestAskedFor;
+}
+
 Status FileReceiver::receive(const std::string& destination) {
   const Session::Watch watch = [this](std::uint64_t) { return m_progress.waiting(); };
-  PartialFile partial;
-  if (const Status status = partial.open(destination); status != DGSTATUS_SUCCESS)
-    return status;
+  if (!isSmall()) {
+    if (const Status status = m_partial.open(destination); status != DGSTATUS_SUCCESS)
+      return status;
+  }
   m_alone = m_device.session().exclusive(watch);
   if (!m_alone)
     return DGSTATUS_IO_CANCEL;
   if (!m_device.isCurrent(m_subject.epoch))
     return DGSTATUS_NODE_IS_NOT_EXISTED;
-  if (m_facts.size < SmallestAskedFor)
+  if (isSmall())
     m_declared = {m_facts.size};
   else if (const Reply reply = askSize(m_device, m_subject.handle, m_declared, watch); !reply.ok())
     return refused(reply);
-  const std::uint64_t likely = likelySize();
-  m_progress.setTotal(likely);
-  if (const Status status = partial.checkRoom(likely); status != DGSTATUS_SUCCESS)
+  m_progress.setTotal(likelySize());
+  if (const Status status = receiveContents(destination); status != DGSTATUS_SUCCESS)
     return status;
-  if (const Status status = receiveInto(partial.file(), partial.replaces()); status != DGSTATUS_SUCCESS)
+  return m_progress.done() ? m_partial.commit(parseDate(m_facts.date)) : DGSTATUS_IO_CANCEL;
+}
+
+/// That there is no room for a small file shows when it is written.
+Status FileReceiver::prepare(const std::string& destination) {
+  if (const Status status = isSmall() ? m_partial.open(destination) : m_partial.checkRoom(likelySize());
+      status != DGSTATUS_SUCCESS)
     return status;
-  return m_progress.done() ? partial.commit(parseDate(m_facts.date)) : DGSTATUS_IO_CANCEL;
+  m_writer.emplace(m_partial.file(), m_partial.replaces(), likelySize());
+  return DGSTATUS_SUCCESS;
 }
 
 /// What 32 bits cannot tell the listing may.
@@ -49,26 +58,38 @@ std::uint64_t FileReceiver::likelySize() const {
   return m_declared.fits(m_facts.size) ? m_facts.size : m_declared.bytes;
 }
 
-Status FileReceiver::receiveInto(int file, bool durable) {
-  const BufferRing::Waiting waiting = [this] { return m_progress.waiting(); };
-  FileWriter writer(file, durable, likelySize());
-  std::uint64_t received = 0;
+bool FileReceiver::take(Bytes piece) {
+  m_received += piece.size();
+  if (!m_writer) // a small file is over sooner than a phone that was cancelled is ready again
+    return m_received <= FileWriter::Small;
+  m_partial.unsettle();
+  if (!m_writer->put(piece, [this] { return m_progress.waiting(); }))
+    return false;
+  // The phone's response is still to come. Where the writer has a thread, the last bytes may not be written yet.
+  if (m_received == likelySize() && m_writer->isAtOnce())
+    m_partial.settle(parseDate(m_facts.date));
+  return true;
+}
+
+Status FileReceiver::receiveContents(const std::string& destination) {
+  Status prepared = isSmall() ? DGSTATUS_SUCCESS : prepare(destination);
+  if (prepared != DGSTATUS_SUCCESS)
+    return prepared;
   const Reply reply = m_device.session().receive(
-      Operation::GetObject, {m_subject.handle},
-      [&](Bytes piece) {
-        received += piece.size();
-        return writer.put(piece, waiting);
-      },
-      [this](std::uint64_t moved) { return m_progress.at(moved); }, likelySize());
-  if (const Status status = writer.status(); status != DGSTATUS_SUCCESS)
-    return status;
+      Operation::GetObject, {m_subject.handle}, [this](Bytes piece) { return take(piece); },
+      [this](std::uint64_t moved) { return m_progress.at(moved); }, likelySize(),
+      isSmall() ? [&] { prepared = prepare(destination); } : Session::Asked());
+  if (prepared != DGSTATUS_SUCCESS)
+    return prepared;
+  if (m_writer && m_writer->status() != DGSTATUS_SUCCESS)
+    return m_writer->status();
   if (!reply.ok())
     return refused(reply);
-  if (const Status status = checkSize(received); status != DGSTATUS_SUCCESS)
+  if (const Status status = checkSize(m_received); status != DGSTATUS_SUCCESS)
     return status;
   m_alone.unlock(); // the rest is the computer's
-  if (!writer.finish(waiting))
-    return m_progress.isStopped() ? DGSTATUS_IO_CANCEL : writer.status();
+  if (!m_writer->finish([this] { return m_progress.waiting(); }))
+    return m_progress.isStopped() ? DGSTATUS_IO_CANCEL : m_writer->status();
   return DGSTATUS_SUCCESS;
 }
 

@@ -1,7 +1,9 @@
 #pragma once
 // Copies one file of the phone to the computer.
+#include "TessalyMTPSdk/FileWriter.h"
 #include "TessalyMTPSdk/ObjectMutation.h"
 #include "TessalyMTPSdk/ObjectSize.h"
+#include "TessalyMTPSdk/PartialFile.h"
 #include "TessalyMTPSdk/TransferProgress.h"
 
 namespace mtp {
@@ -13,7 +15,8 @@ struct FileFacts {
 };
 
 /// One copy, on one thread. Two transactions: the file's size, its contents. Of a small file one, unless its contents
-/// are not of the size that the listing told: then the phone is asked whether they are all.
+/// are not of the size that the listing told: then the phone is asked whether they are all. For a small file the
+/// computer's work is done while the phone does its own.
 class FileReceiver {
 public:
   FileReceiver(Device& device, Subject subject, FileFacts facts, TransferProgress progress);
@@ -23,7 +26,10 @@ public:
   Status receive(const std::string& destination);
 
 private:
-  Status receiveInto(int file, bool durable);
+  Status prepare(const std::string& destination);
+  Status receiveContents(const std::string& destination);
+  bool isSmall() const;
+  bool take(Bytes piece);
   Status refused(const Reply& reply);
   Status checkSize(std::uint64_t received);
   std::uint64_t likelySize() const;
@@ -34,6 +40,9 @@ private:
   TransferProgress m_progress;
   Session::Exclusive m_alone;
   DeclaredSize m_declared;
+  PartialFile m_partial;
+  std::optional<FileWriter> m_writer; // into m_partial; none: the file could not be prepared
+  std::uint64_t m_received = 0;       // bytes
 };
 
 } // namespace mtp

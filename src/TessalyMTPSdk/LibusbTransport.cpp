@@ -1,5 +1,7 @@
 #include "TessalyMTPSdk/LibusbTransport.h"
 
+#include "TessalyMTPSdk/CoarseClock.h"
+
 #include <algorithm>
 #include <atomic>
 #include <cassert>
@@ -32,7 +34,7 @@ std::vector<std::byte> UsbEventAssembler::take(std::span<const std::byte> packet
 
 namespace {
 
-using Clock = std::chrono::steady_clock;
+using Clock = CoarseClock;
 using Milliseconds = Transport::Milliseconds;
 
 constexpr std::size_t smallSize = 16 * 1024;
@@ -40,6 +42,8 @@ constexpr std::size_t smallSize = 16 * 1024;
 constexpr std::size_t largeSize = 1024 * 1024;
 constexpr std::size_t smallPending = 2; // data and response
 constexpr std::size_t largePending = 4;
+// While one is on the bus the kernel copies the next one.
+constexpr std::size_t outSize = 512 * 1024;
 constexpr std::size_t outPending = 3;
 constexpr std::size_t eventsPending = 4;
 // So long after a transaction the next one is likely, and the event thread leaves the USB to the transacting thread:
@@ -205,9 +209,9 @@ private:
   Queue m_stuck; // the kernel did not give them back: kept until close()
   std::vector<TransferPtr> m_freeSmall, m_freeLarge, m_freeOut;
   std::uint64_t m_expected = 0; // bytes of the current transfer not yet handed out, as far as known
-  std::size_t m_largeIn = largeSize, m_largeOut = largeSize; // lowered when the kernel lends less
-  bool m_answerDue = false;                                  // nothing was read since the last write
-  bool m_outOpen = false;                                    // a transfer to the phone has begun and not ended
+  std::size_t m_largeIn = largeSize, m_largeOut = outSize; // lowered when the kernel lends less
+  bool m_answerDue = false;                                // nothing was read since the last write
+  bool m_outOpen = false;                                  // a transfer to the phone has begun and not ended
 
   Queue m_eventTransfers;
   UsbEventAssembler m_assembler;

@@ -38,6 +38,19 @@ bool take(std::u16string_view& text, std::size_t digits, int least, int most, in
   return value >= least && value <= most;
 }
 
+/// As mktime() without looking whether the time zone's file has changed, which it does at each call: beside a small
+/// file of a phone that shows. An hour that the clocks leave out is told as one beside it.
+std::time_t fromLocalTime(std::tm date) {
+  const std::time_t asUniversal = timegm(&date);
+  const auto at = [asUniversal](std::time_t guess) {
+    std::tm local{};
+    return localtime_r(&guess, &local) ? asUniversal - local.tm_gmtoff : asUniversal;
+  };
+  const std::time_t first = at(asUniversal);
+  const std::time_t second = at(first);
+  return at(second) == second ? second : first;
+}
+
 } // namespace
 
 std::u16string sentDate(std::time_t time) {
@@ -70,10 +83,8 @@ std::optional<std::time_t> parseDate(std::u16string_view text) {
     while (!text.empty() && text.front() >= u'0' && text.front() <= u'9')
       text.remove_prefix(1);
   }
-  if (text.empty()) {
-    date.tm_isdst = -1;
-    return std::mktime(&date);
-  }
+  if (text.empty())
+    return fromLocalTime(date);
   const char16_t zone = text.front();
   text.remove_prefix(1);
   int hours = 0;

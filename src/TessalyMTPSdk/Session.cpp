@@ -93,6 +93,7 @@ struct Session::Exchange {
   const Source* source = nullptr; // null: the data phase, if there is one, comes from the phone
   std::uint64_t toSend = 0;       // bytes of the data phase to the phone
   const Watch* watch = nullptr;
+  const Asked* asked = nullptr;
   std::uint64_t likelySize = 0; // of the data phase from the phone; 0: nothing is known
   Milliseconds firstByte{};     // limit for the next byte to come
 
@@ -156,11 +157,12 @@ Reply Session::receive(Operation operation, std::initializer_list<std::uint32_t>
 }
 
 Reply Session::receive(Operation operation, std::initializer_list<std::uint32_t> parameters, const Sink& sink,
-                       const Watch& watch, std::uint64_t likelySize) {
+                       const Watch& watch, std::uint64_t likelySize, const Asked& asked) {
   Exchange transaction{operation};
   transaction.parameters = parameters;
   transaction.sink = &sink;
   transaction.watch = watch ? &watch : nullptr;
+  transaction.asked = asked ? &asked : nullptr;
   transaction.likelySize = likelySize;
   return transact(transaction);
 }
@@ -296,6 +298,10 @@ Session::Outcome Session::exchange(Exchange& exchange) {
 
   if (const Outcome outcome = sendCommand(exchange); outcome != Outcome::Done)
     return outcome;
+  if (exchange.asked) {
+    (*exchange.asked)();
+    exchange.start = m_limits.now();
+  }
   if (exchange.source) {
     if (const Outcome outcome = sendData(exchange); outcome != Outcome::Done)
       return isAnsweredEarly(exchange) ? Outcome::Done : outcome;

@@ -1,6 +1,7 @@
 #pragma once
 // One MTP session over one transport: transactions one at a time, each with an end in time, and the way back to a
 // usable wire after a phone fell silent, stalled or sent garbage.
+#include "TessalyMTPSdk/CoarseClock.h"
 #include "TessalyMTPSdk/StatusCodes.h"
 #include "TessalyMTPSdk/Transport.h"
 #include "TessalyMTPSdk/Wire.h"
@@ -36,7 +37,7 @@ struct TimeLimits {
   /// The most that is kept of one dataset: 2^28 bytes are some millions of objects.
   std::size_t largestDataset = std::size_t{1} << 28;
 
-  std::function<std::chrono::steady_clock::time_point()> now = std::chrono::steady_clock::now;
+  std::function<std::chrono::steady_clock::time_point()> now = CoarseClock::now;
 
   /// From the command to the first byte of the answer.
   Milliseconds firstByte(Operation operation) const;
@@ -67,6 +68,9 @@ public:
   /// its data phase, which is cancelled; before and behind it the phone is given the chance to end by itself, as a
   /// cancel request would then hit the next transaction.
   using Watch = std::function<bool(std::uint64_t moved)>;
+  /// Called once, on the transacting thread, when the phone has been asked and is at work: what can be done meanwhile.
+  /// Transactions it asks for itself are refused.
+  using Asked = std::function<void()>;
 
   /// Holds the session for several transactions in a row: those of other threads wait. One thread may have several.
   using Exclusive = std::unique_lock<std::recursive_timed_mutex>;
@@ -91,7 +95,7 @@ public:
   /// The same, piece by piece as it comes. Ended by the sink or the watch: DGSTATUS_IO_CANCEL. `likelySize`: what is
   /// known of the data phase's size; tells a header apart whose 32 bits have wrapped around.
   Reply receive(Operation operation, std::initializer_list<std::uint32_t> parameters, const Sink& sink,
-                const Watch& watch = {}, std::uint64_t likelySize = 0);
+                const Watch& watch = {}, std::uint64_t likelySize = 0, const Asked& asked = {});
   /// A transaction whose data phase, `size` bytes, goes to the phone. Ended by the source or the watch:
   /// DGSTATUS_IO_CANCEL, whatever the phone answered.
   Reply send(Operation operation, std::initializer_list<std::uint32_t> parameters, std::uint64_t size,

@@ -45,8 +45,8 @@ TEST_F(FileReaderTest, GivesTheFileInPiecesWithRoomBeforeTheFirst) {
 }
 
 TEST_F(FileReaderTest, AllPiecesButTheLastAreWholeBuffers) {
-  const mtp::OpenFile file = make(pattern(3 << 20));
-  mtp::FileReader reader(file.get(), 3 << 20, Room);
+  const mtp::OpenFile file = make(pattern(3 * mtp::BufferRing::BufferSize));
+  mtp::FileReader reader(file.get(), 3 * mtp::BufferRing::BufferSize, Room);
   for (int i = 0; i < 3; ++i)
     EXPECT_EQ(reader.next({}).size(), mtp::BufferRing::BufferSize);
   EXPECT_EQ(reader.next({}).size(), Room);

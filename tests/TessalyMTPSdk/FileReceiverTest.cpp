@@ -29,7 +29,8 @@ protected:
 TEST_F(FileReceiver, AReceivedFileIsWholeWhateverItsLength) {
   // Around one packet with the header, one USB transfer, the ring of buffers.
   const std::vector<std::size_t> sizes{
-      0, 1, 499, 500, 501, 511, 512, 1012, (1 << 20) - 12, 1 << 20, 1048577, 5 << 20, 6000000, (8 << 20) - 12};
+      0,       1,       499,     500,           501, 511, 512, 1012, (1 << 20) - 12, 1 << 20, 1048577, (2 << 20) - 12,
+      2 << 20, 5 << 20, 6000000, (8 << 20) - 12};
   for (std::size_t i = 0; i < sizes.size(); ++i)
     write(onPhone("file" + std::to_string(i)), pattern(sizes[i], static_cast<unsigned>(i)));
   start();
@@ -164,18 +165,25 @@ TEST_F(FileReceiver, AFileDeletedMeanwhileIsNoLongerThere) {
 }
 
 TEST_F(FileReceiver, AFolderThatIsNotThereOrCannotBeWrittenSaysSo) {
-  write(onPhone("file"), "text");
-  start();
-  _MTP_FILE_NODE* file = only();
-  const std::uint64_t before = transactions();
-  EXPECT_EQ(receive(file, here("missing/file")), 0x11000001u);
-  EXPECT_EQ(receive(file, here("")), 0x11000005u);
+  write(onPhone("small"), "text");
+  write(onPhone("large"), pattern(65536));
   computer.folder("folder");
-  EXPECT_EQ(receive(file, here("folder")), 0x11000001u) << "a folder is never replaced";
-  EXPECT_EQ(receive(file, here(std::string(256, 'n'))), 0x11000005u);
-  EXPECT_EQ(receive(file, "/proc/file"), 0x11000001u);
-  EXPECT_EQ(transactions(), before) << "found out before anything is asked";
-  EXPECT_EQ(entriesOf(computer.path()), Strings{"folder"});
+  start();
+  const auto files = filesIn(firstStorage());
+  for (const char* name : {"small", "large"}) {
+    _MTP_FILE_NODE* file = named(files, name);
+    const std::uint64_t before = transactions();
+    EXPECT_EQ(receive(file, here("missing/file")), 0x11000001u);
+    EXPECT_EQ(receive(file, here("")), 0x11000005u);
+    EXPECT_EQ(receive(file, here("folder")), 0x11000001u) << "a folder is never replaced";
+    EXPECT_EQ(receive(file, here(std::string(256, 'n'))), 0x11000005u);
+    EXPECT_EQ(receive(file, "/proc/file"), 0x11000001u);
+    // A small file's place is made while the phone reads it; for a larger one nothing is asked before.
+    EXPECT_EQ(transactions() - before, name == std::string("small") ? 5u : 0u);
+    EXPECT_EQ(entriesOf(computer.path()), Strings{"folder"});
+    EXPECT_EQ(receive(file, here("folder/file")), 0u) << "the session goes on" << log();
+    std::filesystem::remove(here("folder/file"));
+  }
 }
 
 TEST_F(FileReceiver, ADeviceOrPipeIsNeverReplaced) {

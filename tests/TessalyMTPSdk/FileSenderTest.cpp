@@ -20,7 +20,8 @@ class FileSender : public TransferFixture {};
 
 TEST_F(FileSender, ASentFileIsWholeWhateverItsLength) {
   const std::vector<std::size_t> sizes{
-      0, 1, 499, 500, 501, 511, 512, 1012, (1 << 20) - 12, 1 << 20, 1048577, 5 << 20, 6000000, (8 << 20) - 12};
+      0,       1,       499,     500,           501, 511, 512, 1012, (1 << 20) - 12, 1 << 20, 1048577, (2 << 20) - 12,
+      2 << 20, 5 << 20, 6000000, (8 << 20) - 12};
   start();
   _MTP_STORAGE_NODE* top = firstStorage();
   for (std::size_t i = 0; i < sizes.size(); ++i) {

@@ -33,6 +33,28 @@ TEST_F(ObjectDates, ADateWithoutAZoneIsLocalTime) {
   EXPECT_EQ(parseDate(u"20240101T020000"), Moment);
 }
 
+TEST_F(ObjectDates, LocalTimeIsReadRightAllYearRoundInEveryKindOfZone) {
+  for (const char* name : {"CET-1CEST,M3.5.0,M10.5.0/3", "EST5EDT,M3.2.0,M11.1.0",
+                           "<+1030>-10:30<+11>-11,M10.1.0,M4.1.0", "IST-5:30", "<-12>12", "<+14>-14"}) {
+    zone(name);
+    for (std::time_t moment = Moment; moment < Moment + 366 * 86400; moment += 900) {
+      const std::u16string text = toldDate(moment);
+      const auto read = parseDate(text);
+      ASSERT_TRUE(read) << name << " " << moment;
+      EXPECT_EQ(toldDate(*read), text) << name << " " << moment;
+      EXPECT_LE(std::abs(*read - moment), 3600) << name << " " << moment; // the hour that comes twice
+    }
+  }
+}
+
+TEST_F(ObjectDates, AnHourThatTheClocksLeaveOutIsReadAsOneBesideIt) {
+  zone("CET-1CEST,M3.5.0,M10.5.0/3");
+  const auto read = parseDate(u"20240331T023000");
+  ASSERT_TRUE(read);
+  const std::u16string told = toldDate(*read);
+  EXPECT_TRUE(told == u"20240331T013000" || told == u"20240331T033000");
+}
+
 TEST_F(ObjectDates, AZoneIsHeeded) {
   EXPECT_EQ(parseDate(u"20240101T000000Z"), Moment);
   EXPECT_EQ(parseDate(u"20240101T053000+0530"), Moment);
