@@ -489,33 +489,52 @@ std::uint32_t MTPDextSDKWrapper::getMTPNextFile(_MTP_FILE_NODE* file, _MTP_FILE_
   return status;
 }
 
-template <class Visit> void MTPDextSDKWrapper::walkFolders(_MTP_FOLDER_NODE* head, Visit visit) {
+template <class Visit> std::uint32_t MTPDextSDKWrapper::walkFolders(_MTP_FOLDER_NODE* head, Visit visit) {
   const NodeHold hold(*m_sdk);
+  std::uint32_t failure = DGSTATUS_SUCCESS;
   walkList(
-      head, [&](_MTP_FOLDER_NODE* folder) { return isNode(folder, MTPDEXT_NODE_FOLDER) && visit(folder); },
+      head,
+      [&](_MTP_FOLDER_NODE* folder) {
+        if (!isNode(folder, MTPDEXT_NODE_FOLDER))
+          failure = DGSTATUS_NODE_IS_NOT_EXISTED;
+        return failure == DGSTATUS_SUCCESS && visit(folder);
+      },
       [&](_MTP_FOLDER_NODE* folder) {
         _MTP_FOLDER_NODE* next = nullptr;
-        return getMTPNextFolder(folder, &next) == DGSTATUS_SUCCESS ? next : nullptr;
+        const std::uint32_t status = getMTPNextFolder(folder, &next);
+        failure = isListFailure(status) ? status : std::uint32_t(DGSTATUS_SUCCESS);
+        return status == DGSTATUS_SUCCESS ? next : nullptr;
       });
+  return failure;
 }
 
-template <class Visit> void MTPDextSDKWrapper::walkFiles(_MTP_FILE_NODE* head, FailedStep failedStep, Visit visit) {
+template <class Visit>
+std::uint32_t MTPDextSDKWrapper::walkFiles(_MTP_FILE_NODE* head, FailedStep failedStep, Visit visit) {
   const NodeHold hold(*m_sdk);
+  std::uint32_t failure = DGSTATUS_SUCCESS;
   walkList(
-      head, [&](_MTP_FILE_NODE* file) { return isNode(file, MTPDEXT_NODE_FILE) && visit(file); },
+      head,
+      [&](_MTP_FILE_NODE* file) {
+        if (!isNode(file, MTPDEXT_NODE_FILE))
+          failure = DGSTATUS_NODE_IS_NOT_EXISTED;
+        return failure == DGSTATUS_SUCCESS && visit(file);
+      },
       [&](_MTP_FILE_NODE* file) {
         _MTP_FILE_NODE* next = nullptr;
         const std::uint32_t status = getMTPNextFile(file, &next);
-        return status == DGSTATUS_SUCCESS || failedStep == FailedStep::GoesOn ? next : nullptr;
+        if (status != DGSTATUS_SUCCESS && failedStep == FailedStep::Ends)
+          next = nullptr;
+        failure = isListFailure(status) && next == nullptr ? status : std::uint32_t(DGSTATUS_SUCCESS);
+        return next;
       });
+  return failure;
 }
 
 // ---- Listing ----
 
-std::optional<QList<MtpItemInfo>> MTPDextSDKWrapper::getFoldersAtFolder(_MTP_FOLDER_NODE* folder,
-                                                                        _MTP_STORAGE_NODE* currentStorage,
-                                                                        const QString& folderPath,
-                                                                        bool isContainParentFolder) {
+std::optional<QList<MtpItemInfo>>
+MTPDextSDKWrapper::getFoldersAtFolder(_MTP_FOLDER_NODE* folder, _MTP_STORAGE_NODE* currentStorage,
+                                      const QString& folderPath, bool isContainParentFolder, std::uint32_t* failure) {
   if (isDetached())
     return std::nullopt;
   QList<MtpItemInfo> items;
@@ -524,11 +543,14 @@ std::optional<QList<MtpItemInfo>> MTPDextSDKWrapper::getFoldersAtFolder(_MTP_FOL
       items.append(*std::move(entry));
 
   _MTP_FOLDER_NODE* head = nullptr;
-  getMTPFolderListHead(folder, currentStorage, &head, nullptr, nullptr);
-  walkFolders(head, [&](_MTP_FOLDER_NODE* child) {
-    items.append(folderItem(*child, folderPath));
-    return true;
-  });
+  std::uint32_t status = getMTPFolderListHead(folder, currentStorage, &head, nullptr, nullptr);
+  if (!isListFailure(status))
+    status = walkFolders(head, [&](_MTP_FOLDER_NODE* child) {
+      items.append(folderItem(*child, folderPath));
+      return true;
+    });
+  if (failure != nullptr)
+    *failure = status;
   if (isDetached())
     return std::nullopt;
   return items;
@@ -563,13 +585,18 @@ std::optional<MtpItemInfo> MTPDextSDKWrapper::parentEntry(_MTP_FOLDER_NODE* fold
 
 std::optional<QList<MtpItemInfo>> MTPDextSDKWrapper::getFilesAtFolder(_MTP_FOLDER_NODE* folder,
                                                                       _MTP_STORAGE_NODE* currentStorage,
-                                                                      const QString& folderPath) {
-  std::optional<QList<MtpItemInfo>> items = getFoldersAtFolder(folder, currentStorage, folderPath, false);
+                                                                      const QString& folderPath,
+                                                                      std::uint32_t* failure) {
+  std::uint32_t folderFailure = DGSTATUS_SUCCESS;
+  std::optional<QList<MtpItemInfo>> items =
+      getFoldersAtFolder(folder, currentStorage, folderPath, false, &folderFailure);
   if (!items)
     return std::nullopt;
   auto* const parent = folder != nullptr ? reinterpret_cast<_MTP_COMMON_NODE*>(folder)
                                          : reinterpret_cast<_MTP_COMMON_NODE*>(currentStorage);
-  appendFiles(*items, parent, folderPath);
+  const std::uint32_t fileFailure = appendFiles(*items, parent, folderPath);
+  if (failure != nullptr)
+    *failure = folderFailure != DGSTATUS_SUCCESS ? folderFailure : fileFailure;
   return items;
 }
 
@@ -582,12 +609,13 @@ std::optional<QList<MtpItemInfo>> MTPDextSDKWrapper::contentsOfFileInfo(_MTP_COM
   return items;
 }
 
-void MTPDextSDKWrapper::appendFiles(QList<MtpItemInfo>& items, _MTP_COMMON_NODE* commonNode,
-                                    const QString& folderPath) {
+std::uint32_t MTPDextSDKWrapper::appendFiles(QList<MtpItemInfo>& items, _MTP_COMMON_NODE* commonNode,
+                                             const QString& folderPath) {
   _MTP_FILE_NODE* head = nullptr;
-  if (isListFailure(getMTPFileListHead(commonNode, &head, nullptr, nullptr)))
-    return;
-  walkFiles(head, FailedStep::GoesOn, [&](_MTP_FILE_NODE* file) {
+  const std::uint32_t status = getMTPFileListHead(commonNode, &head, nullptr, nullptr);
+  if (isListFailure(status))
+    return status;
+  return walkFiles(head, FailedStep::GoesOn, [&](_MTP_FILE_NODE* file) {
     items.append(fileItem(*file, folderPath));
     return true;
   });

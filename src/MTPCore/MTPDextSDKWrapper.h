@@ -120,13 +120,15 @@ public:
 
   /// getFoldersAtFolder:currentStorage:folderPath:isContainParentFolder: The folders in `folder` (null: at the
   /// storage's top level), in the phone's order; in front of them, when the flag is set, the entry ".." for the parent.
-  /// Nothing when detached, also when that happens meanwhile. Blocks.
+  /// Nothing when detached, also when that happens meanwhile. `failure` becomes the status with which the list broke
+  /// off, as it does when the phone takes an object away in the middle of it; 0: it is whole. Blocks.
   std::optional<QList<MtpItemInfo>> getFoldersAtFolder(_MTP_FOLDER_NODE* folder, _MTP_STORAGE_NODE* currentStorage,
-                                                       const QString& folderPath, bool isContainParentFolder);
+                                                       const QString& folderPath, bool isContainParentFolder,
+                                                       std::uint32_t* failure = nullptr);
   /// getFilesAtFolder:currentStorage:folderPath: The folders and then the files in `folder`; nothing when detached.
-  /// Blocks.
+  /// `failure` as above. Blocks.
   std::optional<QList<MtpItemInfo>> getFilesAtFolder(_MTP_FOLDER_NODE* folder, _MTP_STORAGE_NODE* currentStorage,
-                                                     const QString& folderPath);
+                                                     const QString& folderPath, std::uint32_t* failure = nullptr);
   /// contentsOfFileInfo:parent: The files in a folder or at a storage's top level; nothing when there are none.
   /// `parent` is the path they get. Blocks.
   std::optional<QList<MtpItemInfo>> contentsOfFileInfo(_MTP_COMMON_NODE* commonNode, const QString& parent);
@@ -265,12 +267,13 @@ private:
   QList<MtpStorageInfo> collectStorages(const AccessLog& where);
   _MTP_FOLDER_NODE* findChildFolder(const QString& name, _MTP_STORAGE_NODE* atStorage, _MTP_FOLDER_NODE* parent);
   std::optional<MtpItemInfo> parentEntry(_MTP_FOLDER_NODE* folder, const QString& folderPath);
-  void appendFiles(QList<MtpItemInfo>& items, _MTP_COMMON_NODE* commonNode, const QString& folderPath);
+  std::uint32_t appendFiles(QList<MtpItemInfo>& items, _MTP_COMMON_NODE* commonNode, const QString& folderPath);
   // Each holds the nodes and calls visit(node) for every node of the list until it answers false.
   template <class Visit> void walkStorages(_MTP_STORAGE_NODE* head, Visit visit);
-  template <class Visit> void walkFolders(_MTP_FOLDER_NODE* head, Visit visit);
+  // The last two answer the status with which the list broke off; 0: it is whole.
+  template <class Visit> std::uint32_t walkFolders(_MTP_FOLDER_NODE* head, Visit visit);
   enum class FailedStep { GoesOn, Ends }; // GoesOn: with the file it gives all the same, if any
-  template <class Visit> void walkFiles(_MTP_FILE_NODE* head, FailedStep failedStep, Visit visit);
+  template <class Visit> std::uint32_t walkFiles(_MTP_FILE_NODE* head, FailedStep failedStep, Visit visit);
 
   const AccessFace& m_face;
   const std::shared_ptr<MtpSdk> m_sdk;

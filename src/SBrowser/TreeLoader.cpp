@@ -15,6 +15,7 @@ namespace {
 
 // From so many entries on, the memory of the phone's answer is worth giving back to the system at once.
 constexpr int kManyEntries = 5000;
+constexpr int kListAttempts = 3;
 
 } // namespace
 
@@ -218,7 +219,12 @@ TreeLoader::Listing TreeLoader::list(DeviceSession& session, const Source& sourc
     listing.status = listingStatus(session, folder, isWanted);
     if (listing.status != DGSTATUS_SUCCESS)
       return listing;
-    entries = mtp.getFilesAtFolder(folder, session._currentStorageNode, source.filePath);
+    // A list breaks off where the phone takes an object away meanwhile; the next one is whole as a rule.
+    for (int attempt = 0; attempt < kListAttempts; ++attempt) {
+      entries = mtp.getFilesAtFolder(folder, session._currentStorageNode, source.filePath, &listing.status);
+      if (!entries || listing.status == DGSTATUS_SUCCESS)
+        break;
+    }
   } else {
     entries.emplace();
     if (source.objectType == SObjectTypeFolder) // a file took its place

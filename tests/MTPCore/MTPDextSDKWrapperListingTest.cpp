@@ -185,6 +185,21 @@ TEST_F(MTPDextSDKWrapperListing, AFailingFileStepIsLoggedAndEndsTheList) {
                       ", status = DGSTATUS_INTERNAL_GENERALERROR  0x13100000"));
 }
 
+TEST_F(MTPDextSDKWrapperListing, AListThatBreaksOffSaysWithWhichStatus) {
+  const auto failure = [this] {
+    std::uint32_t status = 1;
+    EXPECT_TRUE(wrapper.getFilesAtFolder(sdk->folderNode(dcim), cardNode, "/M/Card/DCIM", &status));
+    return status;
+  };
+  EXPECT_EQ(failure(), 0u);
+  for (const Operation operation : {Operation::GetFolderListHead, Operation::GetNextSiblingFolderNode,
+                                    Operation::GetFileListHead, Operation::GetNextFileNode}) {
+    sdk->setStatusAt(operation, 1, 0x13100000);
+    EXPECT_EQ(failure(), 0x13100000u) << int(operation);
+    EXPECT_EQ(failure(), 0u) << int(operation);
+  }
+}
+
 TEST_F(MTPDextSDKWrapperListing, StatusTwoAtTheEndOfAFolderOrFileListIsNotReportedAsAFailure) {
   EXPECT_THAT(names(wrapper.getFilesAtFolder(sdk->folderNode(dcim), cardNode, "/M/Card/DCIM")),
               ElementsAre("Camera", "a.jpg", "b.jpg"));

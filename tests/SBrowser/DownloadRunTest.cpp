@@ -186,6 +186,26 @@ TEST_F(Download, AFolderThatCannotBeListedIsCopiedEmptyAndToldAsFailed) {
   EXPECT_EQ(content("DCIM/a.jpg"), "aaaa");
 }
 
+TEST_F(Download, AFolderWhoseListBreaksOffIsListedOnceMoreAndCopiedWhole) {
+  for (const Operation operation : {Operation::GetNextFileNode, Operation::GetNextSiblingFolderNode}) {
+    sdk->setStatusAt(operation, 1, DGSTATUS_NODE_IS_NOT_EXISTED); // taken away just then
+    ASSERT_TRUE(copy({QStringLiteral("DCIM")}));
+    EXPECT_EQ(lastTransfer().filter(QStringLiteral("failed")), QStringList());
+    EXPECT_EQ(content("DCIM/a.jpg"), "aaaa");
+    EXPECT_TRUE(QFile::exists(path("DCIM/b.jpg")));
+    ASSERT_TRUE(QDir(path("DCIM")).removeRecursively());
+  }
+}
+
+TEST_F(Download, AFolderWhoseListBreaksOffEachTimeIsToldAsFailedWithWhatIsKnownOfItCopied) {
+  sdk->setStatus(Operation::GetNextFileNode, DGSTATUS_INTERNAL_GENERALERROR);
+  ASSERT_TRUE(copy({QStringLiteral("DCIM")}));
+  EXPECT_TRUE(lastTransfer().contains(QStringLiteral("DCIM failed")));
+  EXPECT_EQ(content("DCIM/a.jpg"), "aaaa");
+  EXPECT_FALSE(itemNamed(QStringLiteral("DCIM"))->isListed());
+  sdk->setStatus(Operation::GetNextFileNode, std::nullopt);
+}
+
 TEST_F(Download, AFolderWithoutChildrenThatWasTriedBeforeIsListedOnceMore) {
   itemNamed(QStringLiteral("DCIM"))->setIsListed(true); // as after a listing that failed
   ASSERT_TRUE(copy({QStringLiteral("DCIM")}));
