@@ -176,15 +176,13 @@ std::optional<std::vector<DownloadPlanner::Entry>> DownloadPlanner::contentsOf(c
   TreeLoader::Listing listing = lister(m_session);
   failure = listing.status;
   const auto entries = copies(shown);
-  // Of one that could not be listed, or not to the end: whoever opens it later may have more luck.
-  const bool isUseful = listing.children && (failure == DGSTATUS_SUCCESS || !isShown);
-  if (!entries || !isUseful || (isShown && isSame(*entries, *listing.children)))
-    return entries;
+  if (!entries || failure != DGSTATUS_SUCCESS || (isShown && isSame(*entries, *listing.children)))
+    return entries; // of one that could not be listed: whoever opens it later may have more luck
   const auto publish = [&] {
     if (folder->childObjects())
       keepKnown(*folder->childObjects(), *listing.children);
     shown.assign(listing.children->begin(), listing.children->end());
-    folder->setIsListed(failure == DGSTATUS_SUCCESS);
+    folder->setIsListed(true);
     m_publish(folder, std::move(listing.children));
   };
   if (!m_run.onMainThread(publish))
