@@ -489,45 +489,45 @@ std::uint32_t MTPDextSDKWrapper::getMTPNextFile(_MTP_FILE_NODE* file, _MTP_FILE_
   return status;
 }
 
-template <class Visit> std::uint32_t MTPDextSDKWrapper::walkFolders(_MTP_FOLDER_NODE* head, Visit visit) {
+template <class Node, class Step, class Visit>
+std::uint32_t MTPDextSDKWrapper::walkNodes(Node* head, std::int32_t kind, Step step, Visit visit) {
   const NodeHold hold(*m_sdk);
   std::uint32_t failure = DGSTATUS_SUCCESS;
   walkList(
       head,
-      [&](_MTP_FOLDER_NODE* folder) {
-        if (!isNode(folder, MTPDEXT_NODE_FOLDER))
+      [&](Node* node) {
+        if (!isNode(node, kind))
           failure = DGSTATUS_NODE_IS_NOT_EXISTED;
-        return failure == DGSTATUS_SUCCESS && visit(folder);
+        return failure == DGSTATUS_SUCCESS && visit(node);
       },
-      [&](_MTP_FOLDER_NODE* folder) {
-        _MTP_FOLDER_NODE* next = nullptr;
-        const std::uint32_t status = getMTPNextFolder(folder, &next);
-        failure = isListFailure(status) ? status : std::uint32_t(DGSTATUS_SUCCESS);
-        return status == DGSTATUS_SUCCESS ? next : nullptr;
-      });
-  return failure;
-}
-
-template <class Visit>
-std::uint32_t MTPDextSDKWrapper::walkFiles(_MTP_FILE_NODE* head, FailedStep failedStep, Visit visit) {
-  const NodeHold hold(*m_sdk);
-  std::uint32_t failure = DGSTATUS_SUCCESS;
-  walkList(
-      head,
-      [&](_MTP_FILE_NODE* file) {
-        if (!isNode(file, MTPDEXT_NODE_FILE))
-          failure = DGSTATUS_NODE_IS_NOT_EXISTED;
-        return failure == DGSTATUS_SUCCESS && visit(file);
-      },
-      [&](_MTP_FILE_NODE* file) {
-        _MTP_FILE_NODE* next = nullptr;
-        const std::uint32_t status = getMTPNextFile(file, &next);
-        if (status != DGSTATUS_SUCCESS && failedStep == FailedStep::Ends)
-          next = nullptr;
+      [&](Node* node) {
+        Node* next = nullptr;
+        const std::uint32_t status = step(node, &next);
         failure = isListFailure(status) && next == nullptr ? status : std::uint32_t(DGSTATUS_SUCCESS);
         return next;
       });
   return failure;
+}
+
+template <class Visit> std::uint32_t MTPDextSDKWrapper::walkFolders(_MTP_FOLDER_NODE* head, Visit visit) {
+  const auto step = [this](_MTP_FOLDER_NODE* folder, _MTP_FOLDER_NODE** next) {
+    const std::uint32_t status = getMTPNextFolder(folder, next);
+    if (status != DGSTATUS_SUCCESS)
+      *next = nullptr;
+    return status;
+  };
+  return walkNodes(head, MTPDEXT_NODE_FOLDER, step, visit);
+}
+
+template <class Visit>
+std::uint32_t MTPDextSDKWrapper::walkFiles(_MTP_FILE_NODE* head, FailedStep failedStep, Visit visit) {
+  const auto step = [this, failedStep](_MTP_FILE_NODE* file, _MTP_FILE_NODE** next) {
+    const std::uint32_t status = getMTPNextFile(file, next);
+    if (status != DGSTATUS_SUCCESS && failedStep == FailedStep::Ends)
+      *next = nullptr;
+    return status;
+  };
+  return walkNodes(head, MTPDEXT_NODE_FILE, step, visit);
 }
 
 // ---- Listing ----

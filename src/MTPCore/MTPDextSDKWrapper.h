@@ -270,7 +270,9 @@ private:
   std::uint32_t appendFiles(QList<MtpItemInfo>& items, _MTP_COMMON_NODE* commonNode, const QString& folderPath);
   // Each holds the nodes and calls visit(node) for every node of the list until it answers false.
   template <class Visit> void walkStorages(_MTP_STORAGE_NODE* head, Visit visit);
-  // The last two answer the status with which the list broke off; 0: it is whole.
+  // These answer the status with which the list broke off; 0: it is whole. `step(node, &next)` takes one step.
+  template <class Node, class Step, class Visit>
+  std::uint32_t walkNodes(Node* head, std::int32_t kind, Step step, Visit visit);
   template <class Visit> std::uint32_t walkFolders(_MTP_FOLDER_NODE* head, Visit visit);
   enum class FailedStep { GoesOn, Ends }; // GoesOn: with the file it gives all the same, if any
   template <class Visit> std::uint32_t walkFiles(_MTP_FILE_NODE* head, FailedStep failedStep, Visit visit);

@@ -16,7 +16,9 @@ SBrowserDependencies SBrowserDependencies::ofProgram() {
       return std::shared_ptr<MTPDextSDKWrapper>(std::make_shared<MTPSDKWrapper>(std::make_shared<CorvMtpSdk>()));
     return std::make_shared<MTPDextSDKWrapper>(std::make_shared<TessalyMtpSdk>());
   };
-  // A worker pauses here, never the main thread; tests give a sleep that does not.
+  // Why it is paused is said where it is asked for: the phone is given time between two attempts, a panel to close, the
+  // engine a moment before it is stopped. A worker waits there, never the main thread; tests give a sleep that does
+  // not.
   dependencies.sleep = [](std::chrono::milliseconds pause) { std::this_thread::sleep_for(pause); };
   dependencies.inhibitSuspend = [] {
     return std::make_shared<platform::SuspendInhibitor>(

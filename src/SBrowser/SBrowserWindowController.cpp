@@ -868,6 +868,7 @@ std::shared_ptr<TransferPresenter> SBrowserWindowController::makeTransfers() {
     setIsTransferProcess(running);
   };
   own.inhibitSuspend = m_dependencies.inhibitSuspend;
+  own.sleep = m_dependencies.sleep;
   return std::make_shared<TransferPresenter>(*m_layout, std::move(own));
 }
 

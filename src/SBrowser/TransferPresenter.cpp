@@ -28,7 +28,7 @@ std::shared_ptr<TransferRun> TransferPresenter::begin(const std::shared_ptr<Devi
   if (m_run || !session || session->ended)
     return nullptr;
   m_question = std::make_shared<ClashQuestion>(*m_layout.window());
-  m_run = std::make_shared<TransferRun>(weak_from_this(), session, m_question);
+  m_run = std::make_shared<TransferRun>(weak_from_this(), session, m_question, m_window.sleep);
   m_latestRun = m_run;
   m_inhibition = m_window.inhibitSuspend ? m_window.inhibitSuspend() : nullptr;
   m_window.setIsTransferProcess(true);

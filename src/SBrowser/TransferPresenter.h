@@ -22,6 +22,8 @@ public:
     std::function<void(bool)> setIsTransferProcess;
     /// Keeps the computer from suspending as long as what it returns lives; may return null.
     std::function<std::shared_ptr<void>()> inhibitSuspend;
+    /// Pauses the calling thread; see TransferRun::pauseBeforeStop().
+    std::function<void(std::chrono::milliseconds)> sleep;
   };
 
   /// `layout` must outlive the object.

@@ -2,11 +2,10 @@
 
 #include "MTPCore/MTPSDKUtil.h"
 #include "Platform/MainThread.h"
+#include "SBrowser/SBrowserDependencies.h"
 #include "stringDefine/VornLocalStringDefine.h"
 
-#include <chrono>
 #include <limits>
-#include <thread>
 #include <utility>
 
 namespace {
@@ -18,10 +17,11 @@ std::uint64_t sum(std::uint64_t a, std::uint64_t b) {
 } // namespace
 
 TransferRun::TransferRun(std::weak_ptr<TransferOwner> owner, std::shared_ptr<DeviceSession> session,
-                         std::shared_ptr<ClashQuestion> question)
+                         std::shared_ptr<ClashQuestion> question, Sleep sleep)
     : m_owner(std::move(owner))
     , m_session(std::move(session))
-    , m_question(std::move(question)) {}
+    , m_question(std::move(question))
+    , m_sleep(std::move(sleep)) {}
 
 void TransferRun::cancel() {
   _isCanceled = true;
@@ -136,8 +136,9 @@ std::uint32_t ProgressContentsCallback(std::uint64_t current, std::uint64_t tota
     run->reportProgress(current, total);
     if (!run->isDetached() && run->isTransferProcess() && !run->isCanceled())
       return DGSTATUS_SUCCESS;
+    run->pauseBeforeStop();
+  } else {
+    SBrowserDependencies::ofProgram().sleep(TransferRun::kPauseBeforeStop);
   }
-  // The transfer's own thread: the engine is not asked to stop in a tight row of calls.
-  std::this_thread::sleep_for(std::chrono::milliseconds(50));
   return DGSTATUS_IO_CANCEL;
 }

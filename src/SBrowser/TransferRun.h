@@ -8,6 +8,7 @@
 #include <QString>
 
 #include <atomic>
+#include <chrono>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -51,8 +52,13 @@ class TransferRun : public std::enable_shared_from_this<TransferRun> {
 public:
   using PlanEntry = std::shared_ptr<STransferItem>;
 
+  /// Pauses the calling thread.
+  using Sleep = std::function<void(std::chrono::milliseconds)>;
+  /// Between a report that is to stop the transfer and its answer.
+  static constexpr std::chrono::milliseconds kPauseBeforeStop{50};
+
   TransferRun(std::weak_ptr<TransferOwner> owner, std::shared_ptr<DeviceSession> session,
-              std::shared_ptr<ClashQuestion> question);
+              std::shared_ptr<ClashQuestion> question, Sleep sleep);
 
   const std::shared_ptr<DeviceSession>& session() const { return m_session; }
 
@@ -107,6 +113,8 @@ public:
   /// Nothing more will be done. Call last. Returns at once: the window is told when the main thread comes to it.
   void end();
 
+  /// Before the engine is told to stop: not in a tight row of calls. On the thread that transfers, which it pauses.
+  void pauseBeforeStop() const { m_sleep(kPauseBeforeStop); }
   /// Bytes done of the current file, of so many. Any thread; the window is told when the main thread comes to it, with
   /// the latest numbers only.
   void reportProgress(std::uint64_t currPos, std::uint64_t totalPos);
@@ -117,6 +125,7 @@ private:
   const std::weak_ptr<TransferOwner> m_owner; // locked on the main thread only
   const std::shared_ptr<DeviceSession> m_session;
   const std::shared_ptr<ClashQuestion> m_question;
+  const Sleep m_sleep;
   std::atomic<bool> _isCanceled{false};       // written by the main thread and the worker, polled by both
   std::atomic<bool> _isDetached{false};       // written by the main thread, polled by the worker
   std::atomic<bool> _isTransferProcess{true}; // written by the main thread and the worker, polled by both

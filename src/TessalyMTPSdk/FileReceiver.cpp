@@ -17,26 +17,27 @@ FileReceiver::FileReceiver(Device& device, Subject subject, FileFacts facts, Tra
     : m_device(device)
     , m_subject(std::move(subject))
     , m_facts(std::move(facts))
-    , m_progress(std::move(progress)) {}
+    , m_progress(std::move(progress))
+    , m_waiting([this] { return m_progress.waiting(); })
+    , m_watch([this](std::uint64_t) { return m_progress.waiting(); }) {}
 
 bool FileReceiver::isSmall() const {
   return m_facts.size < SmallestAskedFor;
 }
 
 Status FileReceiver::receive(const std::string& destination) {
-  const Session::Watch watch = [this](std::uint64_t) { return m_progress.waiting(); };
   if (!isSmall()) {
     if (const Status status = m_partial.open(destination); status != DGSTATUS_SUCCESS)
       return status;
   }
-  m_alone = m_device.session().exclusive(watch);
+  m_alone = m_device.session().exclusive(m_watch);
   if (!m_alone)
     return DGSTATUS_IO_CANCEL;
   if (!m_device.isCurrent(m_subject.epoch))
     return DGSTATUS_NODE_IS_NOT_EXISTED;
   if (isSmall())
     m_declared = {m_facts.size};
-  else if (const Reply reply = askSize(m_device, m_subject.handle, m_declared, watch); !reply.ok())
+  else if (const Reply reply = askSize(m_device, m_subject.handle, m_declared, m_watch); !reply.ok())
     return refused(reply);
   m_progress.setTotal(likelySize());
   if (const Status status = receiveContents(destination); status != DGSTATUS_SUCCESS)
@@ -44,13 +45,16 @@ Status FileReceiver::receive(const std::string& destination) {
   return m_progress.done() ? m_partial.commit(parseDate(m_facts.date)) : DGSTATUS_IO_CANCEL;
 }
 
-/// That there is no room for a small file shows when it is written.
-Status FileReceiver::prepare(const std::string& destination) {
+/// That there is no room for a small file shows when it is written. It is made in the middle of a transaction, which
+/// has to be ended in order.
+Status FileReceiver::prepare(const std::string& destination) try {
   if (const Status status = isSmall() ? m_partial.open(destination) : m_partial.checkRoom(likelySize());
       status != DGSTATUS_SUCCESS)
     return status;
   m_writer.emplace(m_partial.file(), m_partial.replaces(), likelySize());
   return DGSTATUS_SUCCESS;
+} catch (const std::exception&) { // no memory, no thread
+  return DGSTATUS_INSUFFICIENT_RESOURCE;
 }
 
 /// What 32 bits cannot tell the listing may.
@@ -62,13 +66,7 @@ bool FileReceiver::take(Bytes piece) {
   m_received += piece.size();
   if (!m_writer) // a small file is over sooner than a phone that was cancelled is ready again
     return m_received <= FileWriter::Small;
-  m_partial.unsettle();
-  if (!m_writer->put(piece, [this] { return m_progress.waiting(); }))
-    return false;
-  // The phone's response is still to come. Where the writer has a thread, the last bytes may not be written yet.
-  if (m_received == likelySize() && m_writer->isAtOnce())
-    m_partial.settle(parseDate(m_facts.date));
-  return true;
+  return m_writer->put(piece, m_waiting);
 }
 
 Status FileReceiver::receiveContents(const std::string& destination) {
@@ -85,10 +83,10 @@ Status FileReceiver::receiveContents(const std::string& destination) {
     return m_writer->status();
   if (!reply.ok())
     return refused(reply);
-  if (const Status status = checkSize(m_received); status != DGSTATUS_SUCCESS)
+  if (const Status status = checkSize(); status != DGSTATUS_SUCCESS)
     return status;
   m_alone.unlock(); // the rest is the computer's
-  if (!m_writer->finish([this] { return m_progress.waiting(); }))
+  if (!m_writer->finish(m_waiting))
     return m_progress.isStopped() ? DGSTATUS_IO_CANCEL : m_writer->status();
   return DGSTATUS_SUCCESS;
 }
@@ -98,17 +96,16 @@ Status FileReceiver::refused(const Reply& reply) {
 }
 
 /// A file that changed on the phone while it was read is whole if the phone says so.
-Status FileReceiver::checkSize(std::uint64_t received) {
-  if (m_declared.fits(received))
+Status FileReceiver::checkSize() {
+  if (m_declared.fits(m_received))
     return DGSTATUS_SUCCESS;
-  const Reply reply =
-      askSize(m_device, m_subject.handle, m_declared, [this](std::uint64_t) { return m_progress.waiting(); });
+  const Reply reply = askSize(m_device, m_subject.handle, m_declared, m_watch);
   if (!reply.ok())
     return refused(reply);
-  if (m_declared.fits(received))
+  if (m_declared.fits(m_received))
     return DGSTATUS_SUCCESS;
   log(LogLevel::Warning, "the phone declared %llu bytes and sent %llu",
-      static_cast<unsigned long long>(m_declared.bytes), static_cast<unsigned long long>(received));
+      static_cast<unsigned long long>(m_declared.bytes), static_cast<unsigned long long>(m_received));
   return DGSTATUS_INTERNAL_SIZE_MISMATCH;
 }
 

@@ -31,13 +31,15 @@ private:
   bool isSmall() const;
   bool take(Bytes piece);
   Status refused(const Reply& reply);
-  Status checkSize(std::uint64_t received);
+  Status checkSize();
   std::uint64_t likelySize() const;
 
   Device& m_device;
   const Subject m_subject;
   const FileFacts m_facts;
   TransferProgress m_progress;
+  const BufferRing::Waiting m_waiting;
+  const Session::Watch m_watch; // the same, of transactions whose bytes are not the file's
   Session::Exclusive m_alone;
   DeclaredSize m_declared;
   PartialFile m_partial;

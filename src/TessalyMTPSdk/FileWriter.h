@@ -24,8 +24,6 @@ public:
 
   /// Takes a copy of the bytes; waits while the disk is slower. False: writing failed, or `waiting` gave up.
   bool put(Bytes bytes, const BufferRing::Waiting& waiting);
-  /// What put() took is written when it returns.
-  bool isAtOnce() const { return !m_thread.joinable(); }
   /// Waits until all is written. False as above.
   bool finish(const BufferRing::Waiting& waiting);
   /// Why writing failed: DGSTATUS_STORAGE_FULL, DGSTATUS_FILE_…; 0: it did not.

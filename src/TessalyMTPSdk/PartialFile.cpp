@@ -164,28 +164,16 @@ bool PartialFile::isFolderStillThere() const {
          opened.st_dev == named.st_dev && opened.st_ino == named.st_ino;
 }
 
-void PartialFile::settle(std::optional<std::time_t> modified) {
+Status PartialFile::commit(std::optional<std::time_t> modified) {
   if (modified) {
     const struct timespec times[2] = {{0, UTIME_OMIT}, {*modified, 0}};
     futimens(m_file.get(), times); // a file system that keeps no such date keeps the file all the same
   }
-  // Network file systems tell of a full or lost server no sooner than at a close, and once only; the file's own
-  // descriptor holds its lock until the end.
+  // Network file systems tell of a full or lost server no sooner than at a close; the file's own descriptor holds its
+  // lock until the end.
   const int another = dup(m_file.get());
-  const bool kept = another >= 0 && (close(another) == 0 || errno == EINTR);
-  m_settled = kept ? DGSTATUS_SUCCESS : statusOfError(errno, DGSTATUS_FILE_WRITE_FAILED);
-}
-
-void PartialFile::unsettle() {
-  if (m_settled == DGSTATUS_SUCCESS)
-    m_settled.reset();
-}
-
-Status PartialFile::commit(std::optional<std::time_t> modified) {
-  if (!m_settled)
-    settle(modified);
-  if (*m_settled != DGSTATUS_SUCCESS)
-    return *m_settled;
+  if (another < 0 || (close(another) != 0 && errno != EINTR))
+    return statusOfError(errno, DGSTATUS_FILE_WRITE_FAILED);
   if (!isFolderStillThere())
     return DGSTATUS_FILE_OPEN_FAILED;
   const unsigned flags = m_replaces ? 0 : RENAME_NOREPLACE; // nobody has agreed to replace what came meanwhile

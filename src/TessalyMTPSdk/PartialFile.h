@@ -35,14 +35,8 @@ public:
   /// Whether the computer seems to have room for so many bytes: 0 or DGSTATUS_STORAGE_FULL; DGSTATUS_FILE_WRITE_FAILED
   /// for more than a file may have there.
   Status checkRoom(std::uint64_t bytes) const;
-  /// All bytes seem to have been written: gives the file its date and asks whether the computer could keep it. The
-  /// first part of commit(), for whoever waits for the phone's last word anyway. A failure is told by commit().
-  void settle(std::optional<std::time_t> modified);
-  /// More is written after all.
-  void unsettle();
-  /// Settles the file unless that was done and gives it the destination's name. Not when the computer could not keep
-  /// all of it, a file of that name has come meanwhile (DGSTATUS_NODE_FILE_DUPNAME_EXISTED), or the folder stands
-  /// elsewhere now.
+  /// Gives the file its date and the destination's name. Not when the computer could not keep all of it, a file of that
+  /// name has come meanwhile (DGSTATUS_NODE_FILE_DUPNAME_EXISTED), or the folder stands elsewhere now.
   Status commit(std::optional<std::time_t> modified);
 
 private:
@@ -57,7 +51,6 @@ private:
   std::string m_destination; // likewise
   unsigned m_permissions = 0666;
   bool m_replaces = false;
-  std::optional<Status> m_settled; // no value: that is still to be done
 };
 
 } // namespace mtp

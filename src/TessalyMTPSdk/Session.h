@@ -69,7 +69,7 @@ public:
   /// cancel request would then hit the next transaction.
   using Watch = std::function<bool(std::uint64_t moved)>;
   /// Called once, on the transacting thread, when the phone has been asked and is at work: what can be done meanwhile.
-  /// Transactions it asks for itself are refused.
+  /// Transactions it asks for itself are refused. Must not throw.
   using Asked = std::function<void()>;
 
   /// Holds the session for several transactions in a row: those of other threads wait. One thread may have several.

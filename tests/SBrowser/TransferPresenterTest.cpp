@@ -32,6 +32,7 @@ protected:
     TransferPresenter::Window window;
     window.setDisableCaptureEvent = [this](bool disable) { isBlocked = disable; };
     window.setIsTransferProcess = [this](bool running) { isTransferProcess = running; };
+    window.sleep = [](std::chrono::milliseconds) {};
     window.inhibitSuspend = [this] {
       ++inhibitions;
       return std::shared_ptr<void>(nullptr, [this](void*) { --inhibitions; });

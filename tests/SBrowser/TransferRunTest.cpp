@@ -45,11 +45,13 @@ protected:
   }
 
   QWidget window;
+  std::chrono::milliseconds slept{0};
+  TransferRun::Sleep sleep = [this](std::chrono::milliseconds pause) { slept += pause; };
   std::shared_ptr<RecordingOwner> owner = std::make_shared<RecordingOwner>();
   std::shared_ptr<DeviceSession> session = std::make_shared<DeviceSession>(
       std::make_shared<MTPDextSDKWrapper>(std::make_shared<FakeMtpSdk>()), QStringLiteral("1"));
   std::shared_ptr<TransferRun> run =
-      std::make_shared<TransferRun>(owner, session, std::make_shared<ClashQuestion>(window));
+      std::make_shared<TransferRun>(owner, session, std::make_shared<ClashQuestion>(window), sleep);
 };
 
 } // namespace
@@ -82,8 +84,10 @@ TEST_F(TransferRunTest, OfManyReportsTheLatestIsShownOnce) {
 TEST_F(TransferRunTest, CanceledOrDetachedTheNextReportStopsTheTransfer) {
   run->cancel();
   EXPECT_EQ(ProgressContentsCallback(0, 10, run.get()), 0x10000007U);
-  const auto other = std::make_shared<TransferRun>(owner, session, std::make_shared<ClashQuestion>(window));
+  EXPECT_EQ(slept.count(), 50) << "not in a tight row of calls";
+  const auto other = std::make_shared<TransferRun>(owner, session, std::make_shared<ClashQuestion>(window), sleep);
   EXPECT_EQ(ProgressContentsCallback(0, 10, other.get()), 0U);
+  EXPECT_EQ(slept.count(), 50) << "a transfer that goes on is not held up";
   other->detach();
   EXPECT_EQ(ProgressContentsCallback(0, 10, other.get()), 0x10000007U);
 }
@@ -104,7 +108,7 @@ TEST_F(TransferRunTest, NoLongerInProcessTheTransferIsStopped) {
 }
 
 TEST_F(TransferRunTest, ACancelNeverReachesAnotherRun) {
-  const auto next = std::make_shared<TransferRun>(owner, session, std::make_shared<ClashQuestion>(window));
+  const auto next = std::make_shared<TransferRun>(owner, session, std::make_shared<ClashQuestion>(window), sleep);
   run->cancel();
   EXPECT_FALSE(next->isCanceled());
   EXPECT_EQ(ProgressContentsCallback(0, 1, next.get()), 0U);

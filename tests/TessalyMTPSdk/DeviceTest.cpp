@@ -2,6 +2,8 @@
 #include "EngineFixture.h"
 #include "ScriptedPhone.h"
 
+#include "TessalyMTPSdk/ObjectDates.h"
+
 using namespace testsupport;
 
 namespace {
@@ -29,6 +31,15 @@ protected:
 using Strings = std::vector<std::string>;
 
 } // namespace
+
+TEST_F(Opening, DatesAreReadInTheTimeZoneThatTheComputerHasWhenAPhoneComes) {
+  tzset();
+  setenv("TZ", "UTC-5", 1); // POSIX signs: five hours east of Greenwich
+  EXPECT_EQ(connect(), 0u) << log();
+  EXPECT_EQ(mtp::parseDate(u"20240101T050000"), 1704067200);
+  unsetenv("TZ");
+  tzset();
+}
 
 TEST_F(Opening, ACameraThatSpeaksPtpOnlyIsNoPhone) {
   phone->setDeviceInfo("'Acme' 0000", "05", "'M1' 0000", "03", "0B000000");

@@ -39,22 +39,6 @@ TEST_F(PartialFileTest, StandsBesideTheDestinationUntilItIsCommitted) {
   EXPECT_EQ(facts.st_mtim.tv_sec, 1234567890);
 }
 
-TEST_F(PartialFileTest, HasItsDateAlsoWhenMoreComesThanWasExpected) {
-  mtp::PartialFile partial;
-  ASSERT_EQ(partial.open(path("file")), 0u);
-  ASSERT_EQ(::write(partial.file(), "text", 4), 4);
-  partial.settle(1234567890);
-  EXPECT_EQ(entriesOf(folder.path()).size(), 1u);
-  EXPECT_NE(entriesOf(folder.path())[0], "file") << "it is not whole before commit()";
-  partial.unsettle();
-  ASSERT_EQ(::write(partial.file(), " and more", 9), 9);
-  EXPECT_EQ(partial.commit(1234567890), 0u);
-  EXPECT_EQ(read(path("file")), "text and more");
-  struct stat facts {};
-  ASSERT_EQ(stat(path("file").c_str(), &facts), 0);
-  EXPECT_EQ(facts.st_mtim.tv_sec, 1234567890);
-}
-
 TEST_F(PartialFileTest, IsGoneWithItsObject) {
   write(path("file"), "before");
   {

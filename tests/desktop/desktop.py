@@ -114,7 +114,8 @@ class Desktop:
         """The display server looks for a free number itself."""
         end, server_end = os.pipe()
         with open(self.top / "display.log", "wb") as log:
-            subprocess.Popen(["Xvfb", "-displayfd", str(server_end), "-screen", "0", "1280x800x24", "-nolisten", "tcp", "-noreset"],
+            subprocess.Popen(["Xvfb", "-displayfd", str(server_end), "-screen", "0", "1280x800x24", "-nolisten", "tcp",
+                              "-noreset"],
                              pass_fds=[server_end], stdin=subprocess.DEVNULL, stdout=log, stderr=log)
         os.close(server_end)
         if not select.select([end], [], [], LIMIT)[0]:
