@@ -1,6 +1,7 @@
 #include "TessalyMTPSdk/LibusbTransport.h"
 
 #include "TessalyMTPSdk/CoarseClock.h"
+#include "TessalyMTPSdk/UsbMemory.h"
 
 #include <algorithm>
 #include <atomic>
@@ -98,7 +99,12 @@ public:
       : m_context(context)
       , m_handle(handle)
       , m_facts(facts)
-      , m_assembler(facts.eventPacketSize) {}
+      , m_assembler(facts.eventPacketSize) {
+    // No more are ever put there, and what puts them there must not throw.
+    m_freeSmall.reserve(largePending);
+    m_freeLarge.reserve(largePending);
+    m_freeOut.reserve(outPending);
+  }
   ~LibusbTransport() override { close(); }
   LibusbTransport(const LibusbTransport&) = delete;
   LibusbTransport& operator=(const LibusbTransport&) = delete;
@@ -123,8 +129,8 @@ private:
   struct Transfer {
     Transfer(LibusbTransport& transport, std::size_t space)
         : owner(transport)
+        , buffer(space > smallSize ? takeUsbMemory(transport.m_handle, space) : takeHeapMemory(space))
         , usb(libusb_alloc_transfer(0))
-        , buffer(space > 0 ? std::make_unique_for_overwrite<unsigned char[]>(space) : nullptr)
         , space(space) {
       if (usb == nullptr) {
         throw std::bad_alloc();
@@ -135,8 +141,8 @@ private:
     Transfer& operator=(const Transfer&) = delete;
 
     LibusbTransport& owner;
+    UsbMemory buffer; // of no size: the caller's memory is sent
     libusb_transfer* usb;
-    std::unique_ptr<unsigned char[]> buffer; // null: the caller's memory is sent
     std::size_t space;
     bool pending = false;
     std::size_t length = 0; // asked for
@@ -171,6 +177,7 @@ private:
   void eventCompleted(Transfer& transfer);
 
   int submit(Transfer& transfer, std::uint8_t endpoint, unsigned char* data, std::size_t length, bool zeroPacket);
+  bool append(Queue& queue, std::vector<TransferPtr>& store, std::size_t space);
   IoStatus submitIn(std::size_t length);
   IoStatus fillIn();
   ReadResult takeReceived(std::span<std::byte> buffer);
@@ -181,6 +188,9 @@ private:
   bool pump(Lock& lock, Clock::time_point deadline);
   enum class Waited { Woken, Late, Stopped };
   Waited wait(Lock& lock, Clock::time_point deadline, std::size_t moved);
+  static bool isAnyPending(const Queue& queue) {
+    return std::any_of(queue.begin(), queue.end(), [](const TransferPtr& transfer) { return transfer->pending; });
+  }
   bool cancel(Queue& queue, Lock& lock);
   int control(std::uint8_t direction, std::uint8_t request, unsigned char* data, std::size_t size, Milliseconds limit,
               Lock& lock);
@@ -256,7 +266,11 @@ void LibusbTransport::eventCompleted(Transfer& transfer) {
       auto event = m_assembler.take(std::as_bytes(std::span(transfer.buffer.get(), transfer.moved)));
       if (!event.empty() && m_events.size() < eventsKept) {
         m_events.push_back(std::move(event));
-        m_changed.notify_all();
+        // Beside a transaction the event thread looks by itself every `handOver`: waking it for each event of each
+        // small file would cost the transacting thread more than the event.
+        if (m_gone) {
+          m_changed.notify_all();
+        }
       }
     } catch (const std::bad_alloc&) {
       // This runs inside libusb, which knows no exceptions: the event is lost, the pipe goes on.
@@ -296,16 +310,26 @@ int LibusbTransport::submit(Transfer& transfer, std::uint8_t endpoint, unsigned 
   return result;
 }
 
-IoStatus LibusbTransport::submitIn(std::size_t length) {
-  auto& store = length > smallSize ? m_freeLarge : m_freeSmall;
-  TransferPtr transfer;
-  if (store.empty()) {
-    transfer = std::make_unique<Transfer>(*this, length > smallSize ? largeSize : smallSize);
-  } else {
-    transfer = std::move(store.back());
+/// A transfer that is not pending, at the end of the queue. False: there is no memory for one; to throw would be to
+/// forget the pending ones of a queue on the stack.
+bool LibusbTransport::append(Queue& queue, std::vector<TransferPtr>& store, std::size_t space) {
+  try {
+    if (store.empty()) {
+      store.push_back(std::make_unique<Transfer>(*this, space));
+    }
+    queue.push_back(std::move(store.back()));
     store.pop_back();
+    return true;
+  } catch (const std::bad_alloc&) {
+    return false;
   }
-  m_in.push_back(std::move(transfer));
+}
+
+IoStatus LibusbTransport::submitIn(std::size_t length) {
+  const bool large = length > smallSize;
+  if (!append(m_in, large ? m_freeLarge : m_freeSmall, large ? largeSize : smallSize)) {
+    return IoStatus::Error;
+  }
   Transfer& added = *m_in.back();
   const int result = submit(added, m_facts.bulkIn, added.buffer.get(), length, false);
   if (result == LIBUSB_SUCCESS) {
@@ -359,14 +383,9 @@ void LibusbTransport::recycle(TransferPtr transfer) {
 /// Adds as much of `data` as fits one transfer; queue.back()->length says how much. The zero-length packet goes with
 /// the last piece; for empty data the empty transfer is that packet.
 IoStatus LibusbTransport::submitOut(Queue& queue, std::span<const std::byte> data, bool zeroPacket) {
-  TransferPtr transfer;
-  if (m_freeOut.empty()) {
-    transfer = std::make_unique<Transfer>(*this, 0);
-  } else {
-    transfer = std::move(m_freeOut.back());
-    m_freeOut.pop_back();
+  if (!append(queue, m_freeOut, 0)) {
+    return IoStatus::Error;
   }
-  queue.push_back(std::move(transfer));
   for (;;) {
     const std::size_t length = std::min(data.size(), m_largeOut);
     const bool zero = zeroPacket && length == data.size() && length > 0;
@@ -444,11 +463,8 @@ bool LibusbTransport::cancel(Queue& queue, Lock& lock) {
       libusb_cancel_transfer((*transfer)->usb);
     }
   }
-  const auto pending = [&queue] {
-    return std::any_of(queue.begin(), queue.end(), [](const TransferPtr& transfer) { return transfer->pending; });
-  };
   const auto deadline = Clock::now() + cancelLimit;
-  while (pending()) {
+  while (isAnyPending(queue)) {
     if (!pump(lock, deadline)) {
       m_gone = true;
       return false;
@@ -475,10 +491,14 @@ IoStatus LibusbTransport::write(std::span<const std::byte> data, bool endsTransf
   if (std::exchange(m_interrupted, false)) {
     return IoStatus::Cancelled;
   }
-  if (!m_outOpen) {
+  bool fillsIn = !m_outOpen;
+  if (fillsIn) {
     m_expected = 0;
-    if (const IoStatus status = fillIn(); status != IoStatus::Ok) { // the answer is awaited before the question leaves
-      return status;
+    // The answer is awaited before the question leaves, but one transfer will do until then.
+    if (!isAnyPending(m_in)) {
+      if (const IoStatus status = fillIn(); status != IoStatus::Ok) {
+        return status;
+      }
     }
   }
   const bool zeroPacket = endsTransfer && (m_outOpen || !data.empty()) && data.size() % m_facts.bulkPacketSize == 0;
@@ -513,6 +533,9 @@ IoStatus LibusbTransport::write(std::span<const std::byte> data, bool endsTransf
       }
       submitted += queue.back()->length;
       zeroLeft = zeroLeft && submitted < data.size();
+    }
+    if (std::exchange(fillsIn, false)) {
+      fillIn(); // the phone is at work already; a failure will show at the read
     }
     Transfer& front = *queue.front();
     if (front.pending) {
@@ -820,6 +843,9 @@ void LibusbTransport::close() {
   }
   for (auto* store : {&m_freeSmall, &m_freeLarge, &m_freeOut}) {
     store->clear();
+  }
+  for (auto& transfer : kept) {
+    transfer->buffer.reset(); // the kernel holds on to what it lent as long as it writes to it
   }
   auto* const context = std::exchange(m_context, nullptr);
   auto* const handle = std::exchange(m_handle, nullptr);

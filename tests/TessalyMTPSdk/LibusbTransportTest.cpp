@@ -1,4 +1,5 @@
 #include "TessalyMTPSdk/LibusbTransport.h"
+#include "TessalyMTPSdk/UsbMemory.h"
 
 #include <algorithm>
 #include <atomic>
@@ -12,6 +13,8 @@
 #include <mutex>
 #include <numeric>
 #include <optional>
+#include <set>
+#include <sys/utsname.h>
 #include <thread>
 
 using namespace mtp;
@@ -115,6 +118,17 @@ public:
     const std::scoped_lock lock(m_mutex);
     return m_calls;
   }
+  /// Transfers that went by memory the kernel has lent.
+  std::size_t transfersInLentMemory() {
+    const std::scoped_lock lock(m_mutex);
+    return m_inLentMemory;
+  }
+  std::size_t lentPieces() {
+    const std::scoped_lock lock(m_mutex);
+    return m_lentPieces.size();
+  }
+  bool lendsMemory = true;
+  std::size_t transfersThereIsMemoryFor = SIZE_MAX;
   std::size_t mostOutPending = 0;
   int controlAnswer = 0;
   int resetAnswer = 0;
@@ -128,6 +142,7 @@ public:
     if (static_cast<std::size_t>(transfer->length) > m_lends) {
       return LIBUSB_ERROR_NO_MEM;
     }
+    m_inLentMemory += m_lentPieces.count(transfer->buffer);
     switch (transfer->endpoint) {
     case bulkIn:
       m_calls.emplace_back("in");
@@ -161,6 +176,23 @@ public:
       }
     }
     return LIBUSB_ERROR_NOT_FOUND;
+  }
+  bool allocates() {
+    const std::scoped_lock lock(m_mutex);
+    return transfersThereIsMemoryFor > 0 && transfersThereIsMemoryFor-- > 0;
+  }
+  unsigned char* lend(std::size_t size) {
+    const std::scoped_lock lock(m_mutex);
+    if (!lendsMemory) {
+      return nullptr;
+    }
+    return *m_lentPieces.insert(new unsigned char[size]).first;
+  }
+  void takeBack(unsigned char* memory) {
+    const std::scoped_lock lock(m_mutex);
+    EXPECT_EQ(std::count(m_calls.begin(), m_calls.end(), "close"), 0) << "memory is given back after its handle";
+    EXPECT_EQ(m_lentPieces.erase(memory), 1u);
+    delete[] memory;
   }
   bool cancelledLastFirst() const { return m_cancelledLastFirst; }
   int handleEvents(const timeval* limit, int* completed) {
@@ -279,6 +311,8 @@ private:
   std::map<libusb_transfer*, std::size_t> m_partial;
   Bytes m_sent;
   std::vector<std::string> m_calls;
+  std::set<unsigned char*> m_lentPieces;
+  std::size_t m_inLentMemory = 0;
   std::size_t m_zeroPackets = 0;
   std::size_t m_outRoom = SIZE_MAX;
   std::optional<std::size_t> m_roomAfterCancel;
@@ -315,6 +349,11 @@ int LIBUSB_CALL libusb_submit_transfer(libusb_transfer* transfer) {
              : real<decltype(libusb_submit_transfer)>("libusb_submit_transfer")(transfer);
 }
 
+libusb_transfer* LIBUSB_CALL libusb_alloc_transfer(int packets) {
+  return bus != nullptr && !bus->allocates() ? nullptr
+                                             : real<decltype(libusb_alloc_transfer)>("libusb_alloc_transfer")(packets);
+}
+
 void LIBUSB_CALL libusb_free_transfer(libusb_transfer* transfer) {
   if (bus != nullptr && transfer->dev_handle == fakeHandle()) {
     // libusb looks at the handle here.
@@ -323,6 +362,20 @@ void LIBUSB_CALL libusb_free_transfer(libusb_transfer* transfer) {
     transfer->dev_handle = nullptr;
   }
   real<decltype(libusb_free_transfer)>("libusb_free_transfer")(transfer);
+}
+
+unsigned char* LIBUSB_CALL libusb_dev_mem_alloc(libusb_device_handle* handle, size_t size) {
+  return bus != nullptr && handle == fakeHandle()
+             ? bus->lend(size)
+             : real<decltype(libusb_dev_mem_alloc)>("libusb_dev_mem_alloc")(handle, size);
+}
+
+int LIBUSB_CALL libusb_dev_mem_free(libusb_device_handle* handle, unsigned char* memory, size_t size) {
+  if (bus == nullptr || handle != fakeHandle()) {
+    return real<decltype(libusb_dev_mem_free)>("libusb_dev_mem_free")(handle, memory, size);
+  }
+  bus->takeBack(memory);
+  return 0;
 }
 
 int LIBUSB_CALL libusb_cancel_transfer(libusb_transfer* transfer) {
@@ -425,6 +478,7 @@ protected:
     transport.reset();
     EXPECT_TRUE(m_bus.pendingIn().empty());
     EXPECT_EQ(m_bus.pendingEvents(), 0u);
+    EXPECT_EQ(m_bus.lentPieces(), 0u);
     bus = nullptr;
   }
 
@@ -437,6 +491,17 @@ protected:
     const ReadResult result = transport->read(buffer, idle);
     received.insert(received.end(), buffer.begin(), buffer.begin() + static_cast<std::ptrdiff_t>(result.size));
     return result;
+  }
+
+  /// Has the phone send `data` as one large transfer, and takes it.
+  void receiveAll(const Bytes& data) {
+    transport->expect(data.size());
+    m_bus.phoneSends(data);
+    for (bool ended = false; !ended;) {
+      const auto result = receive(300000);
+      ASSERT_EQ(result.status, IoStatus::Ok);
+      ended = result.endOfTransfer;
+    }
   }
 
   FakeBus m_bus;
@@ -460,6 +525,20 @@ TEST_F(LibusbTransport, TheNextCommandFindsTransfersStillPending) {
   send(pattern(16));
   EXPECT_EQ(m_bus.pendingIn().size(), 2u);
   EXPECT_EQ(m_bus.calls().back(), "out");
+}
+
+TEST_F(LibusbTransport, WhileOneAwaitsTheAnswerTheCommandLeavesBeforeTheyAreFull) {
+  send(pattern(16));
+  m_bus.phoneSends(pattern(100)); // data
+  m_bus.phoneSends(pattern(12));
+  EXPECT_TRUE(receive(512).endOfTransfer);
+  EXPECT_TRUE(receive(512).endOfTransfer);
+  ASSERT_EQ(m_bus.pendingIn().size(), 1u);
+  const std::size_t before = m_bus.calls().size();
+  EXPECT_EQ(send(pattern(16)), IoStatus::Ok);
+  auto calls = m_bus.calls();
+  calls.erase(calls.begin(), calls.begin() + static_cast<std::ptrdiff_t>(before));
+  EXPECT_THAT(calls, ElementsAre("out", "in"));
 }
 
 TEST_F(LibusbTransport, AnotherTransferJoinsTheWaitingOnesOnceTheAnswerIsDue) {
@@ -570,19 +649,46 @@ TEST_F(LibusbTransport, SmallerTransfersAreUsedWhereTheKernelLendsLess) {
   const Bytes data = pattern(3 << 20);
   EXPECT_EQ(send(data), IoStatus::Ok);
   EXPECT_TRUE(m_bus.sent() == data);
-  transport->expect(data.size());
-  m_bus.phoneSends(data);
-  bool ended = false;
-  while (!ended) {
-    const auto result = receive(1 << 20);
-    ASSERT_EQ(result.status, IoStatus::Ok);
-    ended = result.endOfTransfer;
-  }
+  receiveAll(data);
   EXPECT_TRUE(received == data);
+}
+
+TEST_F(LibusbTransport, LargeTransfersComeIntoMemoryThatTheKernelLends) {
+  struct utsname system {};
+  ASSERT_EQ(uname(&system), 0);
+  const Bytes data = pattern((5 << 20) + 77);
+  send(pattern(16));
+  EXPECT_EQ(m_bus.lentPieces(), 0u) << "small ones cost none of it";
+  receiveAll(data);
+  EXPECT_TRUE(received == data);
+  EXPECT_EQ(m_bus.transfersInLentMemory(), isLentMemorySound(system.release) ? 5u : 0u);
+  EXPECT_LE(m_bus.lentPieces(), 8u) << "all programs share what the kernel lends";
+}
+
+TEST_F(LibusbTransport, WhereTheKernelLendsNoMemoryTheProgramsOwnIsUsed) {
+  m_bus.lendsMemory = false;
+  const Bytes data = pattern((5 << 20) + 77);
+  send(pattern(16));
+  receiveAll(data);
+  EXPECT_TRUE(received == data);
+  EXPECT_EQ(m_bus.transfersInLentMemory(), 0u);
 }
 
 TEST_F(LibusbTransport, AKernelThatLendsNothingIsAnErrorNotAHang) {
   m_bus.kernelLendsAtMost(0);
+  EXPECT_EQ(send(pattern(16)), IoStatus::Error);
+  EXPECT_EQ(receive(512).status, IoStatus::Error);
+}
+
+TEST_F(LibusbTransport, WithMemoryForOneTransferToThePhoneAllIsSentAllTheSame) {
+  m_bus.transfersThereIsMemoryFor = 3; // two of them await the answer
+  const Bytes data = pattern(3 << 20);
+  EXPECT_EQ(send(data), IoStatus::Ok);
+  EXPECT_TRUE(m_bus.sent() == data);
+}
+
+TEST_F(LibusbTransport, WithoutMemoryForAnyTransferAWriteAndAReadAreErrors) {
+  m_bus.transfersThereIsMemoryFor = 0;
   EXPECT_EQ(send(pattern(16)), IoStatus::Error);
   EXPECT_EQ(receive(512).status, IoStatus::Error);
 }
