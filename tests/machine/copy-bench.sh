@@ -2,7 +2,7 @@
 # One large file and a thousand small ones, copied down and up by the engine, by libmtp and by a bare loop of transfers
 # of 1 MiB, on the same phone in the same run, each several times in turn:
 #   copy-bench.sh COPY-BENCH [umtprd | VPHONE-GADGET] [MIB] [FILES] [ROUNDS]
-# Prints the best time of each and the ratios.
+# Prints the best and the median time of each and the ratios.
 set -euo pipefail
 here=$(dirname "$(readlink -f "$0")")
 bench=$(readlink -f "$1") phone=${2:-umtprd} mib=${3:-256} files=${4:-1000} rounds=${5:-3}
