@@ -42,7 +42,7 @@ constexpr std::size_t smallSize = 16 * 1024;
 // One large transfer costs the phone and the kernel far less than many small ones; usbfs lends 16 MiB to all programs.
 constexpr std::size_t largeSize = 1024 * 1024;
 constexpr std::size_t smallPending = 2; // data and response
-constexpr std::size_t largePending = 4;
+constexpr std::size_t largePending = 4; // or waiting to be handed out
 // While one is on the bus the kernel copies the next one.
 constexpr std::size_t outSize = 512 * 1024;
 constexpr std::size_t outPending = 3;
@@ -53,6 +53,7 @@ constexpr Milliseconds handOver{20};
 // Cancelled transfers come back as soon as the kernel has taken them off the bus.
 constexpr Milliseconds cancelLimit{5000};
 constexpr Milliseconds longestWait{60000};
+constexpr Milliseconds lookAgain{1000}; // whether large transfers have been taken
 constexpr int eventFailuresBorne = 8;
 constexpr std::size_t eventsKept = 4096; // while the handler is slow; a flood beyond that is dropped
 
@@ -219,7 +220,7 @@ private:
   Queue m_stuck; // the kernel did not give them back: kept until close()
   std::vector<TransferPtr> m_freeSmall, m_freeLarge, m_freeOut;
   std::uint64_t m_expected = 0; // bytes of the current transfer not yet handed out, as far as known
-  std::size_t m_largeIn = largeSize, m_largeOut = outSize; // lowered when the kernel lends less
+  std::size_t m_largeIn = largeSize, m_largeOut = outSize; // lowered for a transfer when the kernel lends less
   bool m_answerDue = false;                                // nothing was read since the last write
   bool m_outOpen = false;                                  // a transfer to the phone has begun and not ended
 
@@ -350,7 +351,7 @@ IoStatus LibusbTransport::fillIn() {
   std::uint64_t ahead = 0; // what the queue holds or can take
   for (const auto& transfer : m_in) {
     pending += transfer->pending ? 1 : 0;
-    large += transfer->pending && transfer->length > smallSize ? 1 : 0;
+    large += transfer->length > smallSize ? 1 : 0; // also those not handed out yet: a slow disk must not pile them up
     ahead += transfer->pending ? transfer->length : transfer->moved - transfer->taken;
   }
   IoStatus status = IoStatus::Ok;
@@ -494,6 +495,7 @@ IoStatus LibusbTransport::write(std::span<const std::byte> data, bool endsTransf
   bool fillsIn = !m_outOpen;
   if (fillsIn) {
     m_expected = 0;
+    m_largeOut = outSize;
     // The answer is awaited before the question leaves, but one transfer will do until then.
     if (!isAnyPending(m_in)) {
       if (const IoStatus status = fillIn(); status != IoStatus::Ok) {
@@ -667,6 +669,7 @@ ReadResult LibusbTransport::read(std::span<std::byte> buffer, Milliseconds idle)
 void LibusbTransport::expect(std::uint64_t bytes) {
   const Lock lock(m_mutex);
   m_expected = bytes;
+  m_largeIn = largeSize; // the kernel may lend more than the last time
   if (!over() && bytes > 0) {
     fillIn(); // a failure will show at the read
   }
@@ -795,7 +798,11 @@ void LibusbTransport::runEvents() {
     } else if (m_pumping || Clock::now() < m_lastPump + handOver) {
       m_changed.wait_for(lock, handOver);
     } else {
-      timeval wait{longestWait.count() / 1000, 0};
+      // The phone is idle: what the kernel lent is for all programs. What has yet to be taken goes back later.
+      m_freeLarge.clear();
+      const bool isSomeLeft = std::any_of(m_in.begin(), m_in.end(),
+                                          [](const TransferPtr& transfer) { return transfer->space > smallSize; });
+      timeval wait{(isSomeLeft ? lookAgain : longestWait).count() / 1000, 0};
       lock.unlock();
       libusb_handle_events_timeout_completed(m_context, &wait, &m_wakeEvents);
       lock.lock();
@@ -845,7 +852,9 @@ void LibusbTransport::close() {
     store->clear();
   }
   for (auto& transfer : kept) {
-    transfer->buffer.reset(); // the kernel holds on to what it lent as long as it writes to it
+    // Not after its handle. The kernel holds on to what it lent as long as it writes to it, and writes no other memory
+    // of the program by itself.
+    transfer->buffer.reset();
   }
   auto* const context = std::exchange(m_context, nullptr);
   auto* const handle = std::exchange(m_handle, nullptr);

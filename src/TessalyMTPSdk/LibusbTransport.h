@@ -37,8 +37,8 @@ private:
 /// A write that is given up (Timeout, Cancelled) may have sent a part; the transaction is then broken.
 ///
 /// The thread that transacts handles the USB's completions itself while it waits; the transport's own thread does so in
-/// between, and calls the event handler: beside transactions within 20 ms of an event, else at once. The handler never
-/// runs inside a read or write and holds up neither.
+/// between, and calls the event handler: during transactions and just after them within 50 ms of an event, else at
+/// once. The handler never runs inside a read or write and holds up neither.
 std::unique_ptr<Transport> makeLibusbTransport(libusb_context* context, libusb_device_handle* handle,
                                                const UsbInterfaceFacts& facts);
 

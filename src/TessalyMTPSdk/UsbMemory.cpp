@@ -3,6 +3,7 @@
 #include <charconv>
 #include <libusb.h>
 #include <new>
+#include <sys/mman.h>
 #include <sys/utsname.h>
 #include <utility>
 
@@ -43,8 +44,10 @@ UsbMemory takeHeapMemory(std::size_t size) {
 
 UsbMemory takeUsbMemory(libusb_device_handle* handle, std::size_t size) {
   if (lends()) {
-    if (unsigned char* const memory = libusb_dev_mem_alloc(handle, size); memory != nullptr)
+    if (unsigned char* const memory = libusb_dev_mem_alloc(handle, size); memory != nullptr) {
+      madvise(memory, size, MADV_DONTFORK); // the kernel knows it by its address, which is to mean one thing only
       return UsbMemory(memory, {handle, size});
+    }
   }
   return takeHeapMemory(size);
 }

@@ -17,9 +17,10 @@ struct UsbMemoryReturn {
 using UsbMemory = std::unique_ptr<unsigned char[], UsbMemoryReturn>;
 
 /// `size` bytes of any content for transfers of `handle`, which must not be closed before they are given back. Where it
-/// is safe they are borrowed from the kernel (usbfs lends 16 MiB to all programs together): the USB controller writes
-/// such memory itself, so what comes is not copied to the program. Else, and when the kernel has no more, they are
-/// heap. Does not block. Throws std::bad_alloc.
+/// is safe they are borrowed from the kernel: the USB controller writes such memory itself, so what comes is not copied
+/// to the program. Usbfs lends 16 MiB to all programs together, and a transfer from the heap takes its share of them,
+/// too, while it is pending. Where the kernel has no memory in one piece, or it is not safe, they are heap. May wait
+/// for the kernel to find them. Throws std::bad_alloc.
 UsbMemory takeUsbMemory(libusb_device_handle* handle, std::size_t size);
 
 /// The same memory from the heap.

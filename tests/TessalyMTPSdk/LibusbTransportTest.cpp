@@ -83,7 +83,10 @@ public:
       }
     }
   }
-  void kernelLendsAtMost(std::size_t bytes) { m_lends = bytes; }
+  void kernelLendsAtMost(std::size_t bytes) {
+    const std::scoped_lock lock(m_mutex);
+    m_lends = bytes;
+  }
 
   // What the test looks at.
   void waitUntilReadIsBlocked() {
@@ -126,6 +129,10 @@ public:
   std::size_t lentPieces() {
     const std::scoped_lock lock(m_mutex);
     return m_lentPieces.size();
+  }
+  bool waitUntilNothingIsLent() {
+    std::unique_lock lock(m_mutex);
+    return m_changed.wait_for(lock, 20s, [this] { return m_lentPieces.empty(); });
   }
   bool lendsMemory = true;
   std::size_t transfersThereIsMemoryFor = SIZE_MAX;
@@ -192,6 +199,7 @@ public:
     const std::scoped_lock lock(m_mutex);
     EXPECT_EQ(std::count(m_calls.begin(), m_calls.end(), "close"), 0) << "memory is given back after its handle";
     EXPECT_EQ(m_lentPieces.erase(memory), 1u);
+    m_changed.notify_all();
     delete[] memory;
   }
   bool cancelledLastFirst() const { return m_cancelledLastFirst; }
@@ -665,6 +673,33 @@ TEST_F(LibusbTransport, LargeTransfersComeIntoMemoryThatTheKernelLends) {
   EXPECT_LE(m_bus.lentPieces(), 8u) << "all programs share what the kernel lends";
 }
 
+TEST_F(LibusbTransport, WhatHasComeButWasNotTakenIsNotPiledUp) {
+  const Bytes data = pattern(40 << 20);
+  send(pattern(16));
+  transport->expect(data.size());
+  m_bus.phoneSends(data);
+  while (received.size() < data.size()) {
+    // The disk is slow: meanwhile the event thread has taken all that was in flight from the bus.
+    timeval none{0, 0};
+    libusb_handle_events_timeout_completed(fakeContext(), &none, nullptr);
+    ASSERT_EQ(receive(1 << 20).status, IoStatus::Ok);
+    ASSERT_LE(m_bus.lentPieces(), 5u) << "after " << received.size() << " bytes";
+  }
+  EXPECT_TRUE(received == data);
+}
+
+TEST_F(LibusbTransport, TransfersAreLargeAgainOnceTheKernelLendsMore) {
+  const Bytes data = pattern(3 << 20);
+  m_bus.kernelLendsAtMost(100000);
+  EXPECT_EQ(send(data), IoStatus::Ok);
+  receiveAll(data);
+  m_bus.kernelLendsAtMost(SIZE_MAX);
+  send(pattern(16));
+  transport->expect(8 << 20);
+  const auto sizes = m_bus.pendingIn();
+  EXPECT_EQ(*std::max_element(sizes.begin(), sizes.end()), std::size_t{1} << 20);
+}
+
 TEST_F(LibusbTransport, WhereTheKernelLendsNoMemoryTheProgramsOwnIsUsed) {
   m_bus.lendsMemory = false;
   const Bytes data = pattern((5 << 20) + 77);
@@ -926,6 +961,14 @@ Bytes event(std::uint8_t length, std::uint8_t filling = 7) {
 }
 
 } // namespace
+
+TEST_F(LibusbTransport, WhatTheKernelHasLentGoesBackWhenThePhoneIsIdle) {
+  EventLog log;
+  transport->startEvents(log.handler());
+  send(pattern(16));
+  receiveAll(pattern(5 << 20));
+  EXPECT_TRUE(m_bus.waitUntilNothingIsLent());
+}
 
 TEST_F(LibusbTransport, AnEventIsHandedOutWhileNoTransactionRuns) {
   EventLog log;

@@ -36,7 +36,7 @@ awk -F '\t' -v phone="$(basename "$phone")" '
     n = split(seen[work, how], times, " ")
     for (i = 2; i <= n; ++i)
       for (j = i; j > 1 && times[j - 1] + 0 > times[j] + 0; --j) { time = times[j]; times[j] = times[j - 1]; times[j - 1] = time }
-    return times[middle ? int((n + 1) / 2) : 1]
+    return middle ? (times[int((n + 1) / 2)] + times[int(n / 2) + 1]) / 2 : times[1] + 0
   }
   NF == 3 { transactions[$1] = $3; next }
   {
@@ -53,7 +53,8 @@ awk -F '\t' -v phone="$(basename "$phone")" '
         bare = quickest(work, "bare", middle)
         printf "  %s: bare loop %.3f s", middle ? "median" : "best", bare
         for (j = split("libmtp engine", hows, " "); j > 0; --j)
-          printf ", %s %.3f s (%.1f %%)", hows[j], quickest(work, hows[j], middle), 100 * bare / quickest(work, hows[j], middle)
+          if ((time = quickest(work, hows[j], middle)) > 0)
+            printf ", %s %.3f s (%.1f %%)", hows[j], time, 100 * bare / time
         printf "\n"
       }
     }
